@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: MIT
+#include "acctl/exit.h"
+
+#include "cli/option_checks.h"
+#include "util/output.h"
+
+#include <cstdlib>
+
+int exit_command(AcSession &, const OptArgList &opts)
+{
+    if (opts.count > 0)
+        return unknown_option(opts.rows[0]);
+    standard_output.flush();
+    return system("kill `cat /var/run/ac.pid`") == 0 ? 0 : 1;
+}

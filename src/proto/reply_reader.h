@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: MIT
+// Reads a reply field by field, in wire order.
+//
+// The first failure is remembered (a failed read and a lack of memory are printed, the end of the
+// stream is not); after it every read gives zero at once and takes nothing from the source. So a
+// decoder is a plain list of reads; it asks ok() before it trusts a count, and at its end.
+#pragma once
+
+#include "proto/byte_order.h"
+#include "proto/byte_source.h"
+#include "util/text.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+
+class ReplyReader
+{
+public:
+    explicit ReplyReader(ByteSource &source) : source_(source) {}
+
+    bool ok() const { return !failed_; }
+
+    // An integer of 8, 16 or 32 bits, big-endian; or a structure that is bytes only, as they come.
+    template <class Field> void read(Field &field)
+    {
+        static_assert(std::is_integral_v<Field> ||
+                      (std::is_trivially_copyable_v<Field> && alignof(Field) == 1));
+        uint8_t apart[sizeof(Field)];
+        const uint8_t *wire = source_.at;
+        if (source_.at_hand() >= sizeof(Field)) {
+            source_.at += sizeof(Field);
+        } else {
+            take(apart, sizeof apart);
+            wire = apart;
+        }
+        if constexpr (std::is_integral_v<Field>)
+            field = from_big_endian<Field>(wire);
+        else
+            memcpy(&field, wire, sizeof field);
+    }
+
+    template <class Int> Int number()
+    {
+        Int number;
+        read(number);
+        return number;
+    }
+
+    // A text behind its 16-bit length; length 0 leaves it absent.
+    void read(Text &text) { read_text(text, "ERROR: Out of memory\n"); }
+    void read_text(Text &text, const char *no_memory);
+
+    // `length` bytes as they come; all zero after a failure.
+    void take(void *to, size_t length);
+
+    // Remembers a failure that the caller has reported, such as a lack of memory for a table.
+    void set_failed();
+
+private:
+    ByteSource &source_;
+    bool failed_ = false;
+};

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: MIT
+// The controller's result byte for one device.
+#pragma once
+
+#include "util/mac.h"
+
+#include <cstdint>
+
+enum ResultCode : uint8_t {
+    RESULT_SUCCESS = 0,
+    RESULT_OUT_OF_MEMORY = 2,
+    RESULT_INVALID_ARGUMENT = 3,
+    RESULT_NO_IMAGE = 5,
+    RESULT_NOT_FOUND = 6,
+    RESULT_TOO_MANY_DEVICES = 7,
+    RESULT_ALREADY_MANAGED = 8,
+    RESULT_NOT_MANAGED = 9,
+    RESULT_BUSY = 10,
+    RESULT_NO_RESPONSE = 12,
+    RESULT_NOT_SUPPORTED = 13,
+    RESULT_BAD_CONFIGURATION = 19,
+};
+
+// Prints the code's message, if it has one, on standard error; messages about a device name it by
+// its MAC in lower case.
+void print_result_code(uint8_t code, const Mac &mac);

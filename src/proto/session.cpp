@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: MIT
+#include "proto/session.h"
+
+#include "proto/byte_order.h"
+#include "proto/commands.h"
+#include "util/output.h"
+
+#include <arpa/inet.h>
+#include <cerrno>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+enum : int32_t { HANDSHAKE_ADMITTED = 1, HANDSHAKE_BUSY = -1 };
+
+// Without quick acknowledgements, which the kernel switches off again by itself, a reply that the
+// controller writes in small pieces waits 40 ms for each of them. Failing to set either option
+// costs time only.
+static void set_option(int socket, int option)
+{
+    const int on = 1;
+    setsockopt(socket, IPPROTO_TCP, option, &on, sizeof on);
+}
+
+static ssize_t refill_from_socket(ByteSource &source)
+{
+    auto &session = static_cast<AcSession &>(source);
+    set_option(session.socket, TCP_QUICKACK);
+    ssize_t got;
+    do
+        got = recv(session.socket, session.in, sizeof session.in, 0);
+    while (got < 0 && errno == EINTR);
+    if (got > 0) {
+        session.at = session.in;
+        session.end = session.in + got;
+    }
+    return got;
+}
+
+static int read_handshake(AcSession &session)
+{
+    uint8_t word[4];
+    const ssize_t got = recv_all(session, word, sizeof word);
+    if (got < 0)
+        return fail_errno("ERROR: reading socket failed for reason");
+    if (got < 4)
+        return 1;
+    switch (from_big_endian<int32_t>(word)) {
+    case HANDSHAKE_ADMITTED:
+        return 0;
+    case HANDSHAKE_BUSY:
+        return fail("ERROR: System is busy and cannot handle your request now, "
+                    "please try again later.\n");
+    default:
+        return fail("ERROR: Something Wrong Happened While Connecting To The AC Server.\n");
+    }
+}
+
+int ac_connect(AcSession &session, const char *address, int port)
+{
+    session.socket = socket(AF_INET, SOCK_STREAM, 0);
+    if (session.socket < 0)
+        return fail("ERROR: create socket failed.\n");
+    set_option(session.socket, TCP_NODELAY);
+    session.refill = refill_from_socket;
+
+    sockaddr_in ac = {};
+    ac.sin_family = AF_INET;
+    to_big_endian(&ac.sin_port, static_cast<uint16_t>(port));
+    inet_pton(AF_INET, address, &ac.sin_addr);
+    if (connect(session.socket, reinterpret_cast<const sockaddr *>(&ac), sizeof ac) != 0)
+        return fail("ERROR: AC is not running.\n");
+    return read_handshake(session);
+}
+
+void ac_disconnect(AcSession &session)
+{
+    const uint8_t goodbye = COMMAND_GOODBYE;
+    if (send_all(session, &goodbye, sizeof goodbye) < 0)
+        fail_errno("ERROR: writing socket failed for reason");
+    if (close(session.socket) != 0)
+        fail_errno("ERROR: ");
+}
+
+ssize_t send_all(AcSession &session, const void *bytes, size_t length)
+{
+    const auto *next = static_cast<const uint8_t *>(bytes);
+    size_t missing = length;
+    while (missing > 0) {
+        const ssize_t sent = send(session.socket, next, missing, 0);
+        if (sent > 0) {
+            next += sent;
+            missing -= static_cast<size_t>(sent);
+        } else if (errno != EINTR) {
+            return -1;
+        }
+    }
+    return static_cast<ssize_t>(length);
+}

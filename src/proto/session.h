@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+// The one TCP connection of a run: admission by the controller, exact transfers, goodbye.
+#pragma once
+
+#include "proto/byte_source.h"
+
+#include <cstddef>
+#include <cstdint>
+
+// Bytes that arrive are read ahead into `in`; the ByteSource part is the window of those not yet
+// taken. Requests gather in `out` (see RequestWriter).
+struct AcSession : ByteSource {
+    int socket = -1;
+    uint8_t in[65536] = {};
+    uint8_t out[65536] = {};
+};
+
+// Connects to the controller at the dotted address (any other text means 0.0.0.0) and the port's
+// low 16 bits, and reads its four-byte handshake word: 1 admits, -1 says busy, all others refuse.
+// Returns 0 when admitted; 1 with the message printed otherwise.
+int ac_connect(AcSession &session, const char *address, int port);
+
+// Says goodbye (one byte 0) and closes the socket; failures are reported and otherwise ignored.
+void ac_disconnect(AcSession &session);
+
+// Writes exactly `length` bytes. Returns length, or -1 with errno as the failing call left it.
+// Prints nothing.
+ssize_t send_all(AcSession &session, const void *bytes, size_t length);

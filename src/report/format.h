@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: MIT
+// Values of a report as text. Each function that returns a text keeps it in a buffer of its own,
+// valid until its next call.
+#pragma once
+
+#include "report/wtp_record.h"
+
+#include <cstdint>
+
+enum : unsigned { DIGEST_TEXT_ROOM = 32, DURATION_TEXT_ROOM = 32 };
+
+// Writes 32 lower-case hexadecimal digits, unterminated, and returns their end.
+char *write_digest(char *to, const Md5Digest &digest);
+
+// Writes "1d:2h:3m:4s", unterminated, and returns the text's end.
+char *write_duration(char *to, uint32_t seconds);
+
+// A rate code as text of at most 15 characters: 0 "auto", below 33 "MCS%d" of code - 1, 33 to 110
+// "VHTMCS%d" of code - 101, above that kilobits per second as megabits ("5.5M").
+const char *data_rate_text(int32_t code);
+
+// Seconds since 1970 as ctime(3) writes them in local time, line end included; 0 is "\n" alone.
+const char *time_text(uint32_t seconds);
+
+// The body of a JSON string: backspace, tab, line feed, form feed, carriage return, double quote,
+// slash and backslash escaped with a backslash, all other bytes unchanged. Returns the text itself
+// when it needs no escaping, else a shared buffer that grows as needed; "" for null; null, with the
+// buffer as it was, when memory is short.
+const char *json_escape(const char *text);

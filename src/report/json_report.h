@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: MIT
+// The JSON report of a device list.
+#pragma once
+
+#include "report/json_writer.h"
+#include "report/wtp_record.h"
+
+// Prints the one member "wtp_list":[...] and a line end, without enclosing braces. `basic` and
+// `password` are those of print_wtp_details.
+void print_wtp_json(const WtpList &list, bool password, bool basic);
+
+// The members of the configuration object of a record that has a configuration (json_cfg.cpp).
+void print_cfg_json(JsonWriter &json, const WtpRecord &wtp, bool password);

@@ -1,0 +1,189 @@
+// SPDX-License-Identifier: MIT
+// Writes JSON members, objects and arrays, without blanks. The writer owns commas and brackets, so
+// a printer is a list of members in output order.
+#pragma once
+
+#include "report/format.h"
+#include "util/number.h"
+#include "util/output.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+class JsonWriter
+{
+public:
+    explicit JsonWriter(Output &out) : out_(out) {}
+
+    template <size_t N> void member(const char (&name)[N], uint32_t number)
+    {
+        out_.advance(write_number(key(name, NUMBER_TEXT_MAX), number));
+    }
+    template <size_t N> void member(const char (&name)[N], int32_t number)
+    {
+        out_.advance(write_number(key(name, NUMBER_TEXT_MAX), number));
+    }
+    template <size_t N> void member(const char (&name)[N], uint16_t number)
+    {
+        member(name, uint32_t{number});
+    }
+    template <size_t N> void member(const char (&name)[N], uint8_t number)
+    {
+        member(name, uint32_t{number});
+    }
+    template <size_t N> void member(const char (&name)[N], const Mac &mac)
+    {
+        close_string(write_mac(open_string(name, MAC_TEXT_ROOM), mac));
+    }
+    template <size_t N> void member(const char (&name)[N], Ipv4 addr)
+    {
+        close_string(write_ipv4(open_string(name, IPV4_TEXT_ROOM), addr));
+    }
+    template <size_t N> void member(const char (&name)[N], const Md5Digest &digest)
+    {
+        close_string(write_digest(open_string(name, DIGEST_TEXT_ROOM), digest));
+    }
+    template <size_t N> void member(const char (&name)[N], const CfgCap &cap)
+    {
+        array(name);
+        for (const uint8_t flag : cap.flag)
+            out_.advance(write_number(next(NUMBER_TEXT_MAX), uint32_t{flag}));
+        end_array();
+    }
+
+    // A string with its text as it stands, whatever it holds.
+    template <size_t N> void member(const char (&name)[N], const char *text)
+    {
+        const size_t length = strlen(text);
+        if (length > Output::ROOM_MAX / 2) {
+            out_.advance(open_string(name, 0));
+            out_.put(text, length);
+            out_.put('"');
+            return;
+        }
+        char *to = open_string(name, length);
+        memcpy(to, text, length);
+        close_string(to + length);
+    }
+    template <size_t N> void member(const char (&name)[N], const Text &text)
+    {
+        member(name, text.c_str());
+    }
+
+    // A string with its text escaped; empty when there is no memory for that.
+    template <size_t N> void escaped(const char (&name)[N], const Text &text)
+    {
+        const char *body = json_escape(text.c_str());
+        member(name, body == nullptr ? "" : body);
+    }
+
+    // A string without its carriage returns and line feeds.
+    template <size_t N> void unbroken(const char (&name)[N], const Text &text)
+    {
+        out_.advance(open_string(name, 0));
+        const char *rest = text.c_str();
+        while (*rest != '\0') {
+            const size_t length = strcspn(rest, "\r\n");
+            out_.put(rest, length);
+            rest += length;
+            rest += strspn(rest, "\r\n");
+        }
+        out_.put('"');
+    }
+
+    // A number in quotes.
+    template <size_t N> void quoted_member(const char (&name)[N], int32_t number)
+    {
+        close_string(write_number(open_string(name, NUMBER_TEXT_MAX), number));
+    }
+
+    // A value that is JSON already.
+    template <size_t N> void ready(const char (&name)[N], const char *json)
+    {
+        out_.advance(key(name, 0));
+        out_.put(json);
+    }
+
+    template <size_t N> void object(const char (&name)[N]) { open(key(name, 1), '{'); }
+    void object() { open(next(1), '{'); } // as an array's element
+    void end_object() { close('}'); }
+
+    template <size_t N> void array(const char (&name)[N]) { open(key(name, 1), '['); }
+    void end_array() { close(']'); }
+
+    // An array's element that is a string with its text as it stands.
+    void element(const char *text, size_t length)
+    {
+        char *to = next(length + 2);
+        *to++ = '"';
+        memcpy(to, text, length);
+        close_string(to + length);
+    }
+    void element(const Mac &mac)
+    {
+        char *to = next(MAC_TEXT_ROOM + 2);
+        *to++ = '"';
+        close_string(write_mac(to, mac));
+    }
+    void escaped_element(const Text &text)
+    {
+        const char *body = json_escape(text.c_str());
+        char *to = next(1);
+        *to = '"';
+        out_.advance(to + 1);
+        out_.put(body == nullptr ? "" : body);
+        out_.put('"');
+    }
+
+private:
+    // Room for a value of `room` bytes, and a quote behind it, after the comma if one is due.
+    char *next(size_t room)
+    {
+        char *to = out_.reserve(room + 2);
+        *to = ',';
+        to += comma_;
+        comma_ = 1;
+        return to;
+    }
+
+    template <size_t N> char *key(const char (&name)[N], size_t room)
+    {
+        char *to = next(N + 4 + room);
+        *to++ = '"';
+        memcpy(to, name, N - 1);
+        to += N - 1;
+        *to++ = '"';
+        *to++ = ':';
+        return to;
+    }
+
+    template <size_t N> char *open_string(const char (&name)[N], size_t room)
+    {
+        char *to = key(name, room);
+        *to = '"';
+        return to + 1;
+    }
+
+    void close_string(char *end)
+    {
+        *end = '"';
+        out_.advance(end + 1);
+    }
+
+    void open(char *to, char bracket)
+    {
+        *to = bracket;
+        out_.advance(to + 1);
+        comma_ = 0;
+    }
+
+    void close(char bracket)
+    {
+        out_.put(bracket);
+        comma_ = 1;
+    }
+
+    Output &out_;
+    size_t comma_ = 0; // 1 when the next member or element needs a comma before it
+};

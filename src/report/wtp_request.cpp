@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: MIT
+#include "report/wtp_request.h"
+
+#include "proto/reply_reader.h"
+#include "proto/request_writer.h"
+#include "report/wtp_layout.h"
+#include "util/output.h"
+
+#include <memory>
+#include <new>
+
+namespace
+{
+
+// The visitor of wtp_layout.h that fills a record from a reply.
+class RecordReader
+{
+public:
+    explicit RecordReader(ReplyReader &reply) : reply_(reply) {}
+
+    template <class Field> void operator()(const char *, Field &field) { reply_.read(field); }
+
+    // A host name comes from a station, so from anyone: anything but printable ASCII empties it.
+    void hostname(const char *, Text &name)
+    {
+        reply_.read(name);
+        if (name.absent())
+            return;
+        for (const char *c = name.c_str(); *c != '\0'; c++)
+            if (*c < 0x20 || *c > 0x7E)
+                *name.data() = '\0';
+    }
+
+    bool present(Section) { return reply_.number<uint8_t>() != 0; }
+
+    template <class Part> bool make(std::unique_ptr<Part> &part)
+    {
+        part.reset(new (std::nothrow) Part);
+        if (part == nullptr)
+            report_no_memory("ERROR: Out of memory\n");
+        return part != nullptr;
+    }
+
+    template <class Count, class Row> Count count(const char *, const Table<Row> &)
+    {
+        return reply_.number<Count>();
+    }
+
+    template <class Count, class Row> void rows(const char *name, Table<Row> &table)
+    {
+        const auto announced = reply_.number<Count>();
+        if (announced > 0)
+            counted_rows(name, table, static_cast<uint32_t>(announced));
+    }
+
+    template <class Row> void counted_rows(const char *, Table<Row> &table, uint32_t announced)
+    {
+        if (announced == 0 || !reply_.ok())
+            return;
+        if (!table.reserve(announced)) {
+            table_too_large(table, announced);
+            return;
+        }
+        for (uint32_t i = 0; i < announced && reply_.ok(); i++)
+            lay_out(*this, table.append());
+    }
+
+private:
+    template <class Row> void table_too_large(const Table<Row> &, uint32_t)
+    {
+        report_no_memory("ERROR: Out of memory\n");
+    }
+    void table_too_large(const Table<TopoDev> &, uint32_t)
+    {
+        report_no_memory("ERROR: Out of memory(switchTopoDevCount)\n");
+    }
+    void table_too_large(const Table<TopoLink> &, uint32_t announced)
+    {
+        fail("ERROR: Out of memory(linkCount=%d)\n", static_cast<int32_t>(announced));
+        reply_.set_failed();
+    }
+
+    void report_no_memory(const char *message)
+    {
+        fail("%s", message);
+        reply_.set_failed();
+    }
+
+    ReplyReader &reply_;
+};
+
+} // namespace
+
+int read_wtp_list(ByteSource &source, WtpList &list)
+{
+    ReplyReader reply(source);
+    RecordReader wire(reply);
+    while (reply.number<uint8_t>() == 0 && reply.ok()) {
+        std::unique_ptr<WtpRecord> record(new (std::nothrow) WtpRecord);
+        if (record == nullptr) {
+            fail("ERROR: Out of memory\n");
+            reply.set_failed();
+            break;
+        }
+        lay_out(wire, *record);
+        append_wtp(list, std::move(record));
+    }
+    if (reply.ok())
+        return 0;
+    free_wtp_list(list);
+    return 1;
+}
+
+int fetch_wtp_list(AcSession &session, WtpList &list, uint32_t filter, const MacList &macs)
+{
+    RequestWriter request(session, COMMAND_WTP_LIST);
+    request.u32(filter);
+    request.mac_list(macs);
+    if (request.finish() != 0)
+        return 1;
+    return read_wtp_list(session, list);
+}

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: MIT
+// Numbers as decimal text.
+#pragma once
+
+#include <charconv>
+#include <cstdint>
+
+enum : unsigned { NUMBER_TEXT_MAX = 20 }; // the longest 64-bit number with its sign
+
+// Writes the number without a terminator and returns its end. Most numbers of a report are flags
+// and small codes, so single digits take a short way.
+inline char *write_number(char *to, uint32_t number)
+{
+    if (number < 10) {
+        *to = static_cast<char>('0' + number);
+        return to + 1;
+    }
+    return std::to_chars(to, to + NUMBER_TEXT_MAX, number).ptr;
+}
+
+inline char *write_number(char *to, int32_t number)
+{
+    return std::to_chars(to, to + NUMBER_TEXT_MAX, number).ptr;
+}

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+#include "util/output.h"
+
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <unistd.h>
+
+constinit Output standard_output;
+
+static void write_all(const char *bytes, size_t length)
+{
+    while (length > 0) {
+        const ssize_t written = write(STDOUT_FILENO, bytes, length);
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written <= 0)
+            return;
+        bytes += written;
+        length -= static_cast<size_t>(written);
+    }
+}
+
+void Output::put(const char *bytes, size_t length)
+{
+    if (sizeof buffer_ - used_ < length) {
+        flush();
+        if (length > sizeof buffer_) {
+            write_all(bytes, length);
+            return;
+        }
+    }
+    memcpy(buffer_ + used_, bytes, length);
+    used_ += length;
+}
+
+void Output::flush()
+{
+    write_all(buffer_, used_);
+    used_ = 0;
+}
+
+int fail(const char *format, ...)
+{
+    standard_output.flush();
+    va_list arguments;
+    va_start(arguments, format);
+    vfprintf(stderr, format, arguments);
+    va_end(arguments);
+    return 1;
+}
+
+int fail_errno(const char *text)
+{
+    const int error = errno;
+    standard_output.flush();
+    errno = error;
+    perror(text);
+    return 1;
+}

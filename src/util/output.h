@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+// Standard output through one buffer, and the messages on standard error.
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+
+class Output
+{
+public:
+    // The next `room` (at most ROOM_MAX) bytes of the buffer, to be written and then taken over by
+    // advance() with the end of what was written.
+    char *reserve(size_t room)
+    {
+        if (sizeof buffer_ - used_ < room)
+            flush();
+        return buffer_ + used_;
+    }
+    void advance(const char *end) { used_ = static_cast<size_t>(end - buffer_); }
+
+    void put(const char *bytes, size_t length);
+    void put(const char *text) { put(text, strlen(text)); }
+    void put(char c)
+    {
+        char *to = reserve(1);
+        *to = c;
+        advance(to + 1);
+    }
+
+    // Hands everything to the system. What standard output does not take is dropped silently.
+    void flush();
+
+    enum : size_t { ROOM_MAX = 4096 };
+
+private:
+    size_t used_ = 0;
+    char buffer_[65536] = {};
+};
+
+extern constinit Output standard_output;
+
+// Writes a message, in printf's form and with its own line end, on standard error, behind what
+// standard output was given before. Returns 1, the status of a command that failed.
+[[gnu::format(printf, 1, 2)]] int fail(const char *format, ...);
+
+// The same for a failed system call: perror(text) with the errno that the call left.
+int fail_errno(const char *text);
