@@ -1,0 +1,47 @@
+# shellcheck shell=bash disable=SC2034
+# What the scripts share. Sourced, not run.
+
+# Installs those of the named Debian packages that are missing.
+need_packages() {
+    local missing=() package
+    for package in "$@"; do
+        dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' ||
+            missing+=("$package")
+    done
+    [ "${#missing[@]}" -gt 0 ] || return 0
+    local as_root=()
+    [ "$(id -u)" -eq 0 ] || as_root=(sudo)
+    echo "installing: ${missing[*]}"
+    "${as_root[@]}" apt-get update -qq
+    DEBIAN_FRONTEND=noninteractive "${as_root[@]}" apt-get install -y -qq --no-install-recommends \
+        "${missing[@]}" >/dev/null
+}
+
+# Configures and builds a preset, quietly unless that fails. Further words go to the configuration.
+build_preset() {
+    local preset=$1 log
+    shift
+    log=$(mktemp)
+    if ! { cmake --preset "$preset" -G Ninja "$@" && cmake --build "build/$preset"; } >"$log" 2>&1; then
+        cat "$log"
+        rm -f "$log"
+        return 1
+    fi
+    rm -f "$log"
+}
+
+# Starts the simulated controller with the given options on a free port; sets SIM_PID and SIM_PORT.
+start_sim() {
+    local program=$1 line
+    shift
+    exec {sim_out}< <(exec "$program" --port 0 "$@")
+    SIM_PID=$!
+    read -r line <&"$sim_out"
+    SIM_PORT=${line##*:}
+}
+
+stop_sim() {
+    kill "$SIM_PID"
+    wait "$SIM_PID" 2>/dev/null || true
+    exec {sim_out}<&-
+}

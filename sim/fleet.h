@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: MIT
+// The devices of the simulated controller.
+#pragma once
+
+#include "report/wtp_record.h"
+
+#include <cstdint>
+#include <ctime>
+#include <memory>
+#include <string>
+#include <vector>
+
+// The newest firmware; devices with an older one can be upgraded, those of LEGACY_MAJOR in two steps.
+inline constexpr const char *FIRMWARE_LATEST = "2.1.0";
+inline constexpr const char *FIRMWARE_BETWEEN = "2.0.1";
+inline constexpr const char *FIRMWARE_LEGACY = "1.4.2";
+
+enum UpgradeState : uint8_t {
+    UPGRADE_NONE = 0,
+    UPGRADE_WAITING = 1,
+    UPGRADE_LOADING = 2,
+    UPGRADE_WRITING = 3,
+    UPGRADE_DONE = 4,
+};
+
+struct Device {
+    WtpRecord record;
+    time_t started = 0; // what its uptime counts from
+};
+
+using Fleet = std::vector<std::unique_ptr<Device>>;
+
+struct FleetSize {
+    unsigned aps = 6, switches = 2, others = 1;
+    uint32_t seed = 1;
+};
+
+// A fleet that looks like one: models, radios, WLANs and stations, ports and neighbours, stored
+// configurations. The same size and seed give the same fleet.
+Fleet make_fleet(const FleetSize &size, time_t now);
+
+// A device that has not joined yet, with its kind's default configuration.
+std::unique_ptr<Device> make_absent_device(const Mac &mac);
+
+// Puts the configuration back to what the device was delivered with.
+void reset_configuration(WtpRecord &record);
+
+// The device with an address, or null.
+Device *find_device(Fleet &fleet, const Mac &mac);

@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: MIT
+// Firmware upgrades of simulated devices.
+#pragma once
+
+#include "fleet.h"
+
+// How many upgrades lead to the newest firmware: 0, 1 or 2.
+unsigned upgrade_steps(const Device &device);
+
+// Asks the device to upgrade by one step. Returns its result code.
+uint8_t start_upgrade(Device &device);
+
+// Lets an upgrade that was asked for go on a little; devices do so whenever they are listed.
+void advance_upgrade(Device &device, time_t now);

@@ -1,0 +1,314 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
+"""Runs the simulated controller and zov against each other: simulator.py ZOV AC_SIM SOURCE_FOLDER
+
+Configuration that is sent must come back in the next list, for generated documents and for the
+examples; actions must show; the simulator must serve, misbehave and end as it is asked to.
+"""
+import contextlib
+import hashlib
+import json
+import os
+import random
+import re
+import signal
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+ZOV, AC_SIM, SOURCE = sys.argv[1:4]
+AP, SWITCH = "02:A3:00:00:00:01", "02:A2:00:00:00:01"
+
+# Settings that are sent to the controller but stand in no record.
+NOT_IN_RECORDS = {"switch": {"wtp_cfg.password", "wtp_cfg.pd_lifeguard[].clear_reboot_count"},
+                  "ap": set()}
+
+
+def key_table(kind):
+    """The rows (path, kind, min, max, form) of one of zov's key tables, read from its source."""
+    source = Path(f"{SOURCE}/src/config/config_keys.cpp").read_text()
+    name = {"ap": "ACCESS_POINT_KEYS", "switch": "SWITCH_KEYS"}[kind]
+    body = source[source.index(f"{name}[] = {{"):]
+    body = body[:body.index("{},")]
+    rows = re.findall(r"\{\d+, json_(\w+), (-?\d+), (-?\d+), FORM_(\w+),\s*\"([^\"]+)\"\}", body)
+    return [(path, kind, int(low), int(high), form) for kind, low, high, form, path in rows]
+
+
+class Controller:
+    def __init__(self, *options):
+        self.process = subprocess.Popen([AC_SIM, "--port", "0", *options], stdout=subprocess.PIPE,
+                                        text=True)
+        self.port = self.process.stdout.readline().strip().rsplit(":", 1)[1]
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.end(signal.SIGTERM)
+
+    def end(self, number):
+        self.process.send_signal(number)
+        status = self.process.wait(10)
+        self.process.stdout.close()
+        return status
+
+    def start(self, command, *options, output=subprocess.PIPE):
+        return subprocess.Popen([ZOV, command, "--acport", self.port, *options],
+                                stdout=output, stderr=subprocess.PIPE, text=True)
+
+    def run(self, command, *options):
+        process = self.start(command, *options)
+        out, err = process.communicate(timeout=60)
+        return process.returncode, out, err
+
+    def ok(self, command, *options):
+        status, out, err = self.run(command, *options)
+        assert status == 0 and err == "", (command, options, status, err)
+        return out
+
+    def record(self, mac):
+        return json.loads("{" + self.ok("wtps", "--json", "--password", "--mac", mac) + "}")["wtp_list"][0]
+
+    def configure(self, mac, kind, document):
+        with tempfile.NamedTemporaryFile("w", suffix=".json") as file:
+            json.dump(document, file)
+            file.flush()
+            self.ok("cfg", "--mac", mac, "--type", "1" if kind == "switch" else "0", "--file", file.name)
+
+
+def flatten(value, path=""):
+    """Every leaf of a JSON value by its path, with positions: radio[0].wlan[1].ssid."""
+    if isinstance(value, dict) and path.rsplit(".", 1)[-1] != "hotspot20":
+        return {p: v for name, part in value.items()
+                for p, v in flatten(part, f"{path}.{name}" if path else name).items()}
+    if isinstance(value, list) and value and isinstance(value[0], dict):
+        return {p: v for i, part in enumerate(value) for p, v in flatten(part, f"{path}[{i}]").items()}
+    return {path: value}
+
+
+class Generator:
+    """Makes a document that holds every setting of a kind, in as many rows as the device has."""
+
+    def __init__(self, seed, rows):
+        self.random = random.Random(seed)
+        self.rows = rows  # how many elements an array has, by its path
+
+    def text(self, low, high):
+        length = self.random.randint(max(low, 1), min(high, 30))
+        return "".join(self.random.choice("abcdefghij KLMNOP0123456789-_") for _ in range(length))
+
+    def address(self):
+        return ".".join(str(self.random.randint(1, 254)) for _ in range(4))
+
+    def mac(self):
+        return ":".join(["02"] + [f"{self.random.randint(0, 255):02x}" for _ in range(5)])
+
+    def value(self, path, low, high, form):
+        if form == "U32":
+            return self.random.randint(low, high)
+        if form == "U16":
+            return self.random.randint(low, min(high, 65535))
+        if form in ("IPV4", "SERVER_ADDRESS"):
+            return self.address()
+        if form == "IP_SETTINGS":
+            return f"10.{self.random.randint(0, 255)}.7.9/255.255.0.0/0.0.0.0"
+        if form == "MAC_LIST":
+            return self.mac()
+        if form == "DATA_RATE":
+            return self.random.choice(["auto", "MCS7", "MCS31", "VHTMCS9", "5.5M", "11M", "54M"])
+        if path.endswith(".hotspot20"):
+            return json.dumps({"enable": self.random.randint(0, 1), "name": self.text(1, 20)})
+        if path.endswith(".ssid"):
+            return self.random.choice(['two "quotes"', "a/b\\c", "tab\there", "café", ""])
+        return self.text(low, high)
+
+    def document(self, table):
+        root = {}
+        for path, _, low, high, form in table:
+            self.place(root, path.split("."), "", lambda: self.value(path, low, high, form))
+        return root
+
+    def place(self, node, parts, above, make):
+        name, path = parts[0], f"{above}.{parts[0]}" if above else parts[0]
+        if not name.endswith("[]"):
+            if len(parts) == 1:
+                node[name] = make()
+            else:
+                self.place(node.setdefault(name, {}), parts[1:], path, make)
+            return
+        count = self.rows.get(path, 3)
+        if len(parts) == 1:
+            node[name[:-2]] = [make() for _ in range(count)]
+            return
+        for element in node.setdefault(name[:-2], [{} for _ in range(count)]):
+            self.place(element, parts[1:], path, make)
+
+
+def as_reported(path, value):
+    """A setting that was sent, under the path and in the form of the report."""
+    path = path.removeprefix("wtp_cfg.")
+    if value == "" and re.search(r"(radius_server2?|account_server)$", path):
+        return path, "0.0.0.0"
+    if path == "password":
+        return "password_md5", hashlib.md5(value.encode() + b"\n").hexdigest()
+    if path.endswith("hotspot20"):
+        return path, json.loads(value)
+    if path.endswith(("acl.mac", "l2macWlist", "manage_mac_list")):
+        return path, [mac.upper() for mac in value]
+    return path, value
+
+
+def is_hidden(path, sent):
+    """Whether the security mode that was sent keeps a WLAN's WEP or WPA group out of the report."""
+    match = re.match(r"(.*wlan\[\d+\])\.(wep|wpa\.radius|wpa)\.", path)
+    if match is None:
+        return False
+    mode = sent[f"{match[1]}.sec_mode"]
+    shown = {"wep": {1}, "wpa": set(range(2, 13)), "wpa.radius": {5, 6, 7, 11, 12}}[match[2]]
+    return mode not in shown
+
+
+class RoundTrip(unittest.TestCase):
+    def check(self, kind, mac, document):
+        with Controller() as controller:
+            before = flatten(controller.record(mac)["wtp_cfg"])
+            controller.configure(mac, kind, document)
+            after = flatten(controller.record(mac)["wtp_cfg"])
+        document = {"wtp_cfg": document["wtp_cfg"]}
+        sent = {path.removeprefix("wtp_cfg."): value for path, value in flatten(document).items()}
+        expected = dict(as_reported(f"wtp_cfg.{path}", value) for path, value in sent.items()
+                        if re.sub(r"\[\d+\]", "[]", f"wtp_cfg.{path}") not in NOT_IN_RECORDS[kind]
+                        and not is_hidden(path, sent))
+        self.assertGreater(len(expected), 30)
+        for path, value in expected.items():
+            self.assertEqual(after.get(path), value, path)
+        # Nothing else changed, but for what stands in rows that are new, or shown anew.
+        changed = {path for path in before if path in after and after[path] != before[path]}
+        self.assertLessEqual(changed, set(expected))
+
+    def test_access_point_documents(self):
+        table = key_table("ap")
+        self.assertEqual(len(table), 162)
+        for seed, mode in enumerate([0, 1, 3, 6, 12, 13]):
+            rows = {"wtp_cfg.radio[]": 2, "wtp_cfg.radio[].wlan[]": 4, "wtp_cfg.lan_port[]": 2,
+                    "wtp_cfg.radio[].wlan[].wep.key[]": 4}
+            document = Generator(seed, rows).document(table)
+            for radio in document["wtp_cfg"]["radio"]:
+                for wlan in radio["wlan"]:
+                    wlan["sec_mode"] = mode
+            with self.subTest(seed=seed):
+                self.check("ap", AP, document)
+
+    def test_switch_documents(self):
+        table = key_table("switch")
+        self.assertEqual(len(table), 41)
+        for seed in range(3):
+            rows = {"wtp_cfg.switch_port[]": 10, "wtp_cfg.poe_port[]": 10,
+                    "wtp_cfg.pd_lifeguard[]": 1, "wtp_cfg.pdl_status[]": 1}
+            with self.subTest(seed=seed):
+                self.check("switch", SWITCH, Generator(seed, rows).document(table))
+
+    def test_examples(self):
+        for kind, mac, name in (("ap", AP, "office-ap"), ("switch", SWITCH, "poe-switch")):
+            with self.subTest(name=name):
+                self.check(kind, mac, json.loads(Path(f"{SOURCE}/examples/{name}.json").read_text()))
+
+
+class Actions(unittest.TestCase):
+    def setUp(self):
+        self.controller = Controller("--aps", "8")
+        self.addCleanup(self.controller.__exit__)
+
+    def brief(self):
+        lines = self.controller.ok("wtps", "--breif").splitlines()[1:-2]
+        return {line.split()[0]: re.split(r"\t", line) for line in lines}
+
+    def test_management(self):
+        new = "00:11:22:33:44:55"
+        self.controller.ok("cfg", "--mac", new, "--add", "--ip", "10.9.0.9/255.255.0.0/10.9.0.1")
+        self.assertIn(new, self.brief())
+        self.assertEqual(self.controller.record(new)["wtp_cfg"]["ipv4"], "10.9.0.9/255.255.0.0/10.9.0.1")
+        self.assertEqual(self.controller.run("cfg", "--mac", new, "--add")[::2],
+                         (1, f"ERROR: Device {new} is already managed.\n"))
+        self.controller.ok("cfg", "--mac", new, "--del")
+        self.assertEqual(self.controller.record(new)["managed"], 0)
+
+    def test_wrong_kind_of_configuration(self):
+        status, _, err = self.controller.run("cfg", "--mac", SWITCH, "--file", f"{SOURCE}/examples/office-ap.json")
+        self.assertEqual(status, 1)
+        self.assertRegex(err, r"Incorrect configuration for device .*\nMsg: this is no device of that kind\.")
+
+    def test_upgrade_advances_until_the_new_version_is_there(self):
+        old = self.controller.record(AP)["sw_ver"]
+        self.controller.ok("upg", "--mac", AP)
+        states = [self.controller.ok("wtps", "--fwresult", "--mac", AP).strip() for _ in range(5)]
+        self.assertEqual(states, [f"{AP}={n}" for n in (1, 2, 3, 4, 4)])
+        self.assertNotEqual(self.controller.record(AP)["sw_ver"], old)
+        self.assertEqual(self.controller.ok("wtpflag", "--flag", "2"), "0\n")
+
+    def test_kick(self):
+        record = self.controller.record(AP)
+        radio, wlan, sta = next((r, w, s["mac"]) for r, radio in enumerate(record["radio"])
+                                for w, wlan in enumerate(radio["wlan"]) for s in wlan["sta"])
+        self.controller.ok("kick", "--mac", AP, "--radio", ["2g", "5g"][radio], "--wlan", str(wlan + 1),
+                           "--client", sta)
+        after = self.controller.record(AP)["radio"][radio]["wlan"][wlan]["sta"]
+        self.assertEqual(after, [s for s in record["radio"][radio]["wlan"][wlan]["sta"] if s["mac"] != sta])
+
+    def test_reset_redirect_and_the_rest(self):
+        self.controller.ok("rst", "--mac", AP, "--factory")
+        self.assertLess(self.controller.record(AP)["uptime"], 60)
+        self.controller.ok("cac", "--mac", AP, "--ip", "controller2")
+        self.assertEqual(self.controller.record(AP)["state"], 0)
+        self.assertEqual(self.controller.run("rst", "--mac", AP)[::2],
+                         (1, f"ERROR: No response from device {AP.lower()}.\n"))
+        for command in (["initfw"], ["nodc"], ["dbg", "--enable", "1", "--wtp"],
+                        ["bgscan", "--radio", "2g", "--enable", "1"],
+                        ["autoch", "--radio", "5g", "--enable", "1"],
+                        ["autotp", "--radio", "2g", "--enable", "0"]):
+            self.controller.ok(*command)
+        path = f"/tmp/ac-sim.{self.controller.process.pid}.mem"
+        self.assertRegex(self.controller.ok("mem"), r"Total \d+ bytes, \d+ entries\n$")
+        self.assertFalse(os.path.exists(path))
+
+
+class Service(unittest.TestCase):
+    def test_hundred_clients_at_once(self):
+        def steady(text):
+            return re.sub(r'"uptime":\d+', "", text)
+        with Controller("--aps", "20") as controller, contextlib.ExitStack() as stack:
+            whole = controller.ok("wtps", "--json")
+            # Into files: who waits for a reader of its output keeps the others waiting.
+            files = [stack.enter_context(tempfile.TemporaryFile("w+")) for _ in range(100)]
+            clients = [controller.start("wtps", "--json", output=file) for file in files]
+            for client, file in zip(clients, files):
+                self.assertEqual((client.communicate(timeout=120)[1], client.returncode), ("", 0))
+                file.seek(0)
+                self.assertEqual(steady(file.read()), steady(whole))
+
+    def test_misbehaviour(self):
+        busy = "ERROR: System is busy and cannot handle your request now, please try again later.\n"
+        refused = "ERROR: Something Wrong Happened While Connecting To The AC Server.\n"
+        for options, expected in ((["--busy"], (1, "", busy)), (["--refuse", "7"], (1, "", refused)),
+                                  (["--cut", "2"], (1, "", "")), (["--cut", "300"], (1, "", "")),
+                                  (["--trickle"], (0, "online WTP: 9/9\n", ""))):
+            with self.subTest(options=options), Controller(*options) as controller:
+                self.assertEqual(controller.run("online"), expected)
+        with Controller("--result", f"{AP}=10") as controller:
+            self.assertEqual(controller.run("rst", "--mac", f"{AP},{SWITCH}"),
+                             (1, "", f"ERROR: Device {AP.lower()} is busy.\n"))
+
+    def test_ends_on_request_and_takes_its_pid_file_along(self):
+        with tempfile.TemporaryDirectory() as folder:
+            for number in (signal.SIGTERM, signal.SIGINT):
+                controller = Controller("--pid-file", f"{folder}/pid")
+                controller.ok("online")
+                self.assertEqual(int(Path(f"{folder}/pid").read_text()), controller.process.pid)
+                self.assertEqual(controller.end(number), 0)
+                self.assertFalse(os.path.exists(f"{folder}/pid"))
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1], verbosity=0)
