@@ -1,0 +1,402 @@
+// SPDX-License-Identifier: MIT
+// Writes what users read of the key tables, to standard output: the JSON Schemas of configuration
+// files, and the manual page zov-cfg(5) in mdoc.
+//
+// usage: generate_cfg_docs schema-ap|schema-switch|man
+#include "config/config_keys.h"
+#include "setting_texts.h"
+#include "util/output.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+using std::string;
+using std::string_view;
+
+enum : uint32_t {
+    ELEMENTS_MAX = 256, // of any array in a file
+    VALUE_BYTES_MAX = UINT16_MAX,
+};
+
+namespace
+{
+
+// A member of a configuration file: a setting, a list of values that is one setting (it has a row
+// and is an array), an object, or an array of objects.
+struct Node {
+    string_view name;
+    string_view path; // ends with [] when it is an array
+    const ConfigKey *row = nullptr;
+    std::vector<Node> members;
+
+    [[nodiscard]] bool is_array() const { return path.ends_with("[]"); }
+};
+
+} // namespace
+
+static void put(const auto &...texts)
+{
+    for (const string_view text : {string_view(texts)...})
+        standard_output.put(text.data(), text.size());
+}
+
+// --- The tree of a key table ---------------------------------------------------------------------
+
+static Node &member_at(Node &node, string_view path)
+{
+    for (Node &member : node.members)
+        if (member.path == path)
+            return member;
+    string_view name = path.substr(path.rfind('.') + 1);
+    name = name.substr(0, name.find('['));
+    return node.members.emplace_back(Node{name, path, nullptr, {}});
+}
+
+// The root has the one member wtp_cfg.
+static Node make_tree(DeviceKind kind)
+{
+    Node root;
+    for (const ConfigKey *row = config_keys(kind); !row->path.empty(); row++) {
+        Node *node = &root;
+        for (size_t end = 0; end != string_view::npos;) {
+            end = row->path.find('.', end + 1);
+            node = &member_at(*node, row->path.substr(0, end));
+        }
+        node->row = row;
+    }
+    return root;
+}
+
+// The key of a path in the table of texts: its last two names.
+static string_view text_key(string_view path)
+{
+    const size_t dot = path.rfind('.');
+    return dot == string_view::npos ? path : path.substr(path.rfind('.', dot - 1) + 1);
+}
+
+static const SettingText *find_text(string_view path)
+{
+    const SettingText *text = SETTING_TEXTS;
+    while (!text->key.empty() && text->key != text_key(path))
+        text++;
+    return text->key.empty() ? nullptr : text;
+}
+
+static int check_texts(const Node &node, std::set<string_view> &used)
+{
+    int status = 0;
+    for (const Node &member : node.members) {
+        if (find_text(member.path) == nullptr)
+            status = fail("setting_texts.cpp: no text for '%s'\n", string(member.path).c_str());
+        used.insert(text_key(member.path));
+        status |= check_texts(member, used);
+    }
+    return status;
+}
+
+// Every member of both trees has a text, and every text a member.
+static int check_texts(const Node &access_point, const Node &of_switch)
+{
+    std::set<string_view> used;
+    int status = check_texts(access_point, used) | check_texts(of_switch, used);
+    for (const SettingText *text = SETTING_TEXTS; !text->key.empty(); text++)
+        if (!used.contains(text->key))
+            status = fail("setting_texts.cpp: no setting '%s'\n", text->key.data());
+    return status;
+}
+
+// --- What a row accepts, in words ----------------------------------------------------------------
+
+// The largest value or length that is sent unchanged.
+static int32_t largest(const ConfigKey &row)
+{
+    if (row.kind == json_string && row.max < 0)
+        return VALUE_BYTES_MAX;
+    return row.form == FORM_U16 ? std::min<int32_t>(row.max, UINT16_MAX) : row.max;
+}
+
+static uint32_t elements_max(const Node &array)
+{
+    const ConfigList *list = config_list_find(array.path);
+    return list == nullptr ? ELEMENTS_MAX
+                           : std::min<uint32_t>(ELEMENTS_MAX, VALUE_BYTES_MAX / list->element_size);
+}
+
+static string value_words(const ConfigKey &row)
+{
+    const string limits = std::to_string(row.min) + " to " + std::to_string(largest(row));
+    switch (row.form) {
+    case FORM_U32:
+    case FORM_U16:
+        return row.min == 0 && row.max == 1 ? "integer, 0 or 1" : "integer, " + limits;
+    case FORM_IPV4:
+        return "IPv4 address";
+    case FORM_SERVER_ADDRESS:
+        return "IPv4 address, or empty for none";
+    case FORM_IP_SETTINGS:
+        return "address/mask/gateway";
+    case FORM_MAC_LIST:
+        return "MAC address";
+    case FORM_DATA_RATE:
+        return "data rate";
+    default:
+        return "text, " + limits + " bytes";
+    }
+}
+
+static string type_words(const Node &setting)
+{
+    const string words = value_words(*setting.row);
+    return setting.is_array()
+               ? "list, at most " + std::to_string(elements_max(setting)) + " elements: " + words
+               : words;
+}
+
+static bool refuses_repeated_elements(const ConfigKey &row, DeviceKind kind)
+{
+    return row.form == FORM_MAC_LIST || (row.form == FORM_HOST_LIST && kind == DEVICE_ACCESS_POINT);
+}
+
+// The setting's description and what its form adds.
+static string describe(const Node &setting, DeviceKind kind)
+{
+    const ConfigKey &row = *setting.row;
+    string text(find_text(setting.path)->description);
+    if (row.form == FORM_PASSWORD_DIGEST)
+        text += " Only an MD5 digest of it is sent.";
+    if (row.form == FORM_SERVER_ADDRESS)
+        text += " Other texts, host names too, are sent as 0.0.0.0.";
+    if (row.form == FORM_MAC_LIST)
+        text += " Group addresses and 00:00:00:00:00:00 are refused.";
+    if (refuses_repeated_elements(row, kind))
+        text += " An element that is given twice is refused.";
+    if (row.form == FORM_U16 && row.max > UINT16_MAX)
+        text += " Greater numbers would be cut to their low 16 bits.";
+    return text;
+}
+
+// --- JSON Schema ---------------------------------------------------------------------------------
+
+namespace
+{
+
+// The members of nested objects, indented, on standard output.
+class JsonPrinter
+{
+public:
+    void open(string_view name)
+    {
+        start(name);
+        put("{");
+        depth_++;
+        first_ = true;
+    }
+    void close()
+    {
+        depth_--;
+        first_ = false;
+        new_line();
+        put("}");
+    }
+    void text(string_view name, string_view value)
+    {
+        start(name);
+        quote(value);
+    }
+    void number(string_view name, int64_t value) { literal(name, std::to_string(value)); }
+    void literal(string_view name, string_view value)
+    {
+        start(name);
+        put(value);
+    }
+
+private:
+    void start(string_view name)
+    {
+        put(first_ ? "" : ",");
+        first_ = false;
+        new_line();
+        quote(name);
+        put(": ");
+    }
+    void new_line() const { put("\n", string(2 * depth_, ' ')); }
+    static void quote(string_view value)
+    {
+        put("\"");
+        for (const char &c : value)
+            put(c == '"' || c == '\\' ? "\\" : "", string_view(&c, 1));
+        put("\"");
+    }
+
+    size_t depth_ = 1;
+    bool first_ = true;
+};
+
+} // namespace
+
+// The texts that a form accepts; empty when any will do. Server addresses are held to more than zov
+// does, which sends other texts as no address.
+static string pattern(ConfigForm form)
+{
+    const string octet = "(25[0-5]|2[0-4][0-9]|[01]?[0-9]?[0-9])";
+    const string address = octet + "(\\." + octet + "){3}";
+    switch (form) {
+    case FORM_IPV4:
+        return "^" + address + "$";
+    case FORM_SERVER_ADDRESS:
+        return "^(" + address + ")?$";
+    case FORM_IP_SETTINGS:
+        return "^" + address + "(/" + address + "){2}$";
+    case FORM_MAC_LIST:
+        return "^[0-9A-Fa-f]?[02468ACEace](:[0-9A-Fa-f]{1,2}){5}$";
+    case FORM_DATA_RATE:
+        return "^(auto|(VHT)?MCS[0-9]+|[0-9]+(\\.[0-9])?M)$";
+    default:
+        return "";
+    }
+}
+
+static void print_value_schema(JsonPrinter &json, const ConfigKey &row)
+{
+    if (row.kind == json_integer) {
+        json.text("type", "integer");
+        json.number("minimum", row.min);
+        json.number("maximum", largest(row));
+        return;
+    }
+    json.text("type", "string");
+    if (row.min > 0)
+        json.number("minLength", row.min);
+    json.number("maxLength", largest(row)); // in characters, of which none is shorter than a byte
+    if (const string texts = pattern(row.form); !texts.empty())
+        json.text("pattern", texts);
+}
+
+static void print_member_schema(JsonPrinter &json, const Node &node, DeviceKind kind);
+
+static void print_type_schema(JsonPrinter &json, const Node &node, DeviceKind kind)
+{
+    if (node.row != nullptr)
+        return print_value_schema(json, *node.row);
+    json.text("type", "object");
+    json.number("minProperties", 1);
+    json.open("properties");
+    for (const Node &member : node.members)
+        print_member_schema(json, member, kind);
+    json.close();
+}
+
+static void print_member_schema(JsonPrinter &json, const Node &node, DeviceKind kind)
+{
+    const SettingText &text = *find_text(node.path);
+    json.open(node.name);
+    json.text("title", text.title);
+    json.text("description", node.row == nullptr
+                                 ? string(text.description)
+                                 : describe(node, kind) + " Value: " + type_words(node) + ".");
+    if (node.is_array()) {
+        json.text("type", "array");
+        json.number("maxItems", elements_max(node));
+        if (node.row != nullptr && refuses_repeated_elements(*node.row, kind))
+            json.literal("uniqueItems", "true");
+        json.open("items");
+        print_type_schema(json, node, kind);
+        json.close();
+    } else {
+        print_type_schema(json, node, kind);
+    }
+    json.close();
+}
+
+static void print_schema(const Node &root, DeviceKind kind)
+{
+    const string_view device = kind == DEVICE_SWITCH ? "a switch" : "an access point";
+    put("{");
+    JsonPrinter json;
+    json.text("$schema", "https://json-schema.org/draft/2020-12/schema");
+    json.text("title", "Configuration file of " + string(device));
+    json.text("description", "Settings for zov cfg --file; see zov-cfg(5). "
+                             "Members that are not described here are skipped.");
+    json.text("type", "object");
+    json.literal("required", "[\"wtp_cfg\"]");
+    json.open("properties");
+    json.open("$schema");
+    json.text("title", "Schema");
+    json.text("description", "The place of this schema, for editors. It is not sent.");
+    json.text("type", "string");
+    json.close();
+    print_member_schema(json, root.members[0], kind);
+    json.close();
+    put("\n}\n");
+}
+
+// --- Manual page ---------------------------------------------------------------------------------
+
+// Each sentence on a line of its own, minus signs as such.
+static void put_sentences(string_view text)
+{
+    string lines;
+    for (const char c : text) {
+        const char last = lines.empty() ? ' ' : lines.back();
+        if (c == ' ' && last == '.')
+            lines += '\n';
+        else if (c == '-' && last == ' ')
+            lines += "\\-";
+        else
+            lines += c;
+    }
+    put(lines, "\n");
+}
+
+// The node's own settings, then the groups below it.
+static void print_manual_group(const Node &node, DeviceKind kind)
+{
+    const SettingText &group = *find_text(node.path);
+    put(".Ss ", group.title, " (", node.path, ")\n");
+    put_sentences(group.description);
+    put(".Bl -tag -width Ds\n");
+    for (const Node &member : node.members) {
+        if (member.row == nullptr)
+            continue;
+        put(".It Va ", member.path, "\n");
+        put_sentences(string(find_text(member.path)->title) + " (" + type_words(member) + ").");
+        put_sentences(describe(member, kind));
+    }
+    put(".El\n");
+    for (const Node &member : node.members)
+        if (member.row == nullptr)
+            print_manual_group(member, kind);
+}
+
+static void print_manual(const Node &access_point, const Node &of_switch)
+{
+    put(MANUAL_HEAD);
+    put(".Sh SETTINGS OF ACCESS POINTS\n");
+    print_manual_group(access_point.members[0], DEVICE_ACCESS_POINT);
+    put(".Sh SETTINGS OF SWITCHES\n");
+    print_manual_group(of_switch.members[0], DEVICE_SWITCH);
+    put(MANUAL_TAIL);
+}
+
+int main(int argc, char **argv)
+{
+    const string what = argc == 2 ? argv[1] : "";
+    const Node access_point = make_tree(DEVICE_ACCESS_POINT);
+    const Node of_switch = make_tree(DEVICE_SWITCH);
+    if (check_texts(access_point, of_switch) != 0)
+        return 1;
+    if (what == "schema-ap")
+        print_schema(access_point, DEVICE_ACCESS_POINT);
+    else if (what == "schema-switch")
+        print_schema(of_switch, DEVICE_SWITCH);
+    else if (what == "man")
+        print_manual(access_point, of_switch);
+    else
+        return fail("usage: generate_cfg_docs schema-ap|schema-switch|man\n");
+    standard_output.flush();
+    return 0;
+}
