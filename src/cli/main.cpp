@@ -13,16 +13,25 @@ struct Settings {
     int port = 1235;
 };
 
-// Reports the option that getopt_long refused. It answers ':' for a missing argument (option string
-// ":") and '?' otherwise, with the option's code or the single-dash letter in optopt.
-static int refuse_option(int answer, const char *word)
+// Reports the option that getopt_long refused. It answers ':' for a missing argument (the option
+// string says so) with the option's code in optopt. With '?' optopt is the code of a long option
+// that takes no argument but was given one, the character of a single-dash option, or 0.
+static int refuse_option(int answer, char **argv)
 {
     if (answer == ':')
         return fail("ERROR: Option --%s requires an argument.\n", option_name(optopt));
     if (optopt >= 0x20 && optopt <= 0x7E)
         return fail("ERROR: Unknown option -%c.\n", optopt);
-    if (optopt != 0 && strchr(word, '=') != nullptr)
-        return fail("ERROR: Option --%s doesn't take an argument.\n", option_name(optopt));
+
+    const char *word = argv[optind - 1];
+    const bool is_long = strncmp(word, "--", 2) == 0;
+    const char *name = option_name(optopt);
+    if (optopt != 0 && is_long && strchr(word, '=') != nullptr && name != nullptr)
+        return fail("ERROR: Option --%s doesn't take an argument.\n", name);
+    // A single-dash word whose character is not its last is still the next one.
+    const bool is_short = word[0] == '-' && word[1] != '\0' && !is_long;
+    if (optopt != 0 && !is_short)
+        word = argv[optind];
     return fail("ERROR: Unknown option `%s'.\n", word);
 }
 
@@ -42,7 +51,7 @@ static int collect_options(int argc, char **argv, Settings &settings, OptArgList
             break;
         case ':':
         case '?':
-            return refuse_option(code, argv[optind - 1]);
+            return refuse_option(code, argv);
         default:
             if (opts.count == OPT_ARG_MAX)
                 return fail("ERROR: Too many arguments\n");
@@ -68,6 +77,7 @@ static int run(int argc, char **argv)
         ac_connect(session, settings.address, settings.port) != 0)
         return 1;
     const int status = command->handler(session, opts);
+    standard_output.flush(); // a controller that is gone may end the program at the goodbye
     ac_disconnect(session);
     return status;
 }

@@ -243,6 +243,13 @@ const ConfigKey *config_key_find(const ConfigKey *table, std::string_view path)
     return find(table, path);
 }
 
+bool config_keys_below(const ConfigKey *table, std::string_view path)
+{
+    while (!table->path.empty() && !table->path.starts_with(path))
+        table++;
+    return !table->path.empty();
+}
+
 const ConfigArray *config_array_find(std::string_view path)
 {
     return find(CONFIG_ARRAYS, path);

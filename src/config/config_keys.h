@@ -65,5 +65,6 @@ inline const ConfigKey *config_keys(DeviceKind kind)
 
 // The row of a path, or null.
 const ConfigKey *config_key_find(const ConfigKey *table, std::string_view path);
+bool config_keys_below(const ConfigKey *table, std::string_view path); // any path that starts so
 const ConfigArray *config_array_find(std::string_view path);
 const ConfigList *config_list_find(std::string_view path);

@@ -20,15 +20,23 @@ static int invalid_value(const ConfigKey &row, const char *text)
     return fail("ERROR: Invalid config value '%s' for '%s'.\n", text, row.path.data());
 }
 
+static int too_long(const ConfigKey &row, size_t length)
+{
+    return fail("ERROR: config value of %zu bytes is too long (%u at most) for '%s'.\n", length,
+                UINT16_MAX, row.path.data());
+}
+
 int ConfigValueHandler::take_array(std::string_view path, IndexKey key, uint32_t length)
 {
-    if (length > ELEMENTS_MAX)
+    const ConfigArray *array = config_array_find(path);
+    const ConfigList *list = config_list_find(path);
+    if (length > ELEMENTS_MAX &&
+        (array != nullptr || list != nullptr || config_keys_below(config_keys(kind_), path)))
         return fail("ERROR: config array of %u elements is too long (%u at most) for '%.*s'.\n",
                     length, ELEMENTS_MAX, static_cast<int>(path.size()), path.data());
-    if (const ConfigArray *array = config_array_find(path))
-        return tlv_append_u32(items_, static_cast<uint32_t>(array->id),
-                              static_cast<uint32_t>(key.size()), key.data(), length);
-    if (const ConfigList *list = config_list_find(path))
+    if (array != nullptr)
+        return append_u32(array->id, key, length);
+    if (list != nullptr)
         return start_list(*list, key.first(key.size() - 1), length);
     return 0;
 }
@@ -70,9 +78,11 @@ int ConfigValueHandler::take_integer(const ConfigKey &row, IndexKey key, int64_t
     if (number < row.min || number > row.max)
         return fail("ERROR: config value '%lld' is out of range (%d to %d) for '%s'.\n",
                     static_cast<long long>(number), row.min, row.max, row.path.data());
-    const auto append_number = row.form == FORM_U16 ? tlv_append_u16 : tlv_append_u32;
-    return append_number(items_, static_cast<uint32_t>(row.id), static_cast<uint32_t>(key.size()),
-                         key.data(), static_cast<uint32_t>(number));
+    const auto bits = static_cast<uint32_t>(number);
+    if (row.form == FORM_U16)
+        return tlv_append_u16(items_, static_cast<uint32_t>(row.id),
+                              static_cast<uint32_t>(key.size()), key.data(), bits);
+    return append_u32(row.id, key, bits);
 }
 
 int ConfigValueHandler::take_string(const ConfigKey &row, IndexKey key, const char *text,
@@ -100,10 +110,19 @@ int ConfigValueHandler::take_string(const ConfigKey &row, IndexKey key, const ch
     case FORM_MAC_LIST:
         return take_mac(row, key, text);
     case FORM_HOST_LIST:
-        return take_host(row, key, text);
+        return take_host(row, key, text, length);
     default:
-        return append(row, key, text, strlen(text));
+        return take_text(row, key, text);
     }
+}
+
+int ConfigValueHandler::take_text(const ConfigKey &row, IndexKey key, const char *text)
+{
+    const size_t length = strlen(text);
+    if (length > UINT16_MAX)
+        return too_long(row, length);
+    return tlv_append_string(items_, static_cast<uint32_t>(row.id),
+                             static_cast<uint32_t>(key.size()), key.data(), text);
 }
 
 int ConfigValueHandler::take_ip_settings(const ConfigKey &row, IndexKey key, const char *text)
@@ -129,8 +148,7 @@ int ConfigValueHandler::take_data_rate(const ConfigKey &row, IndexKey key, const
         const char *point = strchr(text, '.');
         code = 1000 * atoi(text) + (point == nullptr ? 0 : 100 * atoi(point + 1));
     }
-    return tlv_append_u32(items_, static_cast<uint32_t>(row.id), static_cast<uint32_t>(key.size()),
-                          key.data(), static_cast<uint32_t>(code));
+    return append_u32(row.id, key, static_cast<uint32_t>(code));
 }
 
 int ConfigValueHandler::take_password(const ConfigKey &row, IndexKey key, const char *text)
@@ -160,12 +178,13 @@ int ConfigValueHandler::take_mac(const ConfigKey &row, IndexKey key, const char 
     return finish_element(row, key, "MACs");
 }
 
-int ConfigValueHandler::take_host(const ConfigKey &row, IndexKey key, const char *text)
+int ConfigValueHandler::take_host(const ConfigKey &row, IndexKey key, const char *text,
+                                  uint32_t length)
 {
     uint8_t *place = element(row, key);
     if (place == nullptr)
         return invalid_value(row, text);
-    memcpy(place, text, strlen(text)); // at most 255 bytes, by the key's row
+    memcpy(place, text, length); // at most 255 bytes, by the key's row
     return finish_element(row, key, kind_ == DEVICE_SWITCH ? nullptr : "hostname");
 }
 
@@ -190,11 +209,16 @@ int ConfigValueHandler::finish_element(const ConfigKey &row, IndexKey key, const
     return append(row, key.first(key.size() - 1), list_bytes_.begin(), list_bytes_.size());
 }
 
+int ConfigValueHandler::append_u32(int32_t id, IndexKey key, uint32_t number)
+{
+    return tlv_append_u32(items_, static_cast<uint32_t>(id), static_cast<uint32_t>(key.size()),
+                          key.data(), number);
+}
+
 int ConfigValueHandler::append(const ConfigKey &row, IndexKey key, const void *value, size_t length)
 {
     if (length > UINT16_MAX)
-        return fail("ERROR: config value of %zu bytes is too long (%u at most) for '%s'.\n", length,
-                    UINT16_MAX, row.path.data());
+        return too_long(row, length);
     return tlv_append(items_, static_cast<uint32_t>(row.id), static_cast<uint32_t>(key.size()),
                       key.data(), static_cast<uint32_t>(length), value);
 }

@@ -43,6 +43,11 @@ static int read_digest(const char *path, uint8_t digest[16])
     return 0;
 }
 
+static int cannot_create(const char *path)
+{
+    return fail("ERROR: create '%s' failed.\n", path);
+}
+
 int password_digest(const char *password, uint8_t digest[16])
 {
     char password_path[32], digest_path[32];
@@ -52,9 +57,10 @@ int password_digest(const char *password, uint8_t digest[16])
 
     TempFile password_file(password_path);
     const TempFile digest_file(digest_path);
-    for (const TempFile *file : {static_cast<const TempFile *>(&password_file), &digest_file})
-        if (!file->created())
-            return fail("ERROR: create '%s' failed.\n", file->path());
+    if (!password_file.created())
+        return cannot_create(password_path);
+    if (!digest_file.created())
+        return cannot_create(digest_path);
     if (write_password(password_file, password) != 0)
         return 1;
 

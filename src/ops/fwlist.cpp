@@ -18,6 +18,8 @@
 static void read_macs(ReplyReader &reply, MacList &macs)
 {
     const auto count = reply.number<uint16_t>();
+    if (count == 0)
+        return;
     if (!macs.reserve(count)) {
         fail("ERROR: Out of memory\n");
         reply.set_failed();

@@ -13,7 +13,6 @@
 #include "proto/request_writer.h"
 #include "util/calendar.h"
 #include "util/index_set.h"
-#include "util/number.h"
 #include "util/output.h"
 
 #include <cstdio>
@@ -123,11 +122,6 @@ static int merge_places(Table<MemRecord> &records)
     return 0;
 }
 
-static void put(uint32_t number)
-{
-    standard_output.advance(write_number(standard_output.reserve(NUMBER_TEXT_MAX), number));
-}
-
 static void print_records(const Table<MemRecord> &records, bool all)
 {
     Output &out = standard_output;
@@ -136,12 +130,12 @@ static void print_records(const Table<MemRecord> &records, bool all)
             continue;
         out.put(record.name);
         out.put(':');
-        put(record.line);
+        out.put_number(record.line);
         out.put(" | size ");
-        put(record.size);
+        out.put_number(record.size);
         if (!all) {
             out.put(" | count ");
-            put(record.count);
+            out.put_number(record.count);
         }
         out.put(" | time ");
         out.put(calendar_text(record.time));
@@ -152,9 +146,9 @@ static void print_total(uint32_t bytes, uint32_t entries)
 {
     Output &out = standard_output;
     out.put("Total ");
-    put(bytes);
+    out.put_number(bytes);
     out.put(" bytes, ");
-    put(entries);
+    out.put_number(entries);
     out.put(" entries\n");
 }
 

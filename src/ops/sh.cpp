@@ -24,6 +24,8 @@
 static void read_output(ReplyReader &reply, Text &output)
 {
     const auto length = reply.number<uint16_t>();
+    if (!reply.ok())
+        return;
     char *room = output.allocate(length);
     if (room == nullptr) {
         fail("ERROR: Out of memory.\n");

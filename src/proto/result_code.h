@@ -6,6 +6,7 @@
 
 #include <cstdint>
 
+// Those that a program has to name; print_result_code knows more.
 enum ResultCode : uint8_t {
     RESULT_SUCCESS = 0,
     RESULT_OUT_OF_MEMORY = 2,

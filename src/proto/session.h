@@ -10,7 +10,7 @@
 // Bytes that arrive are read ahead into `in`; the ByteSource part is the window of those not yet
 // taken. Requests gather in `out` (see RequestWriter).
 struct AcSession : ByteSource {
-    int socket = -1;
+    int socket = 0; // set by ac_connect
     uint8_t in[65536] = {};
     uint8_t out[65536] = {};
 };

@@ -4,8 +4,10 @@
 
 #include <cstring>
 
-static void print_macs(JsonWriter &json, const Table<Mac> &macs)
+template <size_t N>
+static void print_macs(JsonWriter &json, const char (&name)[N], const Table<Mac> &macs)
 {
+    json.array(name);
     for (const Mac &mac : macs)
         json.element(mac);
     json.end_array();
@@ -127,7 +129,7 @@ static void print_security(JsonWriter &json, const WlanCfg &wlan)
     }
 }
 
-static void print_wlan(JsonWriter &json, const WlanCfg &wlan)
+static void print_wlan_cfg(JsonWriter &json, const WlanCfg &wlan)
 {
     json.object();
     json.member("enable", wlan.enable);
@@ -135,8 +137,7 @@ static void print_wlan(JsonWriter &json, const WlanCfg &wlan)
     json.member("supr_ssid", wlan.supr_ssid);
     json.member("sta_sep", wlan.sta_sep);
     json.member("layer2Isolation", wlan.layer2Isolation);
-    json.array("l2macWlist");
-    print_macs(json, wlan.l2macWlist);
+    print_macs(json, "l2macWlist", wlan.l2macWlist);
     json.member("isolation", wlan.isolation);
     json.member("vlan", wlan.vlan);
     json.member("downloadlimit", wlan.downloadlimit);
@@ -151,8 +152,7 @@ static void print_wlan(JsonWriter &json, const WlanCfg &wlan)
     json.end_object();
     json.object("acl");
     json.member("mode", wlan.acl.mode);
-    json.array("mac");
-    print_macs(json, wlan.acl.mac);
+    print_macs(json, "mac", wlan.acl.mac);
     json.end_object();
     json.member("sec_mode", wlan.sec_mode);
     json.object("nas");
@@ -177,7 +177,7 @@ static void print_wlan(JsonWriter &json, const WlanCfg &wlan)
     json.end_object();
 }
 
-static void print_radio(JsonWriter &json, const RadioCfg &radio)
+static void print_radio_cfg(JsonWriter &json, const RadioCfg &radio)
 {
     json.object();
     json.member("op_mode", radio.op_mode);
@@ -214,7 +214,7 @@ static void print_radio(JsonWriter &json, const RadioCfg &radio)
     print_fast_handover(json, radio.fasthandover);
     json.array("wlan");
     for (const WlanCfg &wlan : radio.wlan)
-        print_wlan(json, wlan);
+        print_wlan_cfg(json, wlan);
     json.end_array();
     json.end_object();
 }
@@ -234,7 +234,7 @@ static void print_lan_ports(JsonWriter &json, const WtpCfg &cfg)
     json.end_array();
 }
 
-static void print_access_point(JsonWriter &json, const WtpCfg &cfg, bool password)
+static void print_access_point_cfg(JsonWriter &json, const WtpCfg &cfg, bool password)
 {
     if (password)
         json.member("password_md5", cfg.password_md5);
@@ -267,7 +267,7 @@ static void print_access_point(JsonWriter &json, const WtpCfg &cfg, bool passwor
     json.end_object();
     json.array("radio");
     for (const RadioCfg &radio : cfg.radio)
-        print_radio(json, radio);
+        print_radio_cfg(json, radio);
     json.end_array();
 }
 
@@ -306,11 +306,10 @@ static void print_pd_lifeguard(JsonWriter &json, const WtpCfg &cfg)
     json.end_array();
 }
 
-static void print_switch(JsonWriter &json, const WtpCfg &cfg)
+static void print_switch_cfg(JsonWriter &json, const WtpCfg &cfg)
 {
     json.member("redundancyMode", cfg.redundancyMode);
-    json.array("manage_mac_list");
-    print_macs(json, cfg.manage_mac_list);
+    print_macs(json, "manage_mac_list", cfg.manage_mac_list);
     json.array("switch_port");
     for (const SwitchPortCfg &port : cfg.switch_port) {
         json.object();
@@ -364,7 +363,7 @@ void print_cfg_json(JsonWriter &json, const WtpRecord &wtp, bool password)
         json.element(host.text, strnlen(host.text, sizeof host.text));
     json.end_array();
     if (wtp.wtp_type == WTP_ACCESS_POINT)
-        print_access_point(json, cfg, password);
+        print_access_point_cfg(json, cfg, password);
     else if (wtp.wtp_type == WTP_SWITCH)
-        print_switch(json, cfg);
+        print_switch_cfg(json, cfg);
 }

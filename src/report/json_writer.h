@@ -147,6 +147,8 @@ private:
         return to;
     }
 
+    // The name takes N + 2 bytes (N counts its terminator, for which the colon stands), and the
+    // opening quote of a string one more.
     template <size_t N> char *key(const char (&name)[N], size_t room)
     {
         char *to = next(N + 4 + room);

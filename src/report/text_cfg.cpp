@@ -40,7 +40,7 @@ static void print_security(TextWriter &out, const WlanCfg &wlan)
     out.line("          IP\t\t\t\t", wlan.nas.ip);
 }
 
-static void print_wlan(TextWriter &out, const WlanCfg &wlan, uint32_t number)
+static void print_wlan_cfg(TextWriter &out, const WlanCfg &wlan, uint32_t number)
 {
     out.item("    WLAN", number);
     out.put(":\n");
@@ -100,7 +100,7 @@ static void print_portal(TextWriter &out, const PortalCfg &portal)
     out.line("      Radius2\t\t\t\t\t", portal.radius_server2);
 }
 
-static void print_radio(TextWriter &out, const RadioCfg &radio, uint32_t number)
+static void print_radio_cfg(TextWriter &out, const RadioCfg &radio, uint32_t number)
 {
     out.item("  Radio", number);
     out.put(":\n");
@@ -136,10 +136,10 @@ static void print_radio(TextWriter &out, const RadioCfg &radio, uint32_t number)
     out.line("    Fast Handover RSSI\t\t\t", radio.fasthandover.rssi);
     uint32_t wlan_number = 0;
     for (const WlanCfg &wlan : radio.wlan)
-        print_wlan(out, wlan, ++wlan_number);
+        print_wlan_cfg(out, wlan, ++wlan_number);
 }
 
-static void print_access_point(TextWriter &out, const WtpCfg &cfg)
+static void print_access_point_cfg(TextWriter &out, const WtpCfg &cfg)
 {
     out.line("  Banstreering\t\t\t\t", cfg.bandsteer);
     out.put("  Banstreer:\n");
@@ -168,7 +168,7 @@ static void print_access_point(TextWriter &out, const WtpCfg &cfg)
     out.line("    Mesh Enable Total\t\t\t\t", cfg.mesh.enable_total);
     uint32_t radio_number = 0;
     for (const RadioCfg &radio : cfg.radio)
-        print_radio(out, radio, ++radio_number);
+        print_radio_cfg(out, radio, ++radio_number);
     uint32_t lan_port_number = 0;
     for (const LanPortCfg &lan_port : cfg.lan_port) {
         out.item("  LanPort", ++lan_port_number);
@@ -179,7 +179,7 @@ static void print_access_point(TextWriter &out, const WtpCfg &cfg)
 }
 
 // These numbers are shown signed.
-static void print_switch(TextWriter &out, const WtpCfg &cfg)
+static void print_switch_cfg(TextWriter &out, const WtpCfg &cfg)
 {
     for (const SwitchPortCfg &port : cfg.switch_port) {
         out.line("  Port", static_cast<int32_t>(port.port));
@@ -216,7 +216,7 @@ void print_cfg_text(TextWriter &out, const WtpRecord &wtp, bool password)
         out.line("  DNS2\t\t\t\t\t", cfg.dns2);
     }
     if (wtp.wtp_type == WTP_ACCESS_POINT)
-        print_access_point(out, cfg);
+        print_access_point_cfg(out, cfg);
     else if (wtp.wtp_type == WTP_SWITCH)
-        print_switch(out, cfg);
+        print_switch_cfg(out, cfg);
 }

@@ -6,6 +6,7 @@
 // empty one. Everything is zero or absent until it is read.
 #pragma once
 
+#include "util/heap_object.h"
 #include "util/ipv4.h"
 #include "util/mac.h"
 #include "util/table.h"
@@ -245,7 +246,7 @@ struct PdlStatus {
     Text action;
 };
 
-struct WtpCfg {
+struct WtpCfg : HeapObject {
     Ipv4 ip, mask, gateway, dns1, dns2; // ip 0.0.0.0: DHCP
     Text name, location, admin;
     int32_t timezone = 0;
@@ -282,7 +283,7 @@ struct WtpCfg {
     Table<PdlStatus> pdl_status;
 };
 
-struct WtpRecord {
+struct WtpRecord : HeapObject {
     uint8_t wtp_type = 0; // a WtpType; any other value has the common members only
     Mac mac;
     Ipv4 ip;

@@ -7,7 +7,6 @@
 #include "util/output.h"
 
 #include <memory>
-#include <new>
 
 namespace
 {
@@ -35,7 +34,7 @@ public:
 
     template <class Part> bool make(std::unique_ptr<Part> &part)
     {
-        part.reset(new (std::nothrow) Part);
+        part.reset(new Part);
         if (part == nullptr)
             report_no_memory("ERROR: Out of memory\n");
         return part != nullptr;
@@ -96,7 +95,7 @@ int read_wtp_list(ByteSource &source, WtpList &list)
     ReplyReader reply(source);
     RecordReader wire(reply);
     while (reply.number<uint8_t>() == 0 && reply.ok()) {
-        std::unique_ptr<WtpRecord> record(new (std::nothrow) WtpRecord);
+        std::unique_ptr<WtpRecord> record(new WtpRecord);
         if (record == nullptr) {
             fail("ERROR: Out of memory\n");
             reply.set_failed();

@@ -81,7 +81,7 @@ static void print_fw_results(const WtpList &list)
     for (const WtpRecord *wtp = list.head; wtp != nullptr; wtp = wtp->next) {
         out.put(mac_to_text(wtp->mac));
         out.put('=');
-        out.advance(write_number(out.reserve(NUMBER_TEXT_MAX), uint32_t{wtp->upg_state}));
+        out.put_number(wtp->upg_state);
         out.put('\n');
     }
 }

@@ -5,12 +5,15 @@
 
 const char *calendar_text(int64_t seconds)
 {
-    // Once: ctime() would look for a changed time zone file at every call.
-    static const bool zone_is_set = (tzset(), true);
+    static bool zone_is_set;
+    if (!zone_is_set)
+        tzset(); // once: ctime() would look for a changed time zone file at every call
+    zone_is_set = true;
+
     static char text[26];
     const time_t time = seconds;
     tm parts;
-    if (!zone_is_set || localtime_r(&time, &parts) == nullptr)
+    if (localtime_r(&time, &parts) == nullptr)
         return "\n";
     return asctime_r(&parts, text);
 }

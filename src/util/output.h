@@ -2,6 +2,8 @@
 // Standard output through one buffer, and the messages on standard error.
 #pragma once
 
+#include "util/number.h"
+
 #include <cstddef>
 #include <cstring>
 
@@ -26,6 +28,8 @@ public:
         *to = c;
         advance(to + 1);
     }
+
+    void put_number(uint32_t number) { advance(write_number(reserve(NUMBER_TEXT_MAX), number)); }
 
     // Hands everything to the system. What standard output does not take is dropped silently.
     void flush();

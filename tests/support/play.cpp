@@ -63,7 +63,7 @@ int bind_to_free_port(const Fd &listener)
                           const std::string &folder)
 {
     std::vector<std::string> words = options.wrapper;
-    words.push_back(options.wrapper.empty() ? "zov" : options.zov);
+    words.emplace_back("zov");
     words.insert(words.end(), transcript.words.begin(), transcript.words.end());
     if (!transcript.words.empty()) {
         const auto behind_command = words.begin() + static_cast<long>(options.wrapper.size()) + 2;
@@ -79,6 +79,10 @@ int bind_to_free_port(const Fd &listener)
         freopen((folder + "/err").c_str(), "w", stderr) == nullptr)
         _exit(126);
     setenv("TZ", "UTC", 1);
+    if (!options.wrapper
+             .empty()) // it finds the program in PATH, by the name that the usage text shows
+        setenv("PATH",
+               (fs::path(options.zov).parent_path().string() + ":" + getenv("PATH")).c_str(), 1);
     for (const std::string &setting : options.environment)
         putenv(strdup(setting.c_str()));
     execvp(options.wrapper.empty() ? options.zov.c_str() : argv[0], argv.data());
@@ -141,7 +145,8 @@ std::string hex(const std::string &bytes)
 }
 
 // Plays the controller's lines. Returns a complaint, or nothing.
-std::string serve(Fd &client, const Transcript &transcript, const PlayOptions &options)
+std::string serve(Fd &client, const Transcript &transcript, const PlayOptions &options,
+                  std::string &received)
 {
     const int on = 1;
     setsockopt(client.fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
@@ -156,11 +161,13 @@ std::string serve(Fd &client, const Transcript &transcript, const PlayOptions &o
             continue;
         }
         const std::string got = receive(client.fd, step.bytes.size());
+        received += got;
         if (got != step.bytes)
             return "request " + hex(got) + " instead of " + hex(step.bytes);
     }
     const bool admitted = transcript.handshake == std::string("\0\0\0\1", 4);
     const std::string rest = receive(client.fd, 1 << 20);
+    received += rest;
     const std::string goodbye = admitted ? std::string(1, '\0') : "";
     return rest == goodbye ? "" : "at the end " + hex(rest) + " instead of " + hex(goodbye);
 }
@@ -193,7 +200,7 @@ Outcome play(const Transcript &transcript, const PlayOptions &options)
     if (!transcript.absent) {
         Fd client(wait_for_client(listener.fd, child));
         if (client.fd >= 0)
-            outcome.complaint = serve(client, transcript, options);
+            outcome.complaint = serve(client, transcript, options, outcome.received);
         else
             outcome.complaint = "no client came";
     }
@@ -204,7 +211,5 @@ Outcome play(const Transcript &transcript, const PlayOptions &options)
     outcome.max_rss_kib = usage.ru_maxrss;
     outcome.out = read_file(folder.path + "/out");
     outcome.err = read_file(folder.path + "/err");
-    for (const auto &entry : fs::directory_iterator(folder.path + "/run"))
-        outcome.left_files.push_back(entry.path().filename());
     return outcome;
 }

@@ -31,14 +31,13 @@ struct PlayOptions {
     std::vector<std::string> wrapper;     // what it is run under, such as valgrind
     std::vector<std::string> environment; // NAME=VALUE, added to ours
     bool one_byte_at_a_time = false;      // how the controller sends
-    bool exact = true;                    // complain about bytes that the transcript does not have
 };
 
 struct Outcome {
     std::string out, err;
-    int status = -1;                     // exit status, or 128 + signal
-    std::string complaint;               // what the controller had to complain about, or empty
-    std::vector<std::string> left_files; // in the run's folder, other than the transcript's
+    int status = -1;       // exit status, or 128 + signal
+    std::string received;  // what the controller received
+    std::string complaint; // what the controller had to complain about, or empty
     long max_rss_kib = 0;
 };
 

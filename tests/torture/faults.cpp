@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: MIT
+// Faults for a zov that is linked with --wrap for the calls below. The environment chooses them:
+//
+//     FAULT_ALLOC=N       the Nth allocation fails
+//     FAULT_SEND=N        the Nth send fails with FAULT_ERRNO (a number)
+//     FAULT_RECV=N        likewise a receive
+//     FAULT_ONE_BYTE=1    every transfer moves one byte
+//     FAULT_EINTR=1       every second transfer is interrupted before it moves anything
+//     FAULT_TIMER=1       a signal every 100 microseconds from the first transfer on
+//     FAULT_LOG=FILE      is created when a fault was met
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+extern "C" {
+void *__real_malloc(size_t size);
+void *__real_realloc(void *old, size_t size);
+ssize_t __real_send(int socket, const void *bytes, size_t length, int flags);
+ssize_t __real_recv(int socket, void *bytes, size_t length, int flags);
+
+void *__wrap_malloc(size_t size);
+void *__wrap_realloc(void *old, size_t size);
+ssize_t __wrap_send(int socket, const void *bytes, size_t length, int flags);
+ssize_t __wrap_recv(int socket, void *bytes, size_t length, int flags);
+}
+
+static long setting(const char *name)
+{
+    const char *value = getenv(name);
+    return value == nullptr ? 0 : atol(value);
+}
+
+static bool met()
+{
+    if (const char *log = getenv("FAULT_LOG"))
+        close(open(log, O_CREAT | O_WRONLY, 0600));
+    return true;
+}
+
+static bool allocation_fails()
+{
+    static long count;
+    return ++count == setting("FAULT_ALLOC") && met();
+}
+
+void *__wrap_malloc(size_t size)
+{
+    return allocation_fails() ? nullptr : __real_malloc(size);
+}
+
+void *__wrap_realloc(void *old, size_t size)
+{
+    return allocation_fails() ? nullptr : __real_realloc(old, size);
+}
+
+static void start_timer()
+{
+    struct sigaction action = {};
+    action.sa_handler = [](int) {};
+    sigaction(SIGALRM, &action, nullptr);
+    const itimerval every = {{0, 100}, {0, 100}};
+    setitimer(ITIMER_REAL, &every, nullptr);
+    met();
+}
+
+// Sets errno and returns true when this transfer is to fail.
+static bool transfer_fails(const char *which, long &count)
+{
+    static bool timer, interrupted;
+    if (!timer && setting("FAULT_TIMER") != 0)
+        start_timer();
+    timer = true;
+    if (setting("FAULT_EINTR") != 0 && (interrupted = !interrupted) && met()) {
+        errno = EINTR;
+        return true;
+    }
+    if (++count != setting(which))
+        return false;
+    errno = static_cast<int>(setting("FAULT_ERRNO"));
+    return met();
+}
+
+static size_t shortened(size_t length)
+{
+    return setting("FAULT_ONE_BYTE") != 0 && length > 1 && met() ? 1 : length;
+}
+
+ssize_t __wrap_send(int socket, const void *bytes, size_t length, int flags)
+{
+    static long count;
+    return transfer_fails("FAULT_SEND", count)
+               ? -1
+               : __real_send(socket, bytes, shortened(length), flags);
+}
+
+ssize_t __wrap_recv(int socket, void *bytes, size_t length, int flags)
+{
+    static long count;
+    return transfer_fails("FAULT_RECV", count)
+               ? -1
+               : __real_recv(socket, bytes, shortened(length), flags);
+}
