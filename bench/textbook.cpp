@@ -1,0 +1,155 @@
+// SPDX-License-Identifier: MIT
+// textbook PORT: the device list as a straightforward client fetches it, for comparison. It
+// receives every field by itself and prints every member by itself; it prints the members in wire
+// order.
+#include "proto/byte_order.h"
+#include "proto/session.h"
+#include "report/wtp_layout.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <sys/socket.h>
+
+namespace
+{
+
+class FieldReceiver
+{
+public:
+    explicit FieldReceiver(int socket) : socket_(socket) {}
+
+    template <class Field> void operator()(const char *, Field &field)
+    {
+        receive(&field, sizeof field);
+        if constexpr (std::is_integral_v<Field>)
+            field = from_big_endian<Field>(&field);
+    }
+    void operator()(const char *, Text &text)
+    {
+        const auto length = number<uint16_t>();
+        if (length > 0)
+            receive(text.allocate(length), length);
+    }
+    void hostname(const char *name, Text &text) { (*this)(name, text); }
+    bool present(Section) { return number<uint8_t>() != 0; }
+    template <class Part> bool make(std::unique_ptr<Part> &part)
+    {
+        part = std::make_unique<Part>();
+        return true;
+    }
+    template <class Count, class Row> Count count(const char *, Table<Row> &)
+    {
+        return number<Count>();
+    }
+    template <class Count, class Row> void rows(const char *name, Table<Row> &table)
+    {
+        counted_rows(name, table, static_cast<uint32_t>(number<Count>()));
+    }
+    template <class Row> void counted_rows(const char *, Table<Row> &table, uint32_t length)
+    {
+        if (!table.reserve(length))
+            exit(1);
+        while (table.size() < length)
+            lay_out(*this, table.append());
+    }
+
+    template <class Int> Int number()
+    {
+        Int number;
+        (*this)("", number);
+        return number;
+    }
+
+private:
+    void receive(void *to, size_t length)
+    {
+        if (recv(socket_, to, length, MSG_WAITALL) != static_cast<ssize_t>(length))
+            exit(1);
+    }
+
+    int socket_;
+};
+
+class MemberPrinter
+{
+public:
+    template <class Field> void operator()(const char *name, Field &field)
+    {
+        if constexpr (std::is_signed_v<Field>)
+            printf(",\"%s\":%d", name, int{field});
+        else
+            printf(",\"%s\":%u", name, unsigned{field});
+    }
+    void operator()(const char *name, Mac &mac)
+    {
+        const uint8_t *b = mac.byte;
+        printf(",\"%s\":\"%02X:%02X:%02X:%02X:%02X:%02X\"", name, b[0], b[1], b[2], b[3], b[4],
+               b[5]);
+    }
+    void operator()(const char *name, Ipv4 &addr)
+    {
+        const uint8_t *o = addr.octet;
+        printf(",\"%s\":\"%u.%u.%u.%u\"", name, o[0], o[1], o[2], o[3]);
+    }
+    void operator()(const char *name, Text &text) { printf(",\"%s\":\"%s\"", name, text.c_str()); }
+    void operator()(const char *name, HostSlot &host) { printf(",\"%s\":\"%s\"", name, host.text); }
+    void operator()(const char *name, CfgCap &cap) { print_bytes(name, cap.flag); }
+    void operator()(const char *name, Md5Digest &digest) { print_bytes(name, digest.byte); }
+    void hostname(const char *name, Text &text) { (*this)(name, text); }
+
+    bool present(Section section) const { return section != Section::configuration || has_cfg; }
+    template <class Part> bool make(std::unique_ptr<Part> &part) { return part != nullptr; }
+    template <class Count, class Row> Count count(const char *, Table<Row> &table)
+    {
+        return static_cast<Count>(table.size());
+    }
+    template <class Count, class Row> void rows(const char *name, Table<Row> &table)
+    {
+        counted_rows(name, table, table.size());
+    }
+    template <class Row> void counted_rows(const char *name, Table<Row> &table, uint32_t)
+    {
+        printf(",\"%s\":[", name);
+        for (Row &row : table)
+            lay_out(*this, row);
+        printf("]");
+    }
+
+    bool has_cfg = false;
+
+private:
+    template <size_t N> void print_bytes(const char *name, const uint8_t (&bytes)[N])
+    {
+        printf(",\"%s\":[", name);
+        for (const uint8_t byte : bytes)
+            printf("%u,", byte);
+        printf("]");
+    }
+};
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    static AcSession session;
+    if (argc != 2 || ac_connect(session, "127.0.0.1", atoi(argv[1])) != 0)
+        return 1;
+    const uint8_t request[7] = {1, 0, 0, 0, 63, 0, 0};
+    send_all(session, request, sizeof request);
+
+    FieldReceiver receiver(session.socket);
+    WtpList list;
+    while (receiver.number<uint8_t>() == 0) {
+        auto record = std::make_unique<WtpRecord>();
+        lay_out(receiver, *record);
+        append_wtp(list, std::move(record));
+    }
+    MemberPrinter printer;
+    for (WtpRecord *wtp = list.head; wtp != nullptr; wtp = wtp->next) {
+        printer.has_cfg = wtp->wtp_cfg != nullptr;
+        lay_out(printer, *wtp);
+    }
+    ac_disconnect(session);
+    return 0;
+}

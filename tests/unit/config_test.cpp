@@ -1,0 +1,173 @@
+// SPDX-License-Identifier: MIT
+// Configuration: the item buffer, the key tables, and files turned into items.
+#include "config/config_file.h"
+#include "config/config_keys.h"
+#include "config/tlv_buffer.h"
+
+#include <cstdio>
+#include <gtest/gtest.h>
+#include <memory>
+#include <set>
+#include <string>
+
+namespace
+{
+
+std::string hex(const void *bytes, size_t length)
+{
+    std::string text;
+    for (size_t i = 0; i < length; i++) {
+        char digits[3];
+        snprintf(digits, sizeof digits, "%02x", static_cast<const uint8_t *>(bytes)[i]);
+        text += digits;
+    }
+    return text;
+}
+
+// "type:index:value" for each item.
+std::string show(const TlvBuffer &buffer)
+{
+    std::string text;
+    for (const TlvItem *item = buffer.first; item != nullptr; item = item->next)
+        text += std::to_string(item->type) + ":" + hex(item->index(), item->index_len) + ":" +
+                hex(item->value(), item->value_len) + " ";
+    return text;
+}
+
+TEST(TlvBuffer, Items)
+{
+    uint8_t index[] = {1, 2};
+    TlvBuffer buffer;
+    tlv_free(buffer);
+    EXPECT_EQ(tlv_append(buffer, 70000, 0, nullptr, 0, nullptr), 0);
+    EXPECT_EQ(buffer.wire_size, 6u);
+    EXPECT_EQ(tlv_append_u32(buffer, 4, 2, index, 0x01020304), 0);
+    EXPECT_EQ(buffer.wire_size, 18u);
+    EXPECT_EQ(tlv_append_u16(buffer, 5, 1, index, static_cast<uint32_t>(-60)), 0);
+    EXPECT_EQ(tlv_append_string(buffer, 6, 0, nullptr, "AP1"), 0);
+    EXPECT_EQ(tlv_append_string(buffer, 7, 1, index, ""), 0);
+    index[0] = index[1] = 0xEE; // the buffer has its own copies
+    EXPECT_EQ(show(buffer), "70000:: 4:0102:01020304 5:01:ffc4 6::415031 7:01: ");
+    EXPECT_EQ(buffer.wire_size, 18u + 9 + 9 + 7);
+    tlv_free(buffer);
+    EXPECT_TRUE(buffer.first == nullptr && buffer.last == nullptr && buffer.wire_size == 0);
+}
+
+TEST(ConfigKeys, Invariants)
+{
+    const struct {
+        DeviceKind kind;
+        size_t rows;
+        std::set<int> array_ids; // in the gaps of the table
+    } tables[] = {{DEVICE_SWITCH, 41, {8, 13, 24, 38}}, {DEVICE_ACCESS_POINT, 162, {4, 17, 93}}};
+    for (const auto &table : tables) {
+        const ConfigKey *keys = config_keys(table.kind);
+        std::set<int> ids = table.array_ids;
+        std::set<std::string> paths;
+        for (const ConfigKey *key = keys; !key->path.empty(); key++) {
+            SCOPED_TRACE(key->path);
+            const bool number = key->form == FORM_U32 || key->form == FORM_U16;
+            EXPECT_TRUE(ids.insert(key->id).second);
+            EXPECT_TRUE(paths.emplace(key->path).second);
+            EXPECT_EQ(key->kind, number ? json_integer : json_string);
+            EXPECT_TRUE(key->min <= key->max || (!number && key->max == -1));
+            EXPECT_EQ(config_key_find(keys, std::string(key->path)), key);
+        }
+        EXPECT_EQ(paths.size(), table.rows);
+        for (const char *path : {"", "wtp_cfg", "wtp_cfg.nam", "wtp_cfg.name2", "wtp_cfg.Name"})
+            EXPECT_EQ(config_key_find(keys, path), nullptr) << path;
+    }
+}
+
+// What a file's members below wtp_cfg become for an access point: items, or the message.
+std::string load(const std::string &members)
+{
+    const std::string json = "{\"wtp_cfg\":{" + members + "}}";
+    const std::unique_ptr<json_value, void (*)(json_value *)> root(
+        json_parse(json.c_str(), json.size()), json_value_free);
+    TlvBuffer items;
+    testing::internal::CaptureStderr();
+    const int status = root == nullptr ? -1 : config_tree_load(*root, DEVICE_ACCESS_POINT, items);
+    const std::string message = testing::internal::GetCapturedStderr();
+    return status == 0 ? show(items) + message : message;
+}
+
+TEST(ConfigTree, IndexKeysAndMembersNamedLikeElements)
+{
+    const std::string invalid = "ERROR: Invalid config value ";
+    const std::string cases[][2] = {
+        // An array's own item ends with the position that was visited last at its depth.
+        {R"("radio":[{"op_mode":1},{"op_mode":2}],"lan_port":[{"en":1}])",
+         "4:00:00000002 5:00:00000001 5:01:00000002 93:01:00000001 94:00:00000001 "},
+        {R"("led":{"power":1,"lan":0,"mesh":1},"name":"b","y":[],"radio":[])",
+         "63::00000001 64::00000000 67::00000001 1::62 4:02:00000000 "},
+        {R"("radio":[{"wlan":[{"ssid":"x"},{"vlan":5}]},{"wlan":[]}])",
+         "4:00:00000002 17:0000:00000002 19:0000:78 23:0001:00000005 17:0101:00000000 "},
+        {R"("ac_list[]":"x")", invalid + "'x' for 'wtp_cfg.ac_list[]'.\n"},
+        // No item without a last element that is a text; nothing outside the list.
+        {R"("radio":[{"wlan":[{"acl":{"mac":["2:0:0:0:0:1",{"x":1}],"mac[]":"2:0:0:0:0:2"}}]}])",
+         "4:00:00000001 17:0000:00000001 "},
+        {R"("radio":[{"wlan":[{"acl":{"mac":[{"x":1}]}},{"acl":{"mac[]":"2:0:0:0:0:1"}}]}])",
+         invalid + "'2:0:0:0:0:1' for 'wtp_cfg.radio[].wlan[].acl.mac[]'.\n"},
+    };
+    for (const auto &[members, expected] : cases)
+        EXPECT_EQ(load(members), expected) << members;
+}
+
+TEST(ConfigTree, DataRates)
+{
+    const auto rate = [](const std::string &text) {
+        return load("\"radio\":[{\"data_rate\":\"" + text + "\"}]");
+    };
+    std::string got;
+    for (const char *text : {"auto", "MCS0", "MCS7", "XMCS31", "VHTMCS0", "VHTMCS9", "1M", "5.5M",
+                             "54M", ".5M", "1.25M", "6M.5", "-1M", "autoM", "MCS", "999999M"})
+        got += std::to_string(std::stoll(rate(text).substr(20), nullptr, 16)) + " ";
+    EXPECT_EQ(got, "0 1 8 32 101 110 1000 5500 54000 500 3500 6500 4294966296 0 1 999999000 ");
+    for (const char *text : {"54", "Auto", "mcs7", "11m"})
+        EXPECT_TRUE(rate(text).starts_with("ERROR: Invalid config value")) << text;
+}
+
+// An array of `count` texts that are hexadecimal numbers behind a prefix.
+std::string array(const std::string &member, const std::string &prefix, unsigned count)
+{
+    std::string text = "\"" + member + "\":[";
+    for (unsigned i = 0; i < count; i++) {
+        char digits[16];
+        snprintf(digits, sizeof digits, "%x", i);
+        text += (i == 0 ? "\"" : ",\"") + prefix + digits + "\"";
+    }
+    return text + "]";
+}
+
+TEST(ConfigTree, Sizes)
+{
+    const std::string many = "ERROR: config array of 257 elements is too long (256 at most) for ";
+    const std::string large = "ERROR: config value of 65536 bytes is too long (65535 at most) for ";
+    EXPECT_EQ(load(array("radio", "", 256)), "4:00:00000100 ");
+    EXPECT_EQ(load(array("radio", "", 257)), many + "'wtp_cfg.radio[]'.\n");
+
+    const std::string hosts = load(array("ac_list", "h", 255)), zeros(508, '0');
+    EXPECT_TRUE(hosts.starts_with("90::6830" + zeros + "6831"));
+    EXPECT_TRUE(hosts.ends_with("686665" + zeros.substr(2) + " "));
+    EXPECT_EQ(hosts.size(), 4 + 255 * 512 + 1u);
+    EXPECT_EQ(load(array("ac_list", "h", 256)), large + "'wtp_cfg.ac_list[]'.\n");
+    EXPECT_EQ(load(array("ac_list", "h", 257)), many + "'wtp_cfg.ac_list[]'.\n");
+
+    const std::string wlan = "\"radio\":[{\"wlan\":[{", counts = "4:00:00000001 17:0000:00000001 ";
+    const std::string macs = load(wlan + array("l2macWlist", "2:0:0:0:0:", 256) + "}]}]");
+    EXPECT_TRUE(macs.ends_with("0200000000fe0200000000ff "));
+    EXPECT_EQ(macs.size(), counts.size() + 9 + 256 * 12 + 1);
+    const std::string text = wlan + "\"hotspot20\":\"" + std::string(65535, 'n');
+    EXPECT_EQ(load(text + "\"}]}]").size(), counts.size() + 9 + 2 * 65535 + 1);
+    EXPECT_EQ(load(text + "n\"}]}]"), large + "'wtp_cfg.radio[].wlan[].hotspot20'.\n");
+
+    // A path of 255 bytes, and more.
+    const std::string n(247, 'n'), member = "\"" + n, error = "ERROR: config path 'wtp_cfg." + n;
+    EXPECT_EQ(load(member + "\":1") + load("\"" + std::string(245, 'n') + "\":[1]"), "");
+    EXPECT_EQ(load(member + "n\":1"), error + "n' is too long.\n");
+    EXPECT_EQ(load(member + "\":[1]"), error + "[]' is too long.\n");
+    EXPECT_EQ(load(member + "\":{\"x\":1}"), error + ".x' is too long.\n");
+}
+
+} // namespace

@@ -1,0 +1,196 @@
+// SPDX-License-Identifier: MIT
+// From bytes to device records: byte order, byte sources, the reply reader, whole replies.
+#include "support/transcript.h"
+
+#include "proto/byte_order.h"
+#include "proto/reply_reader.h"
+#include "report/wtp_request.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <ctime>
+#include <gtest/gtest.h>
+#include <string>
+#include <sys/resource.h>
+#include <vector>
+
+namespace
+{
+
+using testing::internal::CaptureStderr;
+using testing::internal::GetCapturedStderr;
+
+template <class Int> std::string wire_bytes(Int number)
+{
+    char wire[sizeof number];
+    to_big_endian(wire, number);
+    return {wire, sizeof wire};
+}
+
+TEST(ByteOrder, AroundPowersOfTwo)
+{
+    EXPECT_EQ(wire_bytes<int16_t>(-60), "\xFF\xC4");
+    EXPECT_EQ(from_big_endian<int32_t>("\x80\0\0"), INT32_MIN);
+    for (unsigned bit = 0; bit < 32; bit++)
+        for (const uint32_t number : {(1u << bit) - 1, 1u << bit, (1u << bit) + 1}) {
+            const std::string wire = wire_bytes(number);
+            for (unsigned i = 0; i < 4; i++)
+                EXPECT_EQ(static_cast<uint8_t>(wire[i]), number >> (24 - 8 * i) & 0xFF) << number;
+            EXPECT_EQ(from_big_endian<uint32_t>(wire.data()), number);
+            EXPECT_EQ(wire_bytes(static_cast<uint16_t>(number)), wire.substr(2)) << number;
+            EXPECT_EQ(from_big_endian<uint16_t>(wire.data() + 2), number & 0xFFFF);
+        }
+}
+
+// Gives its bytes in pieces, and then the end of the stream (0) or a failure (-1).
+struct Pieces : ByteSource {
+    Pieces(std::string content, size_t piece_size, ssize_t last = 0)
+        : bytes(content.begin(), content.end()), piece(piece_size), ending(last)
+    {
+        refill = [](ByteSource &source) { return static_cast<Pieces &>(source).next_piece(); };
+    }
+
+    ssize_t next_piece()
+    {
+        refills++;
+        errno = EIO;
+        at = bytes.data() + used;
+        used += std::min(piece, bytes.size() - used);
+        end = bytes.data() + used;
+        return at == end ? ending : end - at;
+    }
+
+    std::vector<uint8_t> bytes; // exactly these, so that a read beyond them is noticed
+    size_t piece, used = 0;
+    ssize_t ending;
+    int refills = 0;
+};
+
+TEST(RecvAll, PiecesOfEverySize)
+{
+    char got[16] = {};
+    for (size_t piece = 1; piece <= 11; piece++) {
+        Pieces source("0123456789", piece);
+        EXPECT_EQ(recv_all(source, got, 0), 0);
+        EXPECT_EQ(recv_all(source, got, 3), 3);
+        EXPECT_EQ(recv_all(source, got + 3, 6), 6);
+        EXPECT_EQ(std::string(got), "012345678");
+        EXPECT_EQ(recv_all(source, got, 5), 1); // the end comes first
+        EXPECT_EQ(recv_all(source, got, 5), 0);
+    }
+    Pieces broken("0123", 3, -1);
+    EXPECT_EQ(recv_all(broken, got, 10), -1);
+    EXPECT_EQ(errno, EIO);
+}
+
+TEST(ReplyReader, RemembersTheFirstFailure)
+{
+    for (const ssize_t ending : {0, -1}) {
+        Pieces source({1, 0, 2, 'x', 'x', 'x'}, 4, ending);
+        ReplyReader reply(source);
+        CaptureStderr();
+        EXPECT_EQ(reply.number<uint8_t>(), 1);
+        EXPECT_EQ(reply.number<uint16_t>(), 2);
+        EXPECT_TRUE(reply.ok());
+        EXPECT_EQ(reply.number<uint32_t>(), 0u); // three of its bytes came
+        const int refills = source.refills;
+        Text text;
+        reply.read(text);
+        EXPECT_TRUE(text.absent());
+        EXPECT_EQ(reply.number<uint8_t>(), 0);
+        EXPECT_EQ(source.refills, refills);
+        EXPECT_FALSE(reply.ok());
+        const std::string error = "ERROR: reading socket failed for reason: Input/output error\n";
+        EXPECT_EQ(GetCapturedStderr(), ending == 0 ? "" : error);
+    }
+}
+
+TEST(ReplyReader, TextLengths)
+{
+    for (const size_t length : {0u, 1u, 5u, 256u, 65535u}) {
+        const std::string text(length, 'x');
+        Pieces source(wire_bytes(static_cast<uint16_t>(length)) + text, 1000);
+        ReplyReader reply(source);
+        Text got;
+        reply.read(got);
+        EXPECT_TRUE(reply.ok());
+        EXPECT_EQ(got.c_str(), text);
+        EXPECT_EQ(got.absent(), length == 0);
+    }
+}
+
+int read_list(const std::string &reply, WtpList &list)
+{
+    Pieces source(reply, reply.size());
+    return read_wtp_list(source, list);
+}
+
+// The replies of a transcript file; the first is rich, with another number in every field.
+std::vector<std::string> replies(const std::string &file)
+{
+    std::vector<std::string> replies;
+    for (const Transcript &transcript : read_transcripts(TRANSCRIPT_DIR "/" + file)) {
+        std::string reply;
+        for (const Step &step : transcript.steps)
+            if (step.kind == Step::reply)
+                reply += step.bytes;
+        if (std::find(replies.begin(), replies.end(), reply) == replies.end())
+            replies.push_back(reply);
+    }
+    return replies;
+}
+
+TEST(Records, CutAtEveryByte)
+{
+    CaptureStderr();
+    for (const char *file : {"wtps_ap.txt", "wtps_switch.txt"})
+        for (const std::string &reply : replies(file))
+            for (size_t length = 0; length <= reply.size(); length++) {
+                Pieces source(reply.substr(0, length), 1 + length % 97);
+                WtpList list;
+                ASSERT_EQ(read_wtp_list(source, list), length < reply.size()) << length;
+                ASSERT_EQ(list.head == nullptr, length < reply.size()) << length;
+            }
+    EXPECT_EQ(GetCapturedStderr(), "");
+}
+
+TEST(Records, UnusualOrders)
+{
+    WtpList list;
+    ASSERT_EQ(read_list(replies("wtps_switch.txt")[0], list), 0);
+    const WtpRecord &sw = *list.head;
+    EXPECT_EQ(sw.lldp_dev_list[0].localPort, 3000001220u);
+    EXPECT_EQ(sw.dev_list[0].update_time, 3000001266u);
+    EXPECT_STREQ(sw.wtp_cfg->sw_extra_text.c_str(), "sw_extra_text/1291"); // in no report
+    EXPECT_EQ(sw.wtp_cfg->poe_port[0].priority, 3000001304u);
+    free_wtp_list(list);
+    ASSERT_EQ(read_list(replies("wtps_ap.txt")[0], list), 0);
+    const WlanCfg &wlan = list.head->wtp_cfg->radio[0].wlan[0];
+    EXPECT_EQ(wlan.layer2Isolation, 3000000120u);
+    EXPECT_EQ(wlan.wpa.suiteb_en, 3000000140u);
+    EXPECT_EQ(wlan.wpa.pmf_enable, 3000000151u);
+}
+
+// Tables that are announced and never come: it must not take long, nor cost memory, nor leave
+// anything of the list. Any number may be a count, so each is tried.
+TEST(Records, HostileCounts)
+{
+    CaptureStderr();
+    for (const std::string &rich : {replies("wtps_ap.txt")[0], replies("wtps_switch.txt")[0]})
+        for (const uint32_t count : {1u << 22, 0x7FFFFFFFu, 0xFFFFFFFFu})
+            for (size_t at = 1; at + 4 <= rich.size(); at++) {
+                std::string reply = rich;
+                reply.replace(at, 4, wire_bytes(count));
+                WtpList list;
+                const clock_t start = clock();
+                const int status = read_list(reply, list);
+                EXPECT_LT(clock() - start, CLOCKS_PER_SEC) << at;
+                EXPECT_EQ(list.head == nullptr, status == 1) << at;
+            }
+    GetCapturedStderr();
+    rusage usage = {};
+    EXPECT_EQ(getrusage(RUSAGE_SELF, &usage), 0);
+    EXPECT_LT(usage.ru_maxrss, 512 * 1024); // 2^22 rows that were touched would take gigabytes
+}
+
+} // namespace
