@@ -72,7 +72,7 @@ public:
         put(field);
     }
     void operator()(const char *, CfgCap &) { put(CfgCap{{1, 1, 15, 0, 1, 1, 1, 0, 1}}); }
-    void operator()(const char *name, Text &)
+    void operator()(const char *name, ArenaText &)
     {
         std::string text;
         for (const auto &row : TEXTS)
@@ -84,7 +84,7 @@ public:
         put(static_cast<uint16_t>(text.size()));
         fwrite(text.data(), 1, text.size(), stdout);
     }
-    void hostname(const char *name, Text &text) { (*this)(name, text); }
+    void hostname(const char *name, ArenaText &text) { (*this)(name, text); }
 
     bool present(Section section)
     {
@@ -92,14 +92,14 @@ public:
         put(static_cast<uint8_t>(there));
         return there;
     }
-    template <class Part> bool make(std::unique_ptr<Part> &part)
+    bool make(WtpCfg *&part)
     {
-        part.reset(new Part);
+        part = &(cfg_ = WtpCfg());
         return true;
     }
-    template <class Count, class Row> Count count(const char *, Table<Row> &) { return 0; }
-    template <class Row> void counted_rows(const char *, Table<Row> &, uint32_t) {}
-    template <class Count, class Row> void rows(const char *name, Table<Row> &)
+    template <class Count, class Row> Count count(const char *, ArenaTable<Row> &) { return 0; }
+    template <class Row> void counted_rows(const char *, ArenaTable<Row> &, uint32_t) {}
+    template <class Count, class Row> void rows(const char *name, ArenaTable<Row> &)
     {
         const int length = strcmp(name, "radio") == 0 ? 2 : strcmp(name, "wlan") == 0 ? 8 : 0;
         put(static_cast<Count>(length));
@@ -137,6 +137,7 @@ private:
     }
 
     bool brief_;
+    WtpCfg cfg_;
     uint64_t random_ = 1;
 };
 

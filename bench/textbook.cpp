@@ -17,7 +17,7 @@ namespace
 class FieldReceiver
 {
 public:
-    explicit FieldReceiver(int socket) : socket_(socket) {}
+    FieldReceiver(int socket, Arena &memory) : socket_(socket), memory_(memory) {}
 
     template <class Field> void operator()(const char *, Field &field)
     {
@@ -25,30 +25,30 @@ public:
         if constexpr (std::is_integral_v<Field>)
             field = from_big_endian<Field>(&field);
     }
-    void operator()(const char *, Text &text)
+    void operator()(const char *, ArenaText &text)
     {
         const auto length = number<uint16_t>();
         if (length > 0)
-            receive(text.allocate(length), length);
+            receive(text.allocate(memory_, length), length);
     }
-    void hostname(const char *name, Text &text) { (*this)(name, text); }
+    void hostname(const char *name, ArenaText &text) { (*this)(name, text); }
     bool present(Section) { return number<uint8_t>() != 0; }
-    template <class Part> bool make(std::unique_ptr<Part> &part)
+    bool make(WtpCfg *&part)
     {
-        part = std::make_unique<Part>();
+        part = memory_.make<WtpCfg>();
         return true;
     }
-    template <class Count, class Row> Count count(const char *, Table<Row> &)
+    template <class Count, class Row> Count count(const char *, ArenaTable<Row> &)
     {
         return number<Count>();
     }
-    template <class Count, class Row> void rows(const char *name, Table<Row> &table)
+    template <class Count, class Row> void rows(const char *name, ArenaTable<Row> &table)
     {
         counted_rows(name, table, static_cast<uint32_t>(number<Count>()));
     }
-    template <class Row> void counted_rows(const char *, Table<Row> &table, uint32_t length)
+    template <class Row> void counted_rows(const char *, ArenaTable<Row> &table, uint32_t length)
     {
-        if (!table.reserve(length))
+        if (length > 0 && !table.reserve(memory_, length))
             exit(1);
         while (table.size() < length)
             lay_out(*this, table.append());
@@ -69,6 +69,7 @@ private:
     }
 
     int socket_;
+    Arena &memory_;
 };
 
 class MemberPrinter
@@ -92,23 +93,26 @@ public:
         const uint8_t *o = addr.octet;
         printf(",\"%s\":\"%u.%u.%u.%u\"", name, o[0], o[1], o[2], o[3]);
     }
-    void operator()(const char *name, Text &text) { printf(",\"%s\":\"%s\"", name, text.c_str()); }
+    void operator()(const char *name, ArenaText &text)
+    {
+        printf(",\"%s\":\"%s\"", name, text.c_str());
+    }
     void operator()(const char *name, HostSlot &host) { printf(",\"%s\":\"%s\"", name, host.text); }
     void operator()(const char *name, CfgCap &cap) { print_bytes(name, cap.flag); }
     void operator()(const char *name, Md5Digest &digest) { print_bytes(name, digest.byte); }
-    void hostname(const char *name, Text &text) { (*this)(name, text); }
+    void hostname(const char *name, ArenaText &text) { (*this)(name, text); }
 
     bool present(Section section) const { return section != Section::configuration || has_cfg; }
-    template <class Part> bool make(std::unique_ptr<Part> &part) { return part != nullptr; }
-    template <class Count, class Row> Count count(const char *, Table<Row> &table)
+    bool make(const WtpCfg *cfg) { return cfg != nullptr; }
+    template <class Count, class Row> Count count(const char *, ArenaTable<Row> &table)
     {
         return static_cast<Count>(table.size());
     }
-    template <class Count, class Row> void rows(const char *name, Table<Row> &table)
+    template <class Count, class Row> void rows(const char *name, ArenaTable<Row> &table)
     {
         counted_rows(name, table, table.size());
     }
-    template <class Row> void counted_rows(const char *name, Table<Row> &table, uint32_t)
+    template <class Row> void counted_rows(const char *name, ArenaTable<Row> &table, uint32_t)
     {
         printf(",\"%s\":[", name);
         for (Row &row : table)
@@ -138,12 +142,12 @@ int main(int argc, char **argv)
     const uint8_t request[7] = {1, 0, 0, 0, 63, 0, 0};
     send_all(session, request, sizeof request);
 
-    FieldReceiver receiver(session.socket);
     WtpList list;
+    FieldReceiver receiver(session.socket, list.memory);
     while (receiver.number<uint8_t>() == 0) {
-        auto record = std::make_unique<WtpRecord>();
+        auto *record = list.memory.make<WtpRecord>();
         lay_out(receiver, *record);
-        append_wtp(list, std::move(record));
+        append_wtp(list, record);
     }
     MemberPrinter printer;
     for (WtpRecord *wtp = list.head; wtp != nullptr; wtp = wtp->next) {

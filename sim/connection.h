@@ -24,7 +24,8 @@ struct Faults {
 };
 
 // Reads throw Disconnected when the bytes do not come.
-class Connection {
+class Connection
+{
 public:
     // `stop` is a descriptor that becomes readable when the simulator is to end.
     Connection(int socket, int stop, const Faults &faults);
@@ -33,10 +34,7 @@ public:
     ~Connection();
 
     std::string bytes(size_t length);
-    template <class Int> Int number()
-    {
-        return from_big_endian<Int>(bytes(sizeof(Int)).data());
-    }
+    template <class Int> Int number() { return from_big_endian<Int>(bytes(sizeof(Int)).data()); }
     Mac mac();
     std::vector<Mac> macs(size_t count);
     std::vector<Mac> mac_list() { return macs(number<uint16_t>()); }

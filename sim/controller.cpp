@@ -99,7 +99,8 @@ uint8_t Controller::check_acting(const Mac &mac, Device *device) const
 }
 
 // One result byte for each address: what keeps the device from acting, or what the action says.
-template <class Action> std::string Controller::for_each(const std::vector<Mac> &macs, Action action)
+template <class Action>
+std::string Controller::for_each(const std::vector<Mac> &macs, Action action)
 {
     std::string reply;
     for (const Mac &mac : macs) {
@@ -141,9 +142,8 @@ void Controller::list_wtps(Connection &client)
             (!macs.empty() && std::find(macs.begin(), macs.end(), wtp.mac) == macs.end()))
             continue;
         const bool online = wtp.state == WTP_ONLINE;
-        wtp.uptime = online && now > device->started
-                         ? static_cast<uint32_t>(now - device->started)
-                         : 0;
+        wtp.uptime =
+            online && now > device->started ? static_cast<uint32_t>(now - device->started) : 0;
         put(reply, uint8_t{0});
         writer.write(wtp);
         advance_upgrade(*device, now);
@@ -201,9 +201,8 @@ void Controller::add(Connection &client)
     const ItemList items = parse_items(bytes);
     const auto told = options_.results.find(mac);
     Device *device = find_device(fleet_, mac);
-    const auto managed = std::count_if(fleet_.begin(), fleet_.end(), [](const auto &one) {
-        return one->record.managed != 0;
-    });
+    const auto managed = std::count_if(fleet_.begin(), fleet_.end(),
+                                       [](const auto &one) { return one->record.managed != 0; });
 
     uint8_t code = RESULT_SUCCESS;
     if (told != options_.results.end())
@@ -238,14 +237,15 @@ void Controller::remove(Connection &client)
     client.send(std::string(1, static_cast<char>(code)));
 }
 
-static uint8_t configure(WtpRecord &wtp, uint8_t kind, const ItemList &items, std::string &message)
+static uint8_t configure(Device &device, uint8_t kind, const ItemList &items, std::string &message)
 {
+    WtpRecord &wtp = device.record;
     if (!items.complete)
         message = "the items are cut short";
     else if (kind != wtp.wtp_type)
         message = "this is no device of that kind";
     else
-        message = apply_items(items, static_cast<DeviceKind>(kind), *wtp.wtp_cfg);
+        message = apply_items(items, static_cast<DeviceKind>(kind), *wtp.wtp_cfg, device.memory);
     return message.empty() ? RESULT_SUCCESS : RESULT_BAD_CONFIGURATION;
 }
 
@@ -261,8 +261,8 @@ void Controller::set_config(Connection &client)
         if (code == RESULT_SUCCESS && request.lists.empty())
             code = RESULT_INVALID_ARGUMENT;
         if (code == RESULT_SUCCESS)
-            code = configure(device->record, request.kind,
-                             request.lists[request.several ? i : 0], message);
+            code =
+                configure(*device, request.kind, request.lists[request.several ? i : 0], message);
         put(reply, code);
         put(reply, static_cast<uint8_t>(message.size()));
         reply += message;
@@ -314,7 +314,7 @@ void Controller::reset(Connection &client)
     client.send(for_each(client.mac_list(), [=](Device &device) -> uint8_t {
         device.started = time(nullptr) + wait;
         if (factory)
-            reset_configuration(device.record);
+            reset_configuration(device);
         return RESULT_SUCCESS;
     }));
 }
@@ -328,7 +328,8 @@ void Controller::scan(Connection &client)
     }));
 }
 
-namespace {
+namespace
+{
 
 struct Periodic {
     uint32_t band;
@@ -379,14 +380,14 @@ void Controller::auto_tx_power(Connection &client)
         });
 }
 
-static void drop_stations(WlanInfo &wlan, const std::vector<Mac> &clients)
+static void drop_stations(ArenaTable<StationInfo> &stations, const std::vector<Mac> &clients)
 {
-    Table<StationInfo> rest;
-    rest.reserve(wlan.sta.size());
-    for (StationInfo &sta : wlan.sta)
+    ArenaTable<StationInfo> rest = stations; // in the same room
+    rest.clear();
+    for (const StationInfo sta : stations)
         if (std::find(clients.begin(), clients.end(), sta.mac) == clients.end())
-            rest.append() = std::move(sta);
-    wlan.sta = std::move(rest);
+            rest.append() = sta;
+    stations = rest;
 }
 
 void Controller::kick(Connection &client)
@@ -396,10 +397,10 @@ void Controller::kick(Connection &client)
     const auto wlan = client.number<uint8_t>(); // from 1, as the reports number them
     const std::vector<Mac> clients = client.mac_list();
     client.send(for_each(client.mac_list(), [&](Device &device) -> uint8_t {
-        Table<RadioInfo> &radios = device.record.radio;
+        ArenaTable<RadioInfo> &radios = device.record.radio;
         if (band >= radios.size() || wlan == 0 || wlan > radios[band].wlan.size())
             return RESULT_NOT_SUPPORTED;
-        drop_stations(radios[band].wlan[wlan - 1U], clients);
+        drop_stations(radios[band].wlan[wlan - 1U].sta, clients);
         return RESULT_SUCCESS;
     }));
 }

@@ -17,7 +17,8 @@ struct ControllerOptions {
     bool verbose = false;           // a line on standard error for each request
 };
 
-class Controller {
+class Controller
+{
 public:
     explicit Controller(const ControllerOptions &options);
     Controller(const Controller &) = delete;
@@ -57,8 +58,8 @@ private:
 
     ControllerOptions options_;
     Fleet fleet_;
-    bool debug_ = false;     // set by clients: log as if verbose
-    bool discovery_ = true;  // cleared by clients
+    bool debug_ = false;    // set by clients: log as if verbose
+    bool discovery_ = true; // cleared by clients
     uint32_t firmware_state_ = 0;
     std::string memory_path_; // the record file written last
 };

@@ -5,10 +5,12 @@
 #include <cstring>
 #include <random>
 
-namespace {
+namespace
+{
 
 // Numbers that are the same everywhere for the same seed.
-class Dice {
+class Dice
+{
 public:
     explicit Dice(uint32_t seed) : engine_(seed) {}
     uint32_t below(uint32_t limit) { return static_cast<uint32_t>(engine_() % limit); }
@@ -47,11 +49,12 @@ constexpr WlanTemplate WLANS[] = {{"office", 10, SECURITY_ENTERPRISE, "radius-se
                                   {"guest \"free\"", 30, SECURITY_OPEN, ""},
                                   {"scanners", 40, SECURITY_WEP, "0123456789"}};
 
-template <class... Parts> void set_text(Text &text, const char *format, Parts... parts)
+template <class... Parts>
+void set_text(Arena &memory, ArenaText &text, const char *format, Parts... parts)
 {
     char buffer[128];
     snprintf(buffer, sizeof buffer, format, parts...);
-    text.assign(buffer);
+    text.assign(memory, buffer);
 }
 
 Mac make_mac(uint8_t kind, uint32_t number)
@@ -79,10 +82,10 @@ void fill_caps(CfgCap &cap, uint8_t start)
         flag = static_cast<uint8_t>(start++ % 4 == 0 ? 0 : 1);
 }
 
-void set_wlan(WlanCfg &wlan, const WlanTemplate &from)
+void set_wlan(Arena &memory, WlanCfg &wlan, const WlanTemplate &from)
 {
     wlan.enable = 1;
-    wlan.ssid.assign(from.ssid);
+    wlan.ssid.assign(memory, from.ssid);
     wlan.vlan = from.vlan;
     wlan.sec_mode = from.sec_mode;
     wlan.downloadlimit = wlan.uploadlimit = -1;
@@ -92,26 +95,26 @@ void set_wlan(WlanCfg &wlan, const WlanTemplate &from)
     wlan.wpa.pmf_enable = 1;
     wlan.bandsteering.rssi = -70;
     wlan.nas.port = 1812;
-    wlan.hotspot20.assign("{\"enable\":0}");
-    wlan.acl.mac.reserve(1);
+    wlan.hotspot20.assign(memory, "{\"enable\":0}");
+    wlan.acl.mac.reserve(memory, 1);
     wlan.acl.mac.append() = make_mac(0xAC, from.vlan);
     if (from.sec_mode == SECURITY_WEP) {
         wlan.wep.key_len = 10;
-        wlan.wep.key[0].assign(from.secret);
+        wlan.wep.key[0].assign(memory, from.secret);
     } else if (from.sec_mode == SECURITY_ENTERPRISE) {
         wlan.wpa.radius.addr = {{10, 0, 0, 18}};
         wlan.wpa.radius.port = 1812;
-        wlan.wpa.radius.secret.assign(from.secret);
+        wlan.wpa.radius.secret.assign(memory, from.secret);
     } else if (from.sec_mode == SECURITY_PSK) {
-        wlan.wpa.passphrase.assign(from.secret);
+        wlan.wpa.passphrase.assign(memory, from.secret);
     } else {
         wlan.portal.enable = 1;
-        wlan.portal.userurl.assign("http://guest.example.net/welcome");
+        wlan.portal.userurl.assign(memory, "http://guest.example.net/welcome");
         wlan.portal.session_timeout = 3600;
     }
 }
 
-void set_radio(RadioCfg &radio, uint32_t number)
+void set_radio(Arena &memory, RadioCfg &radio, uint32_t number)
 {
     radio.country = 276;
     radio.wl_mode = number == 0 ? 9 : 25;
@@ -128,16 +131,16 @@ void set_radio(RadioCfg &radio, uint32_t number)
     radio.aggregation.frames = 32;
     radio.aggregation.maxbytes = 50000;
     radio.limited_clients.count = 64;
-    radio.mesh.id.assign("campus-mesh");
-    radio.mesh.wpa_key.assign("mesh-key-0815");
+    radio.mesh.id.assign(memory, "campus-mesh");
+    radio.mesh.wpa_key.assign(memory, "mesh-key-0815");
     radio.mesh.link_robust_threshold = -90;
     radio.fasthandover.rssi = -80;
-    radio.wlan.reserve(std::size(WLANS));
+    radio.wlan.reserve(memory, std::size(WLANS));
     for (const WlanTemplate &from : WLANS)
-        set_wlan(radio.wlan.append(), from);
+        set_wlan(memory, radio.wlan.append(), from);
 }
 
-void configure_access_point(WtpCfg &cfg, uint32_t radios)
+void configure_access_point(Arena &memory, WtpCfg &cfg, uint32_t radios)
 {
     cfg.bandsteering.rssi = -70;
     cfg.bandsteering.percent = 60;
@@ -147,28 +150,28 @@ void configure_access_point(WtpCfg &cfg, uint32_t radios)
     cfg.guest_network.start = {{192, 168, 30, 10}};
     cfg.guest_network.end = {{192, 168, 30, 250}};
     cfg.led.power = cfg.led.lan = cfg.led.wlan0 = cfg.led.wlan1 = 1;
-    cfg.log_remote_conf.assign("10.0.0.14:514");
-    cfg.lan_port.reserve(2);
+    cfg.log_remote_conf.assign(memory, "10.0.0.14:514");
+    cfg.lan_port.reserve(memory, 2);
     for (int port = 0; port < 2; port++) {
         LanPortCfg &lan_port = cfg.lan_port.append();
         lan_port.en = 1;
         lan_port.vid = 10 + port;
     }
-    cfg.radio.reserve(radios);
+    cfg.radio.reserve(memory, radios);
     for (uint32_t radio = 0; radio < radios; radio++)
-        set_radio(cfg.radio.append(), radio);
+        set_radio(memory, cfg.radio.append(), radio);
 }
 
-void configure_switch(WtpCfg &cfg, uint32_t ports)
+void configure_switch(Arena &memory, WtpCfg &cfg, uint32_t ports)
 {
     cfg.power_budget = 370;
     cfg.pdl_enable = 1;
-    cfg.switch_port.reserve(ports);
-    cfg.poe_port.reserve(ports);
+    cfg.switch_port.reserve(memory, ports);
+    cfg.poe_port.reserve(memory, ports);
     for (uint32_t port = 1; port <= ports; port++) {
         SwitchPortCfg &configured = cfg.switch_port.append();
         configured.port = port;
-        set_text(configured.descp, "desk %u", port);
+        set_text(memory, configured.descp, "desk %u", port);
         PoePortCfg &poe = cfg.poe_port.append();
         poe.port = port;
         poe.enable = 1;
@@ -176,9 +179,9 @@ void configure_switch(WtpCfg &cfg, uint32_t ports)
         poe.power_limit_type = 1;
         poe.user_power_limit = 30;
     }
-    cfg.manage_mac_list.reserve(1);
+    cfg.manage_mac_list.reserve(memory, 1);
     cfg.manage_mac_list.append() = make_mac(0xAD, 1);
-    cfg.pd_lifeguard.reserve(1);
+    cfg.pd_lifeguard.reserve(memory, 1);
     PdLifeguard &rule = cfg.pd_lifeguard.append();
     rule.port = 1;
     rule.enable = 1;
@@ -186,16 +189,17 @@ void configure_switch(WtpCfg &cfg, uint32_t ports)
     rule.ping_max_count = 5;
     rule.power_recovery_interval = 10;
     rule.pd_bootup_time = 90;
-    rule.status.assign("watching");
-    cfg.pdl_status.reserve(1);
+    rule.status.assign(memory, "watching");
+    cfg.pdl_status.reserve(memory, 1);
     PdlStatus &status = cfg.pdl_status.append();
     status.port = 1;
     status.state = 1;
-    status.mac.assign("02:AA:00:00:00:01");
-    status.action.assign("none");
+    status.mac.assign(memory, "02:AA:00:00:00:01");
+    status.action.assign(memory, "none");
 }
 
-void set_identity(WtpRecord &wtp, Dice &dice, uint8_t type, uint32_t number, time_t now)
+void set_identity(Arena &memory, WtpRecord &wtp, Dice &dice, uint8_t type, uint32_t number,
+                  time_t now)
 {
     static constexpr const char *FIRMWARES[] = {FIRMWARE_LATEST, FIRMWARE_BETWEEN, FIRMWARE_BETWEEN,
                                                 FIRMWARE_LEGACY};
@@ -204,11 +208,11 @@ void set_identity(WtpRecord &wtp, Dice &dice, uint8_t type, uint32_t number, tim
     wtp.mac = make_mac(static_cast<uint8_t>(0xA0 + type), number + 1);
     wtp.ip = make_ipv4(type, number);
     wtp.port = 5246;
-    set_text(wtp.sn, "SN%u%06u", static_cast<unsigned>(type), number + 1);
+    set_text(memory, wtp.sn, "SN%u%06u", static_cast<unsigned>(type), number + 1);
     wtp.managed = number % 4 != 3;
     wtp.state = online ? WTP_ONLINE : WTP_OFFLINE;
-    wtp.sw_ver.assign(dice.pick(FIRMWARES));
-    wtp.cw_ver.assign("1.0");
+    wtp.sw_ver.assign(memory, dice.pick(FIRMWARES));
+    wtp.cw_ver.assign(memory, "1.0");
     wtp.join_time = static_cast<uint32_t>(now - dice.between(3600, 30 * 86400));
     wtp.last_time = static_cast<uint32_t>(online ? now : now - 7200);
     wtp.change_time = wtp.join_time;
@@ -218,29 +222,29 @@ void set_identity(WtpRecord &wtp, Dice &dice, uint8_t type, uint32_t number, tim
     fill_caps(wtp.cfg_cap, type);
 }
 
-void add_stations(WlanInfo &wlan, Dice &dice, uint32_t &next_station)
+void add_stations(Arena &memory, WlanInfo &wlan, Dice &dice, uint32_t &next_station)
 {
     static constexpr const char *OWNERS[] = {"anna", "ben", "carla", "dmitri", "eve", "farid"};
     static constexpr const char *SYSTEMS[] = {"Linux", "Android", "printer firmware", "unknown"};
     const uint32_t count = dice.below(4);
-    wlan.sta.reserve(count);
+    wlan.sta.reserve(memory, count);
     for (uint32_t i = 0; i < count; i++) {
         StationInfo &sta = wlan.sta.append();
         sta.mac = make_mac(0x57, next_station);
         sta.tx = dice.below(900000);
         sta.rx = dice.below(300000);
         sta.rssi = -static_cast<int32_t>(dice.between(40, 85));
-        sta.os.assign(dice.pick(SYSTEMS));
-        set_text(sta.hostname, "%s-%u", dice.pick(OWNERS), next_station);
+        sta.os.assign(memory, dice.pick(SYSTEMS));
+        set_text(memory, sta.hostname, "%s-%u", dice.pick(OWNERS), next_station);
         sta.ip = make_ipv4(100, next_station);
         next_station++;
     }
 }
 
-void serve_wlans(WtpRecord &wtp, Dice &dice, uint32_t number, uint32_t radios)
+void serve_wlans(Arena &memory, WtpRecord &wtp, Dice &dice, uint32_t number, uint32_t radios)
 {
     uint32_t next_station = number * 64 + 1;
-    wtp.radio.reserve(radios);
+    wtp.radio.reserve(memory, radios);
     for (uint32_t r = 0; r < radios; r++) {
         RadioInfo &radio = wtp.radio.append();
         radio.mac = make_mac(static_cast<uint8_t>(0xB0 + r), number + 1);
@@ -251,7 +255,7 @@ void serve_wlans(WtpRecord &wtp, Dice &dice, uint32_t number, uint32_t radios)
         radio.cur_cfg.tx_power = 20;
         radio.cur_cfg.tx_power_percent = 87;
         const uint32_t wlans = wtp.wtp_cfg->radio[r].wlan.size();
-        radio.wlan.reserve(wlans);
+        radio.wlan.reserve(memory, wlans);
         for (uint32_t w = 0; w < wlans; w++) {
             WlanInfo &wlan = radio.wlan.append();
             wlan.bssid = make_mac(static_cast<uint8_t>(0xC0 + 8 * r + w), number + 1);
@@ -260,7 +264,7 @@ void serve_wlans(WtpRecord &wtp, Dice &dice, uint32_t number, uint32_t radios)
             wlan.tx_bytes = dice.below(2000000000);
             wlan.rx_pkt = dice.below(1000000);
             wlan.rx_bytes = dice.below(2000000000);
-            add_stations(wlan, dice, next_station);
+            add_stations(memory, wlan, dice, next_station);
         }
     }
 }
@@ -269,52 +273,53 @@ std::unique_ptr<Device> make_access_point(Dice &dice, uint32_t number, time_t no
 {
     auto device = std::make_unique<Device>();
     WtpRecord &wtp = device->record;
+    Arena &memory = device->memory;
     const Model &model = AP_MODELS[number % std::size(AP_MODELS)];
-    set_identity(wtp, dice, WTP_ACCESS_POINT, number, now);
-    wtp.model.assign(model.name);
-    wtp.sku.assign(model.sku);
+    set_identity(memory, wtp, dice, WTP_ACCESS_POINT, number, now);
+    wtp.model.assign(memory, model.name);
+    wtp.sku.assign(memory, model.sku);
     wtp.cap_code = 0x1F;
-    set_text(wtp.name, "ap-floor%u-%02u", number / 8 + 1, number % 8 + 1);
-    reset_configuration(wtp);
-    wtp.wtp_cfg->name.assign(wtp.name.c_str());
-    set_text(wtp.wtp_cfg->location, "Floor %u", number / 8 + 1);
+    set_text(memory, wtp.name, "ap-floor%u-%02u", number / 8 + 1, number % 8 + 1);
+    reset_configuration(*device);
+    wtp.wtp_cfg->name.assign(memory, wtp.name.c_str());
+    set_text(memory, wtp.wtp_cfg->location, "Floor %u", number / 8 + 1);
     if (wtp.state == WTP_ONLINE)
-        serve_wlans(wtp, dice, number, model.radios);
+        serve_wlans(memory, wtp, dice, number, model.radios);
     return device;
 }
 
-void add_neighbours(WtpRecord &wtp, time_t now)
+void add_neighbours(Arena &memory, WtpRecord &wtp, time_t now)
 {
-    wtp.lldp_dev_list.reserve(2);
-    wtp.dev_list.reserve(2);
+    wtp.lldp_dev_list.reserve(memory, 2);
+    wtp.dev_list.reserve(memory, 2);
     for (uint32_t i = 0; i < 2; i++) {
         LldpDevice &neighbour = wtp.lldp_dev_list.append();
         neighbour.localPort = i + 1;
         neighbour.mac = make_mac(0xA3, i + 1);
-        neighbour.remotePort.assign("eth0");
-        set_text(neighbour.name, "ap-floor1-%02u", i + 1);
-        neighbour.model.assign(AP_MODELS[i].name);
+        neighbour.remotePort.assign(memory, "eth0");
+        set_text(memory, neighbour.name, "ap-floor1-%02u", i + 1);
+        neighbour.model.assign(memory, AP_MODELS[i].name);
 
         TopoDev &device = wtp.dev_list.append();
         device.type = WTP_ACCESS_POINT;
         device.mac = neighbour.mac;
         device.ip = make_ipv4(WTP_ACCESS_POINT, i);
-        device.name.assign(neighbour.name.c_str());
-        device.model.assign("Access point,\r\nindoor");
+        device.name.assign(memory, neighbour.name.c_str());
+        device.model.assign(memory, "Access point,\r\nindoor");
         device.update_time = device.system_time = static_cast<uint32_t>(now);
-        device.link.reserve(1);
+        device.link.reserve(memory, 1);
         TopoLink &link = device.link.append();
         link.local_port = i + 1;
         link.mac = wtp.mac;
-        link.remote_port.assign("eth0");
+        link.remote_port.assign(memory, "eth0");
     }
 }
 
-void add_ports(WtpRecord &wtp, Dice &dice, uint32_t ports)
+void add_ports(Arena &memory, WtpRecord &wtp, Dice &dice, uint32_t ports)
 {
-    wtp.switch_hw_port.reserve(ports);
-    wtp.switch_port.reserve(ports);
-    wtp.poe_port.reserve(ports);
+    wtp.switch_hw_port.reserve(memory, ports);
+    wtp.switch_port.reserve(memory, ports);
+    wtp.poe_port.reserve(memory, ports);
     wtp.poe_global.power_budget = 370;
     for (uint32_t number = 1; number <= ports; number++) {
         SwitchHwPort &hardware = wtp.switch_hw_port.append();
@@ -325,16 +330,25 @@ void add_ports(WtpRecord &wtp, Dice &dice, uint32_t ports)
         port = {number, 1, up ? 1000U : 0U, up, 0, 1, 1};
         PoePortInfo &poe = wtp.poe_port.append();
         const uint32_t watts = up ? dice.between(4, 18) : 0;
-        poe = {number, 1, up ? 3U : 0U, number % 3, 1, 30, up, up ? 53U : 0U,
-               up ? watts * 1000 / 53 : 0, watts, dice.between(35, 50)};
+        poe = {number,
+               1,
+               up ? 3U : 0U,
+               number % 3,
+               1,
+               30,
+               up,
+               up ? 53U : 0U,
+               up ? watts * 1000 / 53 : 0,
+               watts,
+               dice.between(35, 50)};
         wtp.poe_global.allocated_power += watts;
     }
-    wtp.trunk_port.reserve(1);
+    wtp.trunk_port.reserve(memory, 1);
     TrunkPortInfo &trunk = wtp.trunk_port.append();
     trunk.id = 1;
     trunk.mode = 1;
-    set_text(trunk.active_port, "%u", ports - 1);
-    set_text(trunk.port, "%u,%u", ports - 1, ports);
+    set_text(memory, trunk.active_port, "%u", ports - 1);
+    set_text(memory, trunk.port, "%u,%u", ports - 1, ports);
 }
 
 std::unique_ptr<Device> make_switch(Dice &dice, uint32_t number, time_t now)
@@ -342,9 +356,10 @@ std::unique_ptr<Device> make_switch(Dice &dice, uint32_t number, time_t now)
     enum : uint32_t { PORTS = 10 };
     auto device = std::make_unique<Device>();
     WtpRecord &wtp = device->record;
-    set_identity(wtp, dice, WTP_SWITCH, number, now);
-    wtp.model.assign("SW-10P");
-    set_text(wtp.name, "sw-floor%u", number + 1);
+    Arena &memory = device->memory;
+    set_identity(memory, wtp, dice, WTP_SWITCH, number, now);
+    wtp.model.assign(memory, "SW-10P");
+    set_text(memory, wtp.name, "sw-floor%u", number + 1);
     wtp.sw_max_trunk = 8;
     wtp.sw_max_vlan_num = 256;
     wtp.sw_max_managed_ap = 24;
@@ -355,11 +370,11 @@ std::unique_ptr<Device> make_switch(Dice &dice, uint32_t number, time_t now)
     wtp.sw_max_static_mac_num = 128;
     wtp.sw_max_trunk_member = 8;
     wtp.sw_dev_suport_type = 3;
-    reset_configuration(wtp);
-    wtp.wtp_cfg->name.assign(wtp.name.c_str());
+    reset_configuration(*device);
+    wtp.wtp_cfg->name.assign(memory, wtp.name.c_str());
     if (wtp.state == WTP_ONLINE) {
-        add_ports(wtp, dice, PORTS);
-        add_neighbours(wtp, now);
+        add_ports(memory, wtp, dice, PORTS);
+        add_neighbours(memory, wtp, now);
     }
     return device;
 }
@@ -368,32 +383,35 @@ std::unique_ptr<Device> make_other(Dice &dice, uint32_t number, time_t now)
 {
     enum : uint8_t { TYPE_BRIDGE = 1 };
     auto device = std::make_unique<Device>();
-    set_identity(device->record, dice, TYPE_BRIDGE, number, now);
-    device->record.model.assign("BR-100");
-    set_text(device->record.name, "bridge-%u", number + 1);
-    reset_configuration(device->record);
+    Arena &memory = device->memory;
+    set_identity(memory, device->record, dice, TYPE_BRIDGE, number, now);
+    device->record.model.assign(memory, "BR-100");
+    set_text(memory, device->record.name, "bridge-%u", number + 1);
+    reset_configuration(*device);
     return device;
 }
 
 } // namespace
 
-void reset_configuration(WtpRecord &record)
+void reset_configuration(Device &device)
 {
-    record.wtp_cfg = std::make_unique<WtpCfg>();
+    Arena &memory = device.memory;
+    WtpRecord &record = device.record;
+    record.wtp_cfg = memory.make<WtpCfg>();
     WtpCfg &cfg = *record.wtp_cfg;
-    cfg.name.assign(record.name.c_str());
-    cfg.admin.assign("admin");
+    cfg.name.assign(memory, record.name.c_str());
+    cfg.admin.assign(memory, "admin");
     cfg.timezone = 60;
-    cfg.ac_list.reserve(1);
+    cfg.ac_list.reserve(memory, 1);
     strcpy(cfg.ac_list.append().text, "controller.example.net");
     if (record.wtp_type == WTP_ACCESS_POINT) {
         uint32_t radios = 2;
         for (const Model &model : AP_MODELS)
             if (strcmp(model.name, record.model.c_str()) == 0)
                 radios = model.radios;
-        configure_access_point(cfg, radios);
+        configure_access_point(memory, cfg, radios);
     } else if (record.wtp_type == WTP_SWITCH) {
-        configure_switch(cfg, 10);
+        configure_switch(memory, cfg, 10);
     }
 }
 
@@ -402,7 +420,7 @@ std::unique_ptr<Device> make_absent_device(const Mac &mac)
     auto device = std::make_unique<Device>();
     device->record.wtp_type = WTP_ACCESS_POINT;
     device->record.mac = mac;
-    reset_configuration(device->record);
+    reset_configuration(*device);
     return device;
 }
 

@@ -10,7 +10,8 @@
 #include <string>
 #include <vector>
 
-// The newest firmware; devices with an older one can be upgraded, those of LEGACY_MAJOR in two steps.
+// The newest firmware; devices with an older one can be upgraded, those of LEGACY_MAJOR in two
+// steps.
 inline constexpr const char *FIRMWARE_LATEST = "2.1.0";
 inline constexpr const char *FIRMWARE_BETWEEN = "2.0.1";
 inline constexpr const char *FIRMWARE_LEGACY = "1.4.2";
@@ -24,6 +25,7 @@ enum UpgradeState : uint8_t {
 };
 
 struct Device {
+    Arena memory; // of what the record holds
     WtpRecord record;
     time_t started = 0; // what its uptime counts from
 };
@@ -43,7 +45,7 @@ Fleet make_fleet(const FleetSize &size, time_t now);
 std::unique_ptr<Device> make_absent_device(const Mac &mac);
 
 // Puts the configuration back to what the device was delivered with.
-void reset_configuration(WtpRecord &record);
+void reset_configuration(Device &device);
 
 // The device with an address, or null.
 Device *find_device(Fleet &fleet, const Mac &mac);

@@ -5,10 +5,12 @@
 
 #include <cstring>
 
-namespace {
+namespace
+{
 
 // Takes fields off the front of some bytes; after the first that is not there all are zero.
-class Taker {
+class Taker
+{
 public:
     explicit Taker(std::string_view bytes) : rest_(bytes) {}
 
@@ -81,16 +83,22 @@ ConfigRequest parse_config_request(std::string_view body)
     return request;
 }
 
-std::string apply_items(const ItemList &list, DeviceKind kind, WtpCfg &cfg)
+static std::string apply_all(const ItemList &list, DeviceKind kind, WtpCfg &cfg, Arena &memory)
+{
+    for (const Item &item : list.items) {
+        const std::string wrong = apply_item(item, kind, cfg, memory);
+        if (!wrong.empty())
+            return wrong;
+    }
+    return "";
+}
+
+std::string apply_items(const ItemList &list, DeviceKind kind, WtpCfg &cfg, Arena &memory)
 {
     WtpCfg trial;
-    for (WtpCfg *target : {&trial, &cfg})
-        for (const Item &item : list.items) {
-            const std::string wrong = apply_item(item, kind, *target);
-            if (!wrong.empty())
-                return wrong;
-        }
-    return "";
+    Arena trial_memory;
+    const std::string wrong = apply_all(list, kind, trial, trial_memory);
+    return wrong.empty() ? apply_all(list, kind, cfg, memory) : wrong;
 }
 
 bool is_ip_setting(const ItemList &list)

@@ -30,7 +30,7 @@ ConfigRequest parse_config_request(std::string_view body);
 
 // Applies the items to a configuration if every one of them can be. Returns what is wrong, or an
 // empty text.
-std::string apply_items(const ItemList &list, DeviceKind kind, WtpCfg &cfg);
+std::string apply_items(const ItemList &list, DeviceKind kind, WtpCfg &cfg, Arena &memory);
 
 // The items of an add request: none, or one with five addresses.
 bool is_ip_setting(const ItemList &list);

@@ -16,7 +16,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-namespace {
+namespace
+{
 
 // A descriptor that becomes readable when the simulator is asked to end.
 int watch_for_end()

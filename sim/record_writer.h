@@ -28,7 +28,8 @@ inline void put_text(std::string &reply, std::string_view text)
 }
 
 // The visitor of wtp_layout.h that writes a record, with the sections that a filter asks for.
-class RecordWriter {
+class RecordWriter
+{
 public:
     RecordWriter(std::string &reply, uint32_t filter) : reply_(reply), filter_(filter) {}
 
@@ -39,8 +40,8 @@ public:
     }
 
     template <class Field> void operator()(const char *, const Field &field) { put(reply_, field); }
-    void operator()(const char *, const Text &text) { put_text(reply_, text.c_str()); }
-    void hostname(const char *, const Text &text) { put_text(reply_, text.c_str()); }
+    void operator()(const char *, const ArenaText &text) { put_text(reply_, text.c_str()); }
+    void hostname(const char *, const ArenaText &text) { put_text(reply_, text.c_str()); }
 
     bool present(Section section)
     {
@@ -49,19 +50,19 @@ public:
         put(reply_, static_cast<uint8_t>(wanted));
         return wanted;
     }
-    bool make(const std::unique_ptr<WtpCfg> &) { return true; }
+    bool make(const WtpCfg *) { return true; }
 
-    template <class Count, class Row> Count count(const char *, const Table<Row> &table)
+    template <class Count, class Row> Count count(const char *, const ArenaTable<Row> &table)
     {
         const auto rows = static_cast<Count>(table.size());
         put(reply_, rows);
         return rows;
     }
-    template <class Count, class Row> void rows(const char *name, Table<Row> &table)
+    template <class Count, class Row> void rows(const char *name, ArenaTable<Row> &table)
     {
         counted_rows(name, table, static_cast<uint32_t>(count<Count>(name, table)));
     }
-    template <class Row> void counted_rows(const char *, Table<Row> &table, uint32_t)
+    template <class Row> void counted_rows(const char *, ArenaTable<Row> &table, uint32_t)
     {
         for (Row &row : table)
             lay_out(*this, row);

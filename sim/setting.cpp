@@ -8,27 +8,29 @@
 #include <cstring>
 #include <type_traits>
 
-namespace {
-
-template <class Row> void resize(Table<Row> &table, size_t count)
+namespace
 {
-    Table<Row> resized;
-    if (!resized.reserve(count))
+
+template <class Row> void resize(Arena &memory, ArenaTable<Row> &table, size_t count)
+{
+    ArenaTable<Row> resized;
+    if (!resized.reserve(memory, count))
         return;
     for (size_t i = 0; i < count; i++) {
         Row &row = resized.append();
         if (i < table.size())
-            row = std::move(table[i]);
+            row = table[i];
     }
-    table = std::move(resized);
+    table = resized;
 }
 
 // The visitor of the configuration's layout that sets one field: the one whose name is the rest of
 // the setting's path. Where a name is a table's, the index key tells the row.
-class Setter {
+class Setter
+{
 public:
-    Setter(std::string_view path, std::string_view index, std::string_view value)
-        : path_(path), index_(index), value_(value)
+    Setter(Arena &memory, std::string_view path, std::string_view index, std::string_view value)
+        : memory_(memory), path_(path), index_(index), value_(value)
     {
     }
 
@@ -43,7 +45,7 @@ public:
             store(field);
     }
 
-    template <class Count, class Row> void rows(const char *name, Table<Row> &table)
+    template <class Count, class Row> void rows(const char *name, ArenaTable<Row> &table)
     {
         const std::string_view table_name(name);
         if (!path_.starts_with(table_name) || !path_.substr(table_name.size()).starts_with("[]"))
@@ -61,7 +63,7 @@ private:
         return index_.empty() ? 0 : static_cast<unsigned char>(index_.front());
     }
 
-    template <class Row> void set_in_row(Table<Row> &table, std::string_view rest)
+    template <class Row> void set_in_row(ArenaTable<Row> &table, std::string_view rest)
     {
         done_ = true;
         if (index_.empty()) {
@@ -69,21 +71,20 @@ private:
             return;
         }
         if (position() >= table.size())
-            resize(table, position() + 1);
-        Setter inner(rest, index_.substr(1), value_);
+            resize(memory_, table, position() + 1);
+        Setter inner(memory_, rest, index_.substr(1), value_);
         lay_out(inner, table[position()]);
         done_ = inner.done_;
         fits_ = inner.fits_;
     }
 
     // A whole table: its new number of rows, or all its rows where a row is a few bytes only.
-    template <class Row> void store_all(Table<Row> &table)
+    template <class Row> void store_all(ArenaTable<Row> &table)
     {
         done_ = true;
         if constexpr (std::is_same_v<Row, Mac> || std::is_same_v<Row, HostSlot>) {
             fits_ = value_.size() % sizeof(Row) == 0;
-            table.clear();
-            resize(table, value_.size() / sizeof(Row));
+            resize(memory_, table, value_.size() / sizeof(Row));
             for (Row &row : table)
                 memcpy(static_cast<void *>(&row),
                        value_.data() + static_cast<size_t>(&row - table.begin()) * sizeof row,
@@ -91,16 +92,17 @@ private:
         } else {
             fits_ = value_.size() == 4;
             if (fits_)
-                resize(table, std::min<size_t>(from_big_endian<uint32_t>(value_.data()), 256));
+                resize(memory_, table,
+                       std::min<size_t>(from_big_endian<uint32_t>(value_.data()), 256));
         }
     }
 
-    void store(Text &text)
+    void store(ArenaText &text)
     {
         done_ = true;
-        text = Text();
+        text = ArenaText();
         if (!value_.empty())
-            fits_ = text.assign(std::string(value_).c_str());
+            fits_ = text.assign(memory_, std::string(value_).c_str());
     }
 
     template <class Field> void store(Field &field)
@@ -115,6 +117,7 @@ private:
             memcpy(static_cast<void *>(&field), value_.data(), sizeof field);
     }
 
+    Arena &memory_;
     std::string_view path_;
     std::string_view index_;
     std::string_view value_;
@@ -134,29 +137,29 @@ std::string_view path_of(uint16_t id, DeviceKind kind)
     return {};
 }
 
-std::string set(WtpCfg &cfg, std::string_view path, const Item &item, DeviceKind kind,
-                std::string_view value)
+std::string set(WtpCfg &cfg, Arena &memory, std::string_view path, const Item &item,
+                DeviceKind kind, std::string_view value)
 {
-    Setter setter(path, item.index, value);
+    Setter setter(memory, path, item.index, value);
     lay_out(setter, cfg, kind);
     return setter.fits() ? "" : "item " + std::to_string(item.type) + " has a bad length or index";
 }
 
 } // namespace
 
-std::string apply_item(const Item &item, DeviceKind kind, WtpCfg &cfg)
+std::string apply_item(const Item &item, DeviceKind kind, WtpCfg &cfg, Arena &memory)
 {
     std::string_view path = path_of(item.type, kind);
     if (path.empty())
         return "item " + std::to_string(item.type) + " is unknown";
     path.remove_prefix(std::strlen("wtp_cfg."));
     if (path != "ipv4")
-        return set(cfg, path, item, kind, item.value);
+        return set(cfg, memory, path, item, kind, item.value);
 
     if (item.value.size() != 12)
         return "item " + std::to_string(item.type) + " has a bad length or index";
     const std::string_view value = item.value;
-    set(cfg, "ip", item, kind, value.substr(0, 4));
-    set(cfg, "mask", item, kind, value.substr(4, 4));
-    return set(cfg, "gateway", item, kind, value.substr(8, 4));
+    set(cfg, memory, "ip", item, kind, value.substr(0, 4));
+    set(cfg, memory, "mask", item, kind, value.substr(4, 4));
+    return set(cfg, memory, "gateway", item, kind, value.substr(8, 4));
 }

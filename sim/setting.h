@@ -15,6 +15,7 @@ struct Item {
     std::string value;
 };
 
-// Applies one item of a device of the given kind; settings that no record carries are accepted and
-// forgotten. Returns what is wrong with the item, or an empty text.
-std::string apply_item(const Item &item, DeviceKind kind, WtpCfg &cfg);
+// Applies one item of a device of the given kind, whose texts and tables live in `memory`; settings
+// that no record carries are accepted and forgotten. Returns what is wrong with the item, or an
+// empty text.
+std::string apply_item(const Item &item, DeviceKind kind, WtpCfg &cfg, Arena &memory);

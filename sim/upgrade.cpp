@@ -25,9 +25,10 @@ uint8_t start_upgrade(Device &device)
     wtp.upg_state = UPGRADE_WAITING;
     wtp.sub_state = WTP_SUB_WAITING;
     wtp.progress = 0;
-    wtp.new_fw_ver.assign(steps == 2 ? FIRMWARE_BETWEEN : FIRMWARE_LATEST);
-    wtp.new_fw_img.assign((std::string(wtp.model.c_str()) + "-" + wtp.new_fw_ver.c_str() + ".img")
-                              .c_str());
+    wtp.new_fw_ver.assign(device.memory, steps == 2 ? FIRMWARE_BETWEEN : FIRMWARE_LATEST);
+    wtp.new_fw_img.assign(
+        device.memory,
+        (std::string(wtp.model.c_str()) + "-" + wtp.new_fw_ver.c_str() + ".img").c_str());
     return RESULT_SUCCESS;
 }
 
@@ -49,9 +50,9 @@ void advance_upgrade(Device &device, time_t now)
         wtp.upg_img = 0;
         wtp.sub_state = 0;
         wtp.progress = 100;
-        wtp.sw_ver = std::move(wtp.new_fw_ver);
-        wtp.new_fw_ver = Text();
-        wtp.new_fw_img = Text();
+        wtp.sw_ver = wtp.new_fw_ver;
+        wtp.new_fw_ver = ArenaText();
+        wtp.new_fw_img = ArenaText();
         device.started = now;
         break;
     default:

@@ -32,7 +32,7 @@ public:
         if (source_.at_hand() >= sizeof(Field)) {
             source_.at += sizeof(Field);
         } else {
-            take(apart, sizeof apart);
+            take_piecewise(apart, sizeof apart);
             wire = apart;
         }
         if constexpr (std::is_integral_v<Field>)
@@ -48,17 +48,41 @@ public:
         return number;
     }
 
-    // A text behind its 16-bit length; length 0 leaves it absent.
-    void read(Text &text) { read_text(text, "ERROR: Out of memory\n"); }
-    void read_text(Text &text, const char *no_memory);
+    // A text behind its 16-bit length; length 0 leaves it absent. `allocate(length)` gives the room
+    // for it, with a terminator behind, or null, which is then reported as `no_memory`.
+    template <class Allocate> void read_text(const char *no_memory, Allocate allocate)
+    {
+        const auto length = number<uint16_t>();
+        if (length == 0)
+            return;
+        if (char *room = allocate(length))
+            take(room, length);
+        else
+            report_no_memory(no_memory);
+    }
+    void read(Text &text)
+    {
+        read_text("ERROR: Out of memory\n", [&](size_t length) { return text.allocate(length); });
+    }
 
     // `length` bytes as they come; all zero after a failure.
-    void take(void *to, size_t length);
+    void take(void *to, size_t length)
+    {
+        if (source_.at_hand() < length) {
+            take_piecewise(to, length);
+            return;
+        }
+        memcpy(to, source_.at, length);
+        source_.at += length;
+    }
 
     // Remembers a failure that the caller has reported, such as a lack of memory for a table.
     void set_failed();
 
 private:
+    void take_piecewise(void *to, size_t length);
+    void report_no_memory(const char *message);
+
     ByteSource &source_;
     bool failed_ = false;
 };

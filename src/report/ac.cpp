@@ -12,6 +12,7 @@
 #include "proto/request_writer.h"
 #include "report/json_writer.h"
 #include "report/text_writer.h"
+#include "util/text.h"
 
 namespace
 {
@@ -50,7 +51,7 @@ static void print_ac_info(const AcInfo &info, bool as_json)
     if (as_json) {
         JsonWriter json(standard_output);
         json.object("ac_info");
-        json.member("cw_ver", info.cw_ver);
+        json.member("cw_ver", info.cw_ver.c_str());
         json.member("max_wtps", info.max_wtps);
         json.member("managed_wtps", info.managed_wtps);
         json.member("active_wtps", info.active_wtps);
@@ -61,7 +62,8 @@ static void print_ac_info(const AcInfo &info, bool as_json)
         return;
     }
     TextWriter out(standard_output);
-    out.line("Capwap Ver\t", info.cw_ver);
+    out.text_item("Capwap Ver\t", info.cw_ver.c_str());
+    out.put("\n");
     out.line("Max WTPs\t", info.max_wtps);
     out.line("Managed WTPs\t", info.managed_wtps);
     out.line("Active WTPs\t", info.active_wtps);

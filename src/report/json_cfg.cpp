@@ -5,7 +5,7 @@
 #include <cstring>
 
 template <size_t N>
-static void print_macs(JsonWriter &json, const char (&name)[N], const Table<Mac> &macs)
+static void print_macs(JsonWriter &json, const char (&name)[N], const ArenaTable<Mac> &macs)
 {
     json.array(name);
     for (const Mac &mac : macs)
@@ -78,7 +78,7 @@ static void print_wep(JsonWriter &json, const WlanCfg &wlan)
     json.member("key_len", wlan.wep.key_len);
     json.member("def_key", wlan.wep.def_key);
     json.array("key");
-    for (const Text &key : wlan.wep.key)
+    for (const ArenaText &key : wlan.wep.key)
         json.escaped_element(key);
     json.end_array();
     json.end_object();

@@ -66,20 +66,20 @@ public:
         memcpy(to, text, length);
         close_string(to + length);
     }
-    template <size_t N> void member(const char (&name)[N], const Text &text)
+    template <size_t N> void member(const char (&name)[N], const ArenaText &text)
     {
         member(name, text.c_str());
     }
 
     // A string with its text escaped; empty when there is no memory for that.
-    template <size_t N> void escaped(const char (&name)[N], const Text &text)
+    template <size_t N> void escaped(const char (&name)[N], const ArenaText &text)
     {
         const char *body = json_escape(text.c_str());
         member(name, body == nullptr ? "" : body);
     }
 
     // A string without its carriage returns and line feeds.
-    template <size_t N> void unbroken(const char (&name)[N], const Text &text)
+    template <size_t N> void unbroken(const char (&name)[N], const ArenaText &text)
     {
         out_.advance(open_string(name, 0));
         const char *rest = text.c_str();
@@ -126,7 +126,7 @@ public:
         *to++ = '"';
         close_string(write_mac(to, mac));
     }
-    void escaped_element(const Text &text)
+    void escaped_element(const ArenaText &text)
     {
         const char *body = json_escape(text.c_str());
         char *to = next(1);

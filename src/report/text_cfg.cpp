@@ -12,7 +12,7 @@ static void print_security(TextWriter &out, const WlanCfg &wlan)
     out.line("        Key Length\t\t\t", wlan.wep.key_len);
     out.line("        Default Key Id\t\t\t", wlan.wep.def_key);
     uint32_t key_number = 0;
-    for (const Text &key : wlan.wep.key) {
+    for (const ArenaText &key : wlan.wep.key) {
         out.item("        Key", ++key_number);
         out.line("\t\t\t\t", key);
     }

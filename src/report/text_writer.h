@@ -42,7 +42,7 @@ public:
     {
         out_.advance(write_digest(begin(label, DIGEST_TEXT_ROOM), digest));
     }
-    template <size_t N> void item(const char (&label)[N], const Text &text)
+    template <size_t N> void item(const char (&label)[N], const ArenaText &text)
     {
         text_item(label, text.c_str());
     }

@@ -1,21 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "report/wtp_record.h"
 
-WtpList::~WtpList()
+void append_wtp(WtpList &list, WtpRecord *record)
 {
-    free_wtp_list(*this);
-}
-
-void append_wtp(WtpList &list, std::unique_ptr<WtpRecord> record)
-{
-    WtpRecord *last = record.release();
-    (list.head == nullptr ? list.head : list.tail->next) = last;
-    list.tail = last;
+    (list.head == nullptr ? list.head : list.tail->next) = record;
+    list.tail = record;
 }
 
 void free_wtp_list(WtpList &list)
 {
-    while (list.head != nullptr)
-        delete std::exchange(list.head, list.head->next);
-    list.tail = nullptr;
+    list.head = list.tail = nullptr;
+    list.memory.clear();
 }

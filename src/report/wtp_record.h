@@ -3,17 +3,15 @@
 // on the wire is in wtp_layout.h.
 //
 // Integers are in host order, addresses as they came. A text is absent when the controller sent an
-// empty one. Everything is zero or absent until it is read.
+// empty one. Everything is zero or absent until it is read. Nothing here owns anything: all memory
+// belongs to an arena.
 #pragma once
 
-#include "util/heap_object.h"
+#include "util/arena.h"
 #include "util/ipv4.h"
 #include "util/mac.h"
-#include "util/table.h"
-#include "util/text.h"
 
 #include <cstdint>
-#include <memory>
 
 enum WtpType : uint8_t { WTP_SWITCH = 2, WTP_ACCESS_POINT = 3 };
 enum WtpState : uint8_t { WTP_OFFLINE = 0, WTP_ONLINE = 5 };
@@ -37,8 +35,8 @@ struct StationInfo {
     Mac mac;
     uint32_t tx = 0, rx = 0; // kilobytes
     int32_t rssi = 0;        // dBm
-    Text os;
-    Text hostname; // printable ASCII; emptied when the controller sent anything else
+    ArenaText os;
+    ArenaText hostname; // printable ASCII; emptied when the controller sent anything else
     Ipv4 ip;
 };
 
@@ -46,7 +44,7 @@ struct WlanInfo {
     Mac bssid;
     CfgCap cfg_cap;
     uint32_t tx_pkt = 0, tx_bytes = 0, rx_pkt = 0, rx_bytes = 0;
-    Table<StationInfo> sta;
+    ArenaTable<StationInfo> sta;
 };
 
 struct RadioInfo {
@@ -62,7 +60,7 @@ struct RadioInfo {
         int32_t role = 0;
         Mac bssid;
     } mesh;
-    Table<WlanInfo> wlan;
+    ArenaTable<WlanInfo> wlan;
 };
 
 struct SwitchHwPort {
@@ -76,13 +74,13 @@ struct SwitchPortInfo {
 
 struct TrunkPortInfo {
     uint32_t id = 0, mode = 0;
-    Text active_port, port; // port: the member ports
+    ArenaText active_port, port; // port: the member ports
 };
 
 struct LldpDevice {
     uint32_t localPort = 0;
     Mac mac;
-    Text remotePort, name, model;
+    ArenaText remotePort, name, model;
 };
 
 struct PoePortInfo {
@@ -94,16 +92,16 @@ struct PoePortInfo {
 struct TopoLink {
     uint32_t local_port = 0;
     Mac mac;
-    Text remote_port;
+    ArenaText remote_port;
 };
 
 struct TopoDev {
     uint32_t type = 0;
     Mac mac;
     Ipv4 ip;
-    Text name, model; // model: the neighbour's description
+    ArenaText name, model; // model: the neighbour's description
     uint32_t update_time = 0, system_time = 0, link_info_last_time = 0, no_link_info_first_time = 0;
-    Table<TopoLink> link;
+    ArenaTable<TopoLink> link;
 };
 
 // The configuration that the controller has stored for a device.
@@ -118,37 +116,37 @@ struct FastHandoverCfg {
 
 struct PortalCfg {
     uint32_t enable = 0, login_type = 0;
-    Text userurl;
+    ArenaText userurl;
     struct {
         uint32_t enable = 0;
-        Text pages;
+        ArenaText pages;
     } walled_garden;
     uint32_t session_timeout = 0, session_timeout_enable = 0;
     uint32_t idle_timeout = 0, idle_timeout_enable = 0;
     uint32_t auth_type = 0;
-    Text external_server, external_secret, uamformat, local_auth;
+    ArenaText external_server, external_secret, uamformat, local_auth;
     Ipv4 radius_server;
     uint16_t radius_port = 0;
-    Text radius_secret;
+    ArenaText radius_secret;
     uint32_t accounting_enable = 0;
     Ipv4 account_server;
     uint16_t accounting_port = 0;
-    Text accounting_secret;
+    ArenaText accounting_secret;
     uint32_t accounting_time = 0;
     uint16_t port = 0;
     uint32_t https_enable = 0;
-    Text radius_secret2;
+    ArenaText radius_secret2;
     Ipv4 radius_server2;
     uint32_t network_type = 0; // WLANs only
 };
 
 struct WlanCfg {
     uint32_t enable = 0;
-    Text ssid;
+    ArenaText ssid;
     uint32_t supr_ssid = 0, sta_sep = 0, isolation = 0, vlan = 0;
     struct {
         uint32_t mode = 0;
-        Table<Mac> mac;
+        ArenaTable<Mac> mac;
     } acl;
     struct {
         uint32_t enable = 0, adv_search = 0;
@@ -158,16 +156,16 @@ struct WlanCfg {
     uint32_t sec_mode = 0;
     struct {
         uint32_t auth_type = 0, in_type = 0, key_len = 0, def_key = 0;
-        Text key[4];
+        ArenaText key[4];
     } wep;
     struct {
         uint32_t enc_mode = 0;
-        Text passphrase;
+        ArenaText passphrase;
         uint32_t group_key_int = 0;
         struct {
             Ipv4 addr;
             uint16_t port = 0;
-            Text secret;
+            ArenaText secret;
         } radius;
         uint32_t pmf_enable = 0, suiteb_en = 0;
     } wpa;
@@ -175,14 +173,14 @@ struct WlanCfg {
         uint32_t enable = 0;
         Ipv4 addr;
         uint16_t port = 0;
-        Text secret;
+        ArenaText secret;
         uint32_t interval = 0;
     } acc;
     uint32_t layer2Isolation = 0;
-    Table<Mac> l2macWlist;
+    ArenaTable<Mac> l2macWlist;
     struct {
         uint32_t id_enable = 0;
-        Text id;
+        ArenaText id;
         uint32_t port_enable = 0;
         uint16_t port = 0;
         uint32_t ip_enable = 0;
@@ -190,7 +188,7 @@ struct WlanCfg {
     } nas;
     PortalCfg portal;
     BandSteeringCfg bandsteering;
-    Text hotspot20; // a JSON value
+    ArenaText hotspot20; // a JSON value
 };
 
 struct RadioCfg {
@@ -208,11 +206,11 @@ struct RadioCfg {
         uint32_t enable = 0, frames = 0, maxbytes = 0;
     } aggregation;
     uint32_t distance = 0;
-    Table<WlanCfg> wlan;
+    ArenaTable<WlanCfg> wlan;
     PortalCfg portal;
     struct {
         int32_t enable = 0;
-        Text id, wpa_key;
+        ArenaText id, wpa_key;
         int16_t link_robust_threshold = 0;
     } mesh;
     FastHandoverCfg fasthandover;
@@ -224,7 +222,7 @@ struct LanPortCfg {
 
 struct SwitchPortCfg {
     uint32_t port = 0, mode = 0, flow_control = 0;
-    Text descp;
+    ArenaText descp;
 };
 
 struct PoePortCfg {
@@ -236,21 +234,21 @@ struct PdLifeguard {
     Ipv4 specified_ip;
     uint32_t ping_interval = 0, ping_max_count = 0, power_recovery_interval = 0,
              reboot_max_retry_count = 0, reboot_count = 0, pd_bootup_time = 0;
-    Text status;
+    ArenaText status;
 };
 
 struct PdlStatus {
     uint32_t port = 0, state = 0, mode = 0, polling_method = 0;
-    Text mac; // in text form
+    ArenaText mac; // in text form
     Ipv4 management_ip;
-    Text action;
+    ArenaText action;
 };
 
-struct WtpCfg : HeapObject {
+struct WtpCfg {
     Ipv4 ip, mask, gateway, dns1, dns2; // ip 0.0.0.0: DHCP
-    Text name, location, admin;
+    ArenaText name, location, admin;
     int32_t timezone = 0;
-    Table<HostSlot> ac_list;
+    ArenaTable<HostSlot> ac_list;
 
     // Access points only.
     Md5Digest password_md5;
@@ -264,37 +262,37 @@ struct WtpCfg : HeapObject {
         int32_t power = 0, lan = 0, wlan0 = 0, wlan1 = 0, wlan2 = 0, mesh = 0;
     } led;
     int32_t manage_vlan_id = 0, log_remote_en = 0, log_traffic_en = 0;
-    Text log_remote_conf;
-    Table<LanPortCfg> lan_port;
+    ArenaText log_remote_conf;
+    ArenaTable<LanPortCfg> lan_port;
     struct {
         int32_t enable_total = 0;
     } mesh;
-    Table<RadioCfg> radio;
+    ArenaTable<RadioCfg> radio;
 
     // Switches only.
-    Text sw_extra_text; // sent by the controller, shown nowhere
-    Table<SwitchPortCfg> switch_port;
+    ArenaText sw_extra_text; // sent by the controller, shown nowhere
+    ArenaTable<SwitchPortCfg> switch_port;
     int32_t redundancyMode = 0;
-    Table<Mac> manage_mac_list;
+    ArenaTable<Mac> manage_mac_list;
     uint32_t power_budget = 0;
-    Table<PoePortCfg> poe_port;
+    ArenaTable<PoePortCfg> poe_port;
     uint32_t pdl_enable = 0;
-    Table<PdLifeguard> pd_lifeguard;
-    Table<PdlStatus> pdl_status;
+    ArenaTable<PdLifeguard> pd_lifeguard;
+    ArenaTable<PdlStatus> pdl_status;
 };
 
-struct WtpRecord : HeapObject {
+struct WtpRecord {
     uint8_t wtp_type = 0; // a WtpType; any other value has the common members only
     Mac mac;
     Ipv4 ip;
     uint16_t port = 0;
-    Text model, sn;
+    ArenaText model, sn;
     uint8_t managed = 0, unavaiable_fw = 0;
     uint8_t upg_img = 0; // not 0: flagged for an upgrade
-    Text new_fw_img, new_fw_ver;
+    ArenaText new_fw_img, new_fw_ver;
     uint8_t upg_state = 0, unavaiable_addr = 0;
     uint8_t state = 0, sub_state = 0, progress = 0;
-    Text sw_ver, cw_ver, name;
+    ArenaText sw_ver, cw_ver, name;
     uint32_t uptime = 0;                                    // seconds
     uint32_t join_time = 0, last_time = 0, change_time = 0; // seconds since 1970
     struct {
@@ -307,42 +305,39 @@ struct WtpRecord : HeapObject {
 
     // Access points only.
     uint32_t cap_code = 0;
-    Text sku;
-    Table<RadioInfo> radio;
+    ArenaText sku;
+    ArenaTable<RadioInfo> radio;
 
     // Switches only.
     uint32_t flick_reboot_flag = 0;
     uint32_t sw_max_trunk = 0, sw_max_vlan_num = 0, sw_max_managed_ap = 0, sw_max_mirror_num = 0,
              sw_max_multicast_num = 0, sw_max_power_budget = 0, sw_min_power_budget = 0,
              sw_max_static_mac_num = 0, sw_max_trunk_member = 0, sw_dev_suport_type = 0;
-    Table<SwitchHwPort> switch_hw_port; // its length is the report's sw_max_port
-    Table<SwitchPortInfo> switch_port;
-    Table<TrunkPortInfo> trunk_port;
-    Table<LldpDevice> lldp_dev_list;
+    ArenaTable<SwitchHwPort> switch_hw_port; // its length is the report's sw_max_port
+    ArenaTable<SwitchPortInfo> switch_port;
+    ArenaTable<TrunkPortInfo> trunk_port;
+    ArenaTable<LldpDevice> lldp_dev_list;
     struct {
         uint32_t power_budget = 0, allocated_power = 0; // watts
     } poe_global;
-    Table<PoePortInfo> poe_port;
-    Table<TopoDev> dev_list;
+    ArenaTable<PoePortInfo> poe_port;
+    ArenaTable<TopoDev> dev_list;
 
-    std::unique_ptr<WtpCfg> wtp_cfg; // null when the reply carried none
+    WtpCfg *wtp_cfg = nullptr; // null when the reply carried none
 
     WtpRecord *next = nullptr;
 };
 
-// Records in the order in which the controller sent them. The list owns them.
+// Records in the order in which the controller sent them. They and all that they hold live in the
+// list's memory.
 struct WtpList {
     WtpRecord *head = nullptr;
     WtpRecord *tail = nullptr;
-
-    WtpList() = default;
-    WtpList(const WtpList &) = delete;
-    WtpList &operator=(const WtpList &) = delete;
-    ~WtpList();
+    Arena memory;
 };
 
-// Adds a record at the end; the list owns it from then on.
-void append_wtp(WtpList &list, std::unique_ptr<WtpRecord> record);
+// Adds a record, made in the list's memory, at the end.
+void append_wtp(WtpList &list, WtpRecord *record);
 
 // Releases every record and leaves the list empty.
 void free_wtp_list(WtpList &list);

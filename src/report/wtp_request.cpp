@@ -6,8 +6,6 @@
 #include "report/wtp_layout.h"
 #include "util/output.h"
 
-#include <memory>
-
 namespace
 {
 
@@ -15,14 +13,20 @@ namespace
 class RecordReader
 {
 public:
-    explicit RecordReader(ReplyReader &reply) : reply_(reply) {}
+    RecordReader(ReplyReader &reply, Arena &memory) : reply_(reply), memory_(memory) {}
 
     template <class Field> void operator()(const char *, Field &field) { reply_.read(field); }
 
-    // A host name comes from a station, so from anyone: anything but printable ASCII empties it.
-    void hostname(const char *, Text &name)
+    void operator()(const char *, ArenaText &text)
     {
-        reply_.read(name);
+        reply_.read_text("ERROR: Out of memory\n",
+                         [&](size_t length) { return text.allocate(memory_, length); });
+    }
+
+    // A host name comes from a station, so from anyone: anything but printable ASCII empties it.
+    void hostname(const char *name_of_field, ArenaText &name)
+    {
+        (*this)(name_of_field, name);
         if (name.absent())
             return;
         for (const char *c = name.c_str(); *c != '\0'; c++)
@@ -32,31 +36,31 @@ public:
 
     bool present(Section) { return reply_.number<uint8_t>() != 0; }
 
-    template <class Part> bool make(std::unique_ptr<Part> &part)
+    template <class Part> bool make(Part *&part)
     {
-        part.reset(new Part);
+        part = memory_.make<Part>();
         if (part == nullptr)
             report_no_memory("ERROR: Out of memory\n");
         return part != nullptr;
     }
 
-    template <class Count, class Row> Count count(const char *, const Table<Row> &)
+    template <class Count, class Row> Count count(const char *, const ArenaTable<Row> &)
     {
         return reply_.number<Count>();
     }
 
-    template <class Count, class Row> void rows(const char *name, Table<Row> &table)
+    template <class Count, class Row> void rows(const char *name, ArenaTable<Row> &table)
     {
         const auto announced = reply_.number<Count>();
         if (announced > 0)
             counted_rows(name, table, static_cast<uint32_t>(announced));
     }
 
-    template <class Row> void counted_rows(const char *, Table<Row> &table, uint32_t announced)
+    template <class Row> void counted_rows(const char *, ArenaTable<Row> &table, uint32_t announced)
     {
         if (announced == 0 || !reply_.ok())
             return;
-        if (!table.reserve(announced)) {
+        if (!table.reserve(memory_, announced)) {
             table_too_large(table, announced);
             return;
         }
@@ -65,15 +69,15 @@ public:
     }
 
 private:
-    template <class Row> void table_too_large(const Table<Row> &, uint32_t)
+    template <class Row> void table_too_large(const ArenaTable<Row> &, uint32_t)
     {
         report_no_memory("ERROR: Out of memory\n");
     }
-    void table_too_large(const Table<TopoDev> &, uint32_t)
+    void table_too_large(const ArenaTable<TopoDev> &, uint32_t)
     {
         report_no_memory("ERROR: Out of memory(switchTopoDevCount)\n");
     }
-    void table_too_large(const Table<TopoLink> &, uint32_t announced)
+    void table_too_large(const ArenaTable<TopoLink> &, uint32_t announced)
     {
         fail("ERROR: Out of memory(linkCount=%d)\n", static_cast<int32_t>(announced));
         reply_.set_failed();
@@ -86,6 +90,7 @@ private:
     }
 
     ReplyReader &reply_;
+    Arena &memory_;
 };
 
 } // namespace
@@ -93,16 +98,16 @@ private:
 int read_wtp_list(ByteSource &source, WtpList &list)
 {
     ReplyReader reply(source);
-    RecordReader wire(reply);
+    RecordReader wire(reply, list.memory);
     while (reply.number<uint8_t>() == 0 && reply.ok()) {
-        std::unique_ptr<WtpRecord> record(new WtpRecord);
+        auto *record = list.memory.make<WtpRecord>();
         if (record == nullptr) {
             fail("ERROR: Out of memory\n");
             reply.set_failed();
             break;
         }
         lay_out(wire, *record);
-        append_wtp(list, std::move(record));
+        append_wtp(list, record);
     }
     if (reply.ok())
         return 0;
