@@ -9,8 +9,7 @@
 #include <string_view>
 #include <vector>
 
-namespace
-{
+namespace {
 
 using Rows = std::vector<const ConfigKey *>;
 

@@ -10,8 +10,7 @@
 #include <string>
 #include <string_view>
 
-namespace
-{
+namespace {
 
 // What a text field holds; the others are empty. A number sign becomes a digit.
 constexpr struct {
@@ -57,8 +56,7 @@ constexpr struct {
 };
 
 // The visitor of wtp_layout.h that makes up a device and writes it.
-class RecordWriter
-{
+class RecordWriter {
 public:
     explicit RecordWriter(bool brief) : brief_(brief) {}
 

@@ -18,8 +18,7 @@
 
 extern char **environ;
 
-namespace
-{
+namespace {
 
 struct Command {
     std::vector<char *> argv; // ended by null

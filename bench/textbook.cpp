@@ -11,11 +11,9 @@
 #include <cstring>
 #include <sys/socket.h>
 
-namespace
-{
+namespace {
 
-class FieldReceiver
-{
+class FieldReceiver {
 public:
     FieldReceiver(int socket, Arena &memory) : socket_(socket), memory_(memory) {}
 
@@ -72,8 +70,7 @@ private:
     Arena &memory_;
 };
 
-class MemberPrinter
-{
+class MemberPrinter {
 public:
     template <class Field> void operator()(const char *name, Field &field)
     {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Fuzz target: a configuration file, through parsing, the walk and the items. The first byte chooses
-// the device kind. The items must fit their wire form and add up to the announced size.
+// Fuzz target: a configuration file, through parsing, the walk and the items. The first byte
+// chooses the device kind. The items must fit their wire form and add up to the announced size.
 #include "config/config_file.h"
 
 #include <cstdint>

@@ -24,8 +24,7 @@ struct Faults {
 };
 
 // Reads throw Disconnected when the bytes do not come.
-class Connection
-{
+class Connection {
 public:
     // `stop` is a descriptor that becomes readable when the simulator is to end.
     Connection(int socket, int stop, const Faults &faults);

@@ -328,8 +328,7 @@ void Controller::scan(Connection &client)
     }));
 }
 
-namespace
-{
+namespace {
 
 struct Periodic {
     uint32_t band;

@@ -17,8 +17,7 @@ struct ControllerOptions {
     bool verbose = false;           // a line on standard error for each request
 };
 
-class Controller
-{
+class Controller {
 public:
     explicit Controller(const ControllerOptions &options);
     Controller(const Controller &) = delete;

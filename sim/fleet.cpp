@@ -5,12 +5,10 @@
 #include <cstring>
 #include <random>
 
-namespace
-{
+namespace {
 
 // Numbers that are the same everywhere for the same seed.
-class Dice
-{
+class Dice {
 public:
     explicit Dice(uint32_t seed) : engine_(seed) {}
     uint32_t below(uint32_t limit) { return static_cast<uint32_t>(engine_() % limit); }

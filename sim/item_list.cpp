@@ -5,12 +5,10 @@
 
 #include <cstring>
 
-namespace
-{
+namespace {
 
 // Takes fields off the front of some bytes; after the first that is not there all are zero.
-class Taker
-{
+class Taker {
 public:
     explicit Taker(std::string_view bytes) : rest_(bytes) {}
 

@@ -16,8 +16,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-namespace
-{
+namespace {
 
 // A descriptor that becomes readable when the simulator is asked to end.
 int watch_for_end()

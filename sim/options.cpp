@@ -7,8 +7,7 @@
 #include <cstring>
 #include <getopt.h>
 
-namespace
-{
+namespace {
 
 constexpr const char *HELP =
     "usage: ac-sim [OPTION]...\n"

@@ -28,8 +28,7 @@ inline void put_text(std::string &reply, std::string_view text)
 }
 
 // The visitor of wtp_layout.h that writes a record, with the sections that a filter asks for.
-class RecordWriter
-{
+class RecordWriter {
 public:
     RecordWriter(std::string &reply, uint32_t filter) : reply_(reply), filter_(filter) {}
 

@@ -8,8 +8,7 @@
 #include <cstring>
 #include <type_traits>
 
-namespace
-{
+namespace {
 
 template <class Row> void resize(Arena &memory, ArenaTable<Row> &table, size_t count)
 {
@@ -26,8 +25,7 @@ template <class Row> void resize(Arena &memory, ArenaTable<Row> &table, size_t c
 
 // The visitor of the configuration's layout that sets one field: the one whose name is the rest of
 // the setting's path. Where a name is a table's, the index key tells the row.
-class Setter
-{
+class Setter {
 public:
     Setter(Arena &memory, std::string_view path, std::string_view index, std::string_view value)
         : memory_(memory), path_(path), index_(index), value_(value)

@@ -13,13 +13,11 @@
 
 namespace fs = std::filesystem;
 
-namespace
-{
+namespace {
 
 constexpr const char *PID_FILE = "/var/run/ac.pid";
 
-class ProcessControl : public testing::Test
-{
+class ProcessControl : public testing::Test {
 protected:
     void SetUp() override
     {

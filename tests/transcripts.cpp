@@ -10,8 +10,7 @@
 #include <iostream>
 #include <sstream>
 
-namespace
-{
+namespace {
 
 PlayOptions options_from_environment()
 {
@@ -26,8 +25,7 @@ PlayOptions options_from_environment()
     return options;
 }
 
-class Played : public testing::Test
-{
+class Played : public testing::Test {
 public:
     explicit Played(const Transcript &transcript) : transcript_(transcript) {}
 

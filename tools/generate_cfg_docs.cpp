@@ -22,8 +22,7 @@ enum : uint32_t {
     VALUE_BYTES_MAX = UINT16_MAX,
 };
 
-namespace
-{
+namespace {
 
 // A member of a configuration file: a setting, a list of values that is one setting (it has a row
 // and is an array), an object, or an array of objects.
@@ -181,12 +180,10 @@ static string describe(const Node &setting, DeviceKind kind)
 
 // --- JSON Schema ---------------------------------------------------------------------------------
 
-namespace
-{
+namespace {
 
 // The members of nested objects, indented, on standard output.
-class JsonPrinter
-{
+class JsonPrinter {
 public:
     void open(string_view name)
     {

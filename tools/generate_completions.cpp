@@ -11,8 +11,7 @@ using std::cout;
 using std::string;
 using std::string_view;
 
-namespace
-{
+namespace {
 
 bool takes_argument(OptionCode code)
 {

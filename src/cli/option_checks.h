@@ -12,8 +12,7 @@ int repeated_option(const OptArg &opt);
 int invalid_argument(const OptArg &opt); // names the option and quotes its argument
 
 // A list of addresses that may be given only once, such as --mac of most commands.
-class MacOption
-{
+class MacOption {
 public:
     // Takes the option's argument; false, with the message printed, for a second one or a bad one.
     bool take(const OptArg &opt);

@@ -13,8 +13,7 @@
 
 enum : uint32_t { ITEM_IP_SETTING = 3 };
 
-namespace
-{
+namespace {
 
 struct Choices {
     MacOption wtps;

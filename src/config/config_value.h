@@ -16,8 +16,7 @@ using IndexKey = std::span<const uint8_t>;
 
 // Its functions return 0 when the value was taken or skipped, 1 when it was refused and the message
 // printed.
-class ConfigValueHandler
-{
+class ConfigValueHandler {
 public:
     ConfigValueHandler(DeviceKind kind, TlvBuffer &items) : kind_(kind), items_(items) {}
 

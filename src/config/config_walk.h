@@ -10,8 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 
-class ConfigWalk
-{
+class ConfigWalk {
 public:
     ConfigWalk(DeviceKind kind, TlvBuffer &items) : handler_(kind, items) {}
 

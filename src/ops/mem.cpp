@@ -21,8 +21,7 @@
 #include <memory>
 #include <unistd.h>
 
-namespace
-{
+namespace {
 
 // A block; in a summary the first block of a place stands for all of them, and the others have
 // count 0.

@@ -15,8 +15,7 @@
 #include <cstring>
 #include <type_traits>
 
-class ReplyReader
-{
+class ReplyReader {
 public:
     explicit ReplyReader(ByteSource &source) : source_(source) {}
 

@@ -13,8 +13,7 @@
 #include <cstddef>
 #include <cstdint>
 
-class RequestWriter
-{
+class RequestWriter {
 public:
     RequestWriter(AcSession &session, CommandCode code) : session_(session) { u8(code); }
 

@@ -14,8 +14,7 @@
 #include "report/text_writer.h"
 #include "util/text.h"
 
-namespace
-{
+namespace {
 
 struct AcInfo {
     Text cw_ver; // the CAPWAP version

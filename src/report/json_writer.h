@@ -11,8 +11,7 @@
 #include <cstdint>
 #include <cstring>
 
-class JsonWriter
-{
+class JsonWriter {
 public:
     explicit JsonWriter(Output &out) : out_(out) {}
 

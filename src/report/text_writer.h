@@ -10,8 +10,7 @@
 #include <cstdint>
 #include <cstring>
 
-class TextWriter
-{
+class TextWriter {
 public:
     explicit TextWriter(Output &out) : out_(out) {}
 

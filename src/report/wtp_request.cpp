@@ -6,12 +6,10 @@
 #include "report/wtp_layout.h"
 #include "util/output.h"
 
-namespace
-{
+namespace {
 
 // The visitor of wtp_layout.h that fills a record from a reply.
-class RecordReader
-{
+class RecordReader {
 public:
     RecordReader(ReplyReader &reply, Arena &memory) : reply_(reply), memory_(memory) {}
 

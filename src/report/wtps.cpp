@@ -7,8 +7,7 @@
 #include "report/wtp_request.h"
 #include "util/output.h"
 
-namespace
-{
+namespace {
 
 struct Choices {
     uint32_t filter = WTP_FILTER_ALL;

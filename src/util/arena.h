@@ -2,6 +2,8 @@
 // Memory that many small things share and that is released all at once, and texts and tables in it.
 #pragma once
 
+#include "util/rows.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -11,8 +13,7 @@
 // Hands out memory piece by piece from chunks that grow with what is asked for. Pieces are neither
 // released nor destroyed on their own. A piece that is larger than a chunk gets a chunk of its own,
 // whose pages cost nothing before they are used.
-class Arena
-{
+class Arena {
 public:
     Arena() = default;
     Arena(const Arena &) = delete;
@@ -53,8 +54,7 @@ private:
 };
 
 // A NUL-terminated text in an arena, or none.
-class ArenaText
-{
+class ArenaText {
 public:
     // Room for `length` bytes, unset, and the terminator behind them; null (and the text is absent)
     // when memory is short.
@@ -87,8 +87,7 @@ private:
 // A table in an arena. Its memory is taken once, at the announced length, and its items come into
 // being one by one as they are appended, so that a length that a sender made up costs nothing
 // before its items arrive.
-template <class Item> class ArenaTable
-{
+template <class Item> class ArenaTable : public Rows<Item> {
     static_assert(std::is_trivially_destructible_v<Item>);
 
 public:
@@ -102,21 +101,9 @@ public:
         return items_ != nullptr;
     }
 
-    // Adds a default item at the end, within the room that was made, and returns it.
-    Item &append() { return *new (&items_[size_++]) Item(); }
-
     void clear() { size_ = 0; } // keeps the room
 
-    uint32_t size() const { return size_; }
-    bool empty() const { return size_ == 0; }
-    Item &operator[](size_t i) { return items_[i]; }
-    const Item &operator[](size_t i) const { return items_[i]; }
-    Item *begin() { return items_; }
-    Item *end() { return items_ + size_; }
-    const Item *begin() const { return items_; }
-    const Item *end() const { return items_ + size_; }
-
 private:
-    Item *items_ = nullptr;
-    uint32_t size_ = 0;
+    using Rows<Item>::items_;
+    using Rows<Item>::size_;
 };

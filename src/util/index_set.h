@@ -17,8 +17,7 @@ inline uint64_t hash_bits(uint64_t bits)
     return bits ^ (bits >> 33);
 }
 
-class IndexSet
-{
+class IndexSet {
 public:
     // Makes room for `count` positions (at most 2^30); false when memory is short.
     bool reserve(size_t count)

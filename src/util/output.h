@@ -7,8 +7,7 @@
 #include <cstddef>
 #include <cstring>
 
-class Output
-{
+class Output {
 public:
     // The next `room` (at most ROOM_MAX) bytes of the buffer, to be written and then taken over by
     // advance() with the end of what was written.

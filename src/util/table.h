@@ -2,6 +2,8 @@
 // An owned array with its length.
 #pragma once
 
+#include "util/rows.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -13,18 +15,14 @@
 // The array is allocated once, at its announced length, and its items come into being one by one as
 // they are appended. Memory that no item uses is never touched, so a length that a sender made up
 // costs nothing before its items arrive. An empty table owns nothing.
-template <class Item> class Table
-{
+template <class Item> class Table : public Rows<Item> {
     static_assert(alignof(Item) <= alignof(std::max_align_t));
 
 public:
     Table() = default;
     Table(const Table &) = delete;
     Table &operator=(const Table &) = delete;
-    Table(Table &&other) noexcept
-        : items_(std::exchange(other.items_, nullptr)), size_(std::exchange(other.size_, 0))
-    {
-    }
+    Table(Table &&other) noexcept { *this = std::move(other); }
     Table &operator=(Table &&other) noexcept
     {
         std::swap(items_, other.items_);
@@ -50,9 +48,6 @@ public:
         return true;
     }
 
-    // Adds a default item at the end, within the room that was made, and returns it.
-    Item &append() { return *new (&items_[size_++]) Item(); }
-
     void clear()
     {
         std::destroy_n(items_, size_);
@@ -61,16 +56,7 @@ public:
         size_ = 0;
     }
 
-    uint32_t size() const { return size_; }
-    bool empty() const { return size_ == 0; }
-    Item &operator[](size_t i) { return items_[i]; }
-    const Item &operator[](size_t i) const { return items_[i]; }
-    Item *begin() { return items_; }
-    Item *end() { return items_ + size_; }
-    const Item *begin() const { return items_; }
-    const Item *end() const { return items_ + size_; }
-
 private:
-    Item *items_ = nullptr;
-    uint32_t size_ = 0;
+    using Rows<Item>::items_;
+    using Rows<Item>::size_;
 };

@@ -6,8 +6,7 @@
 
 // A file that this process alone created: whatever had the name before is removed first, links are
 // not followed, nobody else may read it (mode 0600). It is removed when the object goes.
-class TempFile
-{
+class TempFile {
 public:
     // Creates the file; `path` must outlive the object. Prints nothing.
     explicit TempFile(const char *path);

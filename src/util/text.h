@@ -7,8 +7,7 @@
 #include <cstring>
 #include <utility>
 
-class Text
-{
+class Text {
 public:
     Text() = default;
     Text(const Text &) = delete;

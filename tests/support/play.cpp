@@ -16,8 +16,7 @@
 
 namespace fs = std::filesystem;
 
-namespace
-{
+namespace {
 
 enum { PATIENCE_MS = 60000 };
 

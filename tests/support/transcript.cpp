@@ -6,8 +6,7 @@
 #include <map>
 #include <stdexcept>
 
-namespace
-{
+namespace {
 
 // A scanner over one line of a transcript file.
 struct Scanner {

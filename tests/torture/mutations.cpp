@@ -12,8 +12,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-namespace
-{
+namespace {
 
 // The longest reply among a file's transcripts.
 std::string rich_reply(const std::string &file)
@@ -31,8 +30,7 @@ std::string rich_reply(const std::string &file)
 }
 
 // Sends what is printed nowhere while it lives.
-class Quiet
-{
+class Quiet {
 public:
     Quiet() : out_(dup(STDOUT_FILENO)), err_(dup(STDERR_FILENO))
     {
@@ -71,9 +69,7 @@ bool read_and_print(const std::string &reply)
     return true;
 }
 
-class Mutations : public testing::TestWithParam<const char *>
-{
-};
+class Mutations : public testing::TestWithParam<const char *> {};
 
 } // namespace
 

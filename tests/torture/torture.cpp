@@ -13,8 +13,7 @@
 
 namespace fs = std::filesystem;
 
-namespace
-{
+namespace {
 
 size_t size_of(const Transcript &transcript)
 {

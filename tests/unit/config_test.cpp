@@ -10,8 +10,7 @@
 #include <set>
 #include <string>
 
-namespace
-{
+namespace {
 
 std::string hex(const void *bytes, size_t length)
 {
@@ -146,6 +145,7 @@ TEST(ConfigTree, Sizes)
     const std::string large = "ERROR: config value of 65536 bytes is too long (65535 at most) for ";
     EXPECT_EQ(load(array("radio", "", 256)), "4:00:00000100 ");
     EXPECT_EQ(load(array("radio", "", 257)), many + "'wtp_cfg.radio[]'.\n");
+    EXPECT_EQ(load(array("colour", "", 257)), ""); // no setting
 
     const std::string hosts = load(array("ac_list", "h", 255)), zeros(508, '0');
     EXPECT_TRUE(hosts.starts_with("90::6830" + zeros + "6831"));

@@ -8,8 +8,7 @@
 #include <gtest/gtest.h>
 #include <string>
 
-namespace
-{
+namespace {
 
 std::string mac(const std::string &text)
 {

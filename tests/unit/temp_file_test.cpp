@@ -15,8 +15,7 @@
 
 namespace fs = std::filesystem;
 
-namespace
-{
+namespace {
 
 // The digest as text; or the message, after a failure.
 std::string digest_of(const std::string &password)
@@ -29,8 +28,7 @@ std::string digest_of(const std::string &password)
     return status == 0 ? std::string(text, write_digest(text, digest)) : message;
 }
 
-class TempFiles : public testing::Test
-{
+class TempFiles : public testing::Test {
 protected:
     TempFiles()
     {

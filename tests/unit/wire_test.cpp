@@ -14,8 +14,7 @@
 #include <sys/resource.h>
 #include <vector>
 
-namespace
-{
+namespace {
 
 using testing::internal::CaptureStderr;
 using testing::internal::GetCapturedStderr;
@@ -119,6 +118,25 @@ TEST(ReplyReader, TextLengths)
     }
 }
 
+// Pieces of any size and order are apart from each other, aligned, and kept until the end.
+TEST(Arena, Pieces)
+{
+    Arena memory;
+    std::vector<std::pair<char *, size_t>> pieces;
+    for (const size_t size : {1u, 7u, 40000u, 2u << 20, 2500000u, 3u, 32740u, 5000000u, 65500u, 1u})
+        for (const size_t alignment : {1u, 8u}) {
+            auto *piece = static_cast<char *>(memory.allocate(size, alignment));
+            ASSERT_NE(piece, nullptr) << size;
+            ASSERT_EQ(reinterpret_cast<uintptr_t>(piece) % alignment, 0u);
+            memset(piece, static_cast<char>(pieces.size()), size);
+            pieces.emplace_back(piece, size);
+        }
+    for (size_t i = 0; i < pieces.size(); i++)
+        EXPECT_EQ(
+            std::count(pieces[i].first, pieces[i].first + pieces[i].second, static_cast<char>(i)),
+            static_cast<ptrdiff_t>(pieces[i].second));
+}
+
 int read_list(const std::string &reply, WtpList &list)
 {
     Pieces source(reply, reply.size());
@@ -177,7 +195,7 @@ TEST(Records, HostileCounts)
 {
     CaptureStderr();
     for (const std::string &rich : {replies("wtps_ap.txt")[0], replies("wtps_switch.txt")[0]})
-        for (const uint32_t count : {1u << 22, 0x7FFFFFFFu, 0xFFFFFFFFu})
+        for (const uint32_t count : {40000u, 1u << 22, 0x7FFFFFFFu, 0xFFFFFFFFu})
             for (size_t at = 1; at + 4 <= rich.size(); at++) {
                 std::string reply = rich;
                 reply.replace(at, 4, wire_bytes(count));

@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: MIT
+// What the kinds of tables have in common: an array with its length, whose items come into being
+// one by one as they are appended.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <new>
+
+template <class Item> class Rows {
+public:
+    // Adds a default item at the end, within the room that was made, and returns it.
+    Item &append() { return *new (&items_[size_++]) Item(); }
+
+    uint32_t size() const { return size_; }
+    bool empty() const { return size_ == 0; }
+    Item &operator[](size_t i) { return items_[i]; }
+    const Item &operator[](size_t i) const { return items_[i]; }
+    Item *begin() { return items_; }
+    Item *end() { return items_ + size_; }
+    const Item *begin() const { return items_; }
+    const Item *end() const { return items_ + size_; }
+
+protected:
+    Item *items_ = nullptr;
+    uint32_t size_ = 0;
+};
