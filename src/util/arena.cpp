@@ -12,14 +12,11 @@
 //
 // Where faults are looked for, every piece is a chunk of its own.
 #ifdef ZOV_SEPARATE_ALLOCATIONS
-enum : size_t { CHUNK_FIRST = 1, CHUNK_MAX = 1, HUGE_PAGE = SIZE_MAX / 2 + 1 };
+enum : size_t { CHUNK_FIRST = 1, CHUNK_MAX = 1 };
 #else
-enum : size_t {
-    CHUNK_FIRST = size_t{32} << 10,
-    CHUNK_MAX = size_t{4} << 20,
-    HUGE_PAGE = size_t{2} << 20
-};
+enum : size_t { CHUNK_FIRST = size_t{32} << 10, CHUNK_MAX = size_t{4} << 20 };
 #endif
+enum : size_t { HUGE_PAGE = size_t{2} << 20 };
 
 struct alignas(std::max_align_t) Arena::Chunk {
     Chunk *older;
@@ -27,10 +24,8 @@ struct alignas(std::max_align_t) Arena::Chunk {
     char *memory() { return reinterpret_cast<char *>(this + 1); }
 };
 
-static void *allocate_chunk(size_t size)
+static void *allocate_huge_pages(size_t size)
 {
-    if (size < HUGE_PAGE || size > CHUNK_MAX)
-        return malloc(size);
     void *chunk = aligned_alloc(HUGE_PAGE, size);
     if (chunk != nullptr)
         madvise(chunk, size, MADV_HUGEPAGE);
@@ -45,9 +40,11 @@ void *Arena::allocate_in_new_chunk(size_t size)
     const size_t total = alone ? sizeof(Chunk) + size : grown;
     if (total < size)
         return nullptr;
-    auto *chunk = static_cast<Chunk *>(allocate_chunk(total));
-    if (chunk == nullptr)
+    const bool huge = !alone && total >= HUGE_PAGE;
+    void *room = huge ? allocate_huge_pages(total) : malloc(total);
+    if (room == nullptr)
         return nullptr;
+    auto *chunk = static_cast<Chunk *>(room);
     chunk->older = chunks_;
     chunks_ = chunk;
     if (!alone) {

@@ -151,7 +151,7 @@ std::string serve(Fd &client, const Transcript &transcript, const PlayOptions &o
     setsockopt(client.fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     send_bytes(client.fd, transcript.handshake, false);
     for (const Step &step : transcript.steps) {
-        if (step.kind == Step::close) {
+        if (step.kind == Step::hang_up) {
             client.reset();
             return "";
         }

@@ -167,7 +167,7 @@ void parse_line(const std::string &line, Transcript &transcript, Names &names)
         break;
     case '<':
         if (line == "< close")
-            transcript.steps.push_back({Step::close, ""});
+            transcript.steps.push_back({Step::hang_up, ""});
         else
             transcript.steps.push_back({Step::reply, parse_bytes(line, 1, names)});
         break;

@@ -6,7 +6,7 @@
 #include <vector>
 
 struct Step {
-    enum Kind { expect, reply, close } kind;
+    enum Kind { expect, reply, hang_up } kind;
     std::string bytes;
 };
 

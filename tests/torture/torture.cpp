@@ -197,7 +197,7 @@ TEST(Torture, RepliesCutAtAnyByte)
             for (size_t cut = 0; cut < size; cut += std::max<size_t>(1, size / 100)) {
                 transcript.steps.assign(steps.begin(), steps.begin() + static_cast<long>(s));
                 transcript.steps.push_back({Step::reply, steps[s].bytes.substr(0, cut)});
-                transcript.steps.push_back({Step::close, ""});
+                transcript.steps.push_back({Step::hang_up, ""});
                 bool met = false;
                 const Outcome outcome = play_with(transcript, {}, met);
                 EXPECT_EQ(outcome.status, 1) << cut;
