@@ -36,6 +36,7 @@ public:
         EXPECT_EQ(outcome.err, transcript_.err);
         EXPECT_EQ(outcome.status, transcript_.status);
         EXPECT_EQ(outcome.complaint, "");
+        EXPECT_TRUE(outcome.left_behind.empty());
     }
 
 private:

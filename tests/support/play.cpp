@@ -2,6 +2,7 @@
 #include "support/transcript.h"
 
 #include <arpa/inet.h>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -9,7 +10,6 @@
 #include <netinet/tcp.h>
 #include <poll.h>
 #include <stdexcept>
-#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -177,6 +177,20 @@ std::string read_file(const std::string &path)
     return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
+// The temporary files that a run of zov with this process id may have forgotten.
+std::vector<std::string> left_behind(pid_t pid)
+{
+    char hexadecimal[16];
+    snprintf(hexadecimal, sizeof hexadecimal, "%x", static_cast<unsigned>(pid));
+    std::vector<std::string> names;
+    for (const std::string &name :
+         {"/tmp/zov.ps." + std::to_string(pid), std::string("/tmp/zov.") + hexadecimal + ".pwd.tmp",
+          std::string("/tmp/zov.") + hexadecimal + ".md5.tmp"})
+        if (fs::exists(fs::symlink_status(name)))
+            names.push_back(name);
+    return names;
+}
+
 } // namespace
 
 Outcome play(const Transcript &transcript, const PlayOptions &options)
@@ -204,10 +218,9 @@ Outcome play(const Transcript &transcript, const PlayOptions &options)
             outcome.complaint = "no client came";
     }
     int status = 0;
-    rusage usage = {};
-    wait4(child, &status, 0, &usage);
+    waitpid(child, &status, 0);
     outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    outcome.max_rss_kib = usage.ru_maxrss;
+    outcome.left_behind = left_behind(child);
     outcome.out = read_file(folder.path + "/out");
     outcome.err = read_file(folder.path + "/err");
     return outcome;

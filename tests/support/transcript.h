@@ -35,10 +35,10 @@ struct PlayOptions {
 
 struct Outcome {
     std::string out, err;
-    int status = -1;       // exit status, or 128 + signal
-    std::string received;  // what the controller received
-    std::string complaint; // what the controller had to complain about, or empty
-    long max_rss_kib = 0;
+    int status = -1;                      // exit status, or 128 + signal
+    std::string received;                 // what the controller received
+    std::string complaint;                // what the controller had to complain about, or empty
+    std::vector<std::string> left_behind; // temporary files of the run that are still there
 };
 
 // Runs zov in a new folder with the transcript's files, playing the controller.

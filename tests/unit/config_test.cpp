@@ -10,9 +10,7 @@
 #include <set>
 #include <string>
 
-namespace {
-
-std::string hex(const void *bytes, size_t length)
+static std::string hex(const void *bytes, size_t length)
 {
     std::string text;
     for (size_t i = 0; i < length; i++) {
@@ -24,7 +22,7 @@ std::string hex(const void *bytes, size_t length)
 }
 
 // "type:index:value" for each item.
-std::string show(const TlvBuffer &buffer)
+static std::string show(const TlvBuffer &buffer)
 {
     std::string text;
     for (const TlvItem *item = buffer.first; item != nullptr; item = item->next)
@@ -54,32 +52,27 @@ TEST(TlvBuffer, Items)
 
 TEST(ConfigKeys, Invariants)
 {
-    const struct {
-        DeviceKind kind;
-        size_t rows;
-        std::set<int> array_ids; // in the gaps of the table
-    } tables[] = {{DEVICE_SWITCH, 41, {8, 13, 24, 38}}, {DEVICE_ACCESS_POINT, 162, {4, 17, 93}}};
-    for (const auto &table : tables) {
-        const ConfigKey *keys = config_keys(table.kind);
-        std::set<int> ids = table.array_ids;
+    for (const DeviceKind kind : {DEVICE_SWITCH, DEVICE_ACCESS_POINT}) {
+        std::set<int> ids = {4, 17, 93}; // those of arrays are in no row
+        if (kind == DEVICE_SWITCH)
+            ids = {8, 13, 24, 38};
         std::set<std::string> paths;
+        const ConfigKey *keys = config_keys(kind);
         for (const ConfigKey *key = keys; !key->path.empty(); key++) {
-            SCOPED_TRACE(key->path);
             const bool number = key->form == FORM_U32 || key->form == FORM_U16;
-            EXPECT_TRUE(ids.insert(key->id).second);
-            EXPECT_TRUE(paths.emplace(key->path).second);
-            EXPECT_EQ(key->kind, number ? json_integer : json_string);
-            EXPECT_TRUE(key->min <= key->max || (!number && key->max == -1));
+            EXPECT_TRUE(ids.insert(key->id).second && paths.emplace(key->path).second) << key->id;
+            EXPECT_EQ(key->kind, number ? json_integer : json_string) << key->id;
+            EXPECT_TRUE(key->min <= key->max || (!number && key->max == -1)) << key->id;
             EXPECT_EQ(config_key_find(keys, std::string(key->path)), key);
         }
-        EXPECT_EQ(paths.size(), table.rows);
+        EXPECT_EQ(paths.size(), kind == DEVICE_SWITCH ? 41u : 162u);
         for (const char *path : {"", "wtp_cfg", "wtp_cfg.nam", "wtp_cfg.name2", "wtp_cfg.Name"})
             EXPECT_EQ(config_key_find(keys, path), nullptr) << path;
     }
 }
 
 // What a file's members below wtp_cfg become for an access point: items, or the message.
-std::string load(const std::string &members)
+static std::string load(const std::string &members)
 {
     const std::string json = "{\"wtp_cfg\":{" + members + "}}";
     const std::unique_ptr<json_value, void (*)(json_value *)> root(
@@ -102,8 +95,10 @@ TEST(ConfigTree, IndexKeysAndMembersNamedLikeElements)
          "63::00000001 64::00000000 67::00000001 1::62 4:02:00000000 "},
         {R"("radio":[{"wlan":[{"ssid":"x"},{"vlan":5}]},{"wlan":[]}])",
          "4:00:00000002 17:0000:00000002 19:0000:78 23:0001:00000005 17:0101:00000000 "},
+        // A member named like a list's element is in no list; a list whose last element is no text
+        // makes no item.
         {R"("ac_list[]":"x")", invalid + "'x' for 'wtp_cfg.ac_list[]'.\n"},
-        // No item without a last element that is a text; nothing outside the list.
+        {R"("ac_list":["a",{"x":1}],"ac_list[]":"x")", invalid + "'x' for 'wtp_cfg.ac_list[]'.\n"},
         {R"("radio":[{"wlan":[{"acl":{"mac":["2:0:0:0:0:1",{"x":1}],"mac[]":"2:0:0:0:0:2"}}]}])",
          "4:00:00000001 17:0000:00000001 "},
         {R"("radio":[{"wlan":[{"acl":{"mac":[{"x":1}]}},{"acl":{"mac[]":"2:0:0:0:0:1"}}]}])",
@@ -128,7 +123,7 @@ TEST(ConfigTree, DataRates)
 }
 
 // An array of `count` texts that are hexadecimal numbers behind a prefix.
-std::string array(const std::string &member, const std::string &prefix, unsigned count)
+static std::string array(const std::string &member, const std::string &prefix, unsigned count)
 {
     std::string text = "\"" + member + "\":[";
     for (unsigned i = 0; i < count; i++) {
@@ -150,14 +145,12 @@ TEST(ConfigTree, Sizes)
     const std::string hosts = load(array("ac_list", "h", 255)), zeros(508, '0');
     EXPECT_TRUE(hosts.starts_with("90::6830" + zeros + "6831"));
     EXPECT_TRUE(hosts.ends_with("686665" + zeros.substr(2) + " "));
-    EXPECT_EQ(hosts.size(), 4 + 255 * 512 + 1u);
     EXPECT_EQ(load(array("ac_list", "h", 256)), large + "'wtp_cfg.ac_list[]'.\n");
     EXPECT_EQ(load(array("ac_list", "h", 257)), many + "'wtp_cfg.ac_list[]'.\n");
 
     const std::string wlan = "\"radio\":[{\"wlan\":[{", counts = "4:00:00000001 17:0000:00000001 ";
     const std::string macs = load(wlan + array("l2macWlist", "2:0:0:0:0:", 256) + "}]}]");
-    EXPECT_TRUE(macs.ends_with("0200000000fe0200000000ff "));
-    EXPECT_EQ(macs.size(), counts.size() + 9 + 256 * 12 + 1);
+    EXPECT_TRUE(macs.ends_with("0200000000fe0200000000ff ")) << macs;
     const std::string text = wlan + "\"hotspot20\":\"" + std::string(65535, 'n');
     EXPECT_EQ(load(text + "\"}]}]").size(), counts.size() + 9 + 2 * 65535 + 1);
     EXPECT_EQ(load(text + "n\"}]}]"), large + "'wtp_cfg.radio[].wlan[].hotspot20'.\n");
@@ -169,5 +162,3 @@ TEST(ConfigTree, Sizes)
     EXPECT_EQ(load(member + "\":[1]"), error + "[]' is too long.\n");
     EXPECT_EQ(load(member + "\":{\"x\":1}"), error + ".x' is too long.\n");
 }
-
-} // namespace

@@ -8,15 +8,13 @@
 #include <gtest/gtest.h>
 #include <string>
 
-namespace {
-
-std::string mac(const std::string &text)
+static std::string mac(const std::string &text)
 {
     Mac mac;
     return parse_mac(text.c_str(), mac) ? mac_to_text(mac) : "";
 }
 
-std::string macs(const std::string &text)
+static std::string macs(const std::string &text)
 {
     MacList list;
     EXPECT_TRUE(parse_mac_list("2:2:2:2:2:77", list)); // must not show
@@ -26,7 +24,7 @@ std::string macs(const std::string &text)
     return joined;
 }
 
-std::string dotted(bool good, const Ipv4 *addr, int count)
+static std::string dotted(bool good, const Ipv4 *addr, int count)
 {
     std::string text;
     for (int i = 0; i < count && good; i++) {
@@ -36,13 +34,13 @@ std::string dotted(bool good, const Ipv4 *addr, int count)
     return text;
 }
 
-std::string three(const std::string &text)
+static std::string three(const std::string &text)
 {
     Ipv4 a[3];
     return dotted(parse_ip_settings(text.c_str(), a[0], a[1], a[2]), a, 3);
 }
 
-std::string five(const std::string &text)
+static std::string five(const std::string &text)
 {
     Ipv4 a[5];
     return dotted(parse_ip_dns_settings(text.c_str(), a[0], a[1], a[2], a[3], a[4]), a, 5);
@@ -144,5 +142,3 @@ TEST(Parsers, IpDnsSettings)
                                   "191.255.3.4", "255.1.1.1", "255.255.255.255", "8.8.8.256"})
         EXPECT_EQ(five(gw + "/" + bad) + five(gw + "/8.8.8.8/" + bad), "") << bad;
 }
-
-} // namespace

@@ -15,10 +15,8 @@
 
 namespace fs = std::filesystem;
 
-namespace {
-
 // The digest as text; or the message, after a failure.
-std::string digest_of(const std::string &password)
+static std::string digest_of(const std::string &password)
 {
     Md5Digest digest;
     char text[DIGEST_TEXT_ROOM];
@@ -52,7 +50,7 @@ protected:
 };
 
 // Computed with Python: hashlib.md5(password + b"\n").hexdigest().
-const std::string PASSWORDS[][2] = {
+static const std::string PASSWORDS[][2] = {
     {"it's $HOME `id` \"x\"", "8d3c2cd00eada4249750294360e5eba7"},
     {"\\n\\\\ %s;|&<>", "0f5b88042b898ee8fee844e2bf6b9e83"},
     {"-n", "66306084bf4c5d085369d7c20346fbee"},
@@ -77,19 +75,18 @@ TEST_F(TempFiles, DigestsWhateverHasTheNames)
 
 TEST_F(TempFiles, FailingMd5sum)
 {
-    const std::string path = getenv("PATH"), program = folder_ + "/md5sum";
+    const std::string path = getenv("PATH"), command = "md5sum " + names_[0] + " > " + names_[1];
     const std::string cases[][2] = {
-        {"exit 1", "ERROR: execute 'md5sum " + names_[0] + " > " + names_[1] + "' error=256\n"},
+        {"exit 1", "ERROR: execute '" + command + "' error=256\n"},
         {"echo 0123456789abcdef0123456789abcd", "ERROR: read '" + names_[1] + "' failed.\n"},
     };
+    setenv("PATH", folder_.c_str(), 1);
     for (const auto &[script, message] : cases) {
-        std::ofstream(program) << "#!/bin/sh\n" << script << "\n";
-        fs::permissions(program, fs::perms::owner_all);
-        setenv("PATH", folder_.c_str(), 1);
-        const std::string got = digest_of("secret");
-        setenv("PATH", path.c_str(), 1);
-        EXPECT_EQ(got, message);
+        std::ofstream(folder_ + "/md5sum") << "#!/bin/sh\n" << script << "\n";
+        fs::permissions(folder_ + "/md5sum", fs::perms::owner_all);
+        EXPECT_EQ(digest_of("secret"), message);
     }
+    setenv("PATH", path.c_str(), 1);
 }
 
 TEST_F(TempFiles, AreOursAlone)
@@ -104,5 +101,3 @@ TEST_F(TempFiles, AreOursAlone)
     fs::create_symlink(victim_, names_[0]);
     EXPECT_FALSE(file.write("secret", 6));
 }
-
-} // namespace
