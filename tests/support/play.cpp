@@ -2,6 +2,7 @@
 #include "support/transcript.h"
 
 #include <arpa/inet.h>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -101,6 +102,20 @@ int wait_for_client(int listener, pid_t child)
             return -1;
     }
     return -1;
+}
+
+// Waits for the program to end, and ends it when it does not. Returns its wait status.
+int wait_for_end(pid_t child)
+{
+    int status = 0;
+    for (int waited = 0; waited < PATIENCE_MS; waited++) {
+        if (waitpid(child, &status, WNOHANG) == child)
+            return status;
+        usleep(1000);
+    }
+    kill(child, SIGKILL);
+    waitpid(child, &status, 0);
+    return status;
 }
 
 std::string receive(int client, size_t length)
@@ -217,8 +232,7 @@ Outcome play(const Transcript &transcript, const PlayOptions &options)
         else
             outcome.complaint = "no client came";
     }
-    int status = 0;
-    waitpid(child, &status, 0);
+    const int status = wait_for_end(child);
     outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     outcome.left_behind = left_behind(child);
     outcome.out = read_file(folder.path + "/out");

