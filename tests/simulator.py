@@ -39,7 +39,7 @@ def key_table(kind):
 class Controller:
     def __init__(self, *options):
         self.process = subprocess.Popen([AC_SIM, "--port", "0", *options], stdout=subprocess.PIPE,
-                                        text=True)
+                                        stderr=subprocess.DEVNULL, text=True)
         self.port = self.process.stdout.readline().strip().rsplit(":", 1)[1]
 
     def __enter__(self):
@@ -299,6 +299,18 @@ class Service(unittest.TestCase):
         with Controller("--result", f"{AP}=10") as controller:
             self.assertEqual(controller.run("rst", "--mac", f"{AP},{SWITCH}"),
                              (1, "", f"ERROR: Device {AP.lower()} is busy.\n"))
+
+    def test_requests_that_do_not_fit_are_refused_whole(self):
+        macs = ",".join(":".join(f"{digit:x}" for digit in (2, *(n >> shift & 15 for shift in (12, 8, 4, 0)), 1))
+                        for n in range(10922))
+        with Controller("--verbose") as controller:
+            for command, length in ((["sh", "--mac", AP, "--cmd", "x" * 66000], 66015),
+                                    (["rst", "--mac", macs], 65540)):
+                self.assertEqual(controller.run(*command), (1, "", f"ERROR: Request of {length} bytes is too "
+                                                            "long, at most 65535 fit.\n"))
+            # Three bytes fewer fit: every device answers.
+            status, _, err = controller.run("scan", "--radio", "2g", "--mac", macs)
+            self.assertEqual((status, err.count("was not found")), (1, 10922))
 
     def test_ends_on_request_and_takes_its_pid_file_along(self):
         with tempfile.TemporaryDirectory() as folder:
