@@ -217,6 +217,7 @@ void Controller::add(Connection &client)
         if (device == nullptr) {
             fleet_.push_back(make_absent_device(mac));
             device = fleet_.back().get();
+            device->started = time(nullptr);
         }
         device->record.managed = 1;
         if (!items.items.empty())

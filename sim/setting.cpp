@@ -10,17 +10,18 @@
 
 namespace {
 
-template <class Row> void resize(Arena &memory, ArenaTable<Row> &table, size_t count)
+template <class Row> bool resize(Arena &memory, ArenaTable<Row> &table, size_t count)
 {
     ArenaTable<Row> resized;
     if (!resized.reserve(memory, count))
-        return;
+        return false;
     for (size_t i = 0; i < count; i++) {
         Row &row = resized.append();
         if (i < table.size())
             row = table[i];
     }
     table = resized;
+    return true;
 }
 
 // The visitor of the configuration's layout that sets one field: the one whose name is the rest of
@@ -68,8 +69,8 @@ private:
             fits_ = false;
             return;
         }
-        if (position() >= table.size())
-            resize(memory_, table, position() + 1);
+        if (position() >= table.size() && !resize(memory_, table, position() + 1))
+            return;
         Setter inner(memory_, rest, index_.substr(1), value_);
         lay_out(inner, table[position()]);
         done_ = inner.done_;
@@ -81,8 +82,10 @@ private:
     {
         done_ = true;
         if constexpr (std::is_same_v<Row, Mac> || std::is_same_v<Row, HostSlot>) {
-            fits_ = value_.size() % sizeof(Row) == 0;
-            resize(memory_, table, value_.size() / sizeof(Row));
+            fits_ = value_.size() % sizeof(Row) == 0 &&
+                    resize(memory_, table, value_.size() / sizeof(Row));
+            if (!fits_)
+                return;
             for (Row &row : table)
                 memcpy(static_cast<void *>(&row),
                        value_.data() + static_cast<size_t>(&row - table.begin()) * sizeof row,

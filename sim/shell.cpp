@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "shell.h"
 
+#include <algorithm>
 #include <ctime>
 
 std::string canned_output(const Device &device, const std::string &command, uint8_t type)
@@ -9,7 +10,7 @@ std::string canned_output(const Device &device, const std::string &command, uint
     const WtpRecord &wtp = device.record;
     std::string out;
     if (command == "uptime")
-        out = "up " + std::to_string((time(nullptr) - device.started) / 60) +
+        out = "up " + std::to_string(std::max<time_t>(0, time(nullptr) - device.started) / 60) +
               " min, load average: 0.08, 0.03, 0.01\n";
     else if (command == "uname -a")
         out = std::string("Linux ") + wtp.name.c_str() + " 5.10.0 armv7l GNU/Linux\n";

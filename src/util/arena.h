@@ -95,9 +95,11 @@ public:
     bool reserve(Arena &memory, size_t count)
     {
         size_ = 0;
-        items_ = count > PTRDIFF_MAX / sizeof(Item)
-                     ? nullptr
-                     : static_cast<Item *>(memory.allocate(count * sizeof(Item), alignof(Item)));
+        items_ = nullptr;
+        if (count == 0)
+            return true;
+        if (count <= PTRDIFF_MAX / sizeof(Item))
+            items_ = static_cast<Item *>(memory.allocate(count * sizeof(Item), alignof(Item)));
         return items_ != nullptr;
     }
 

@@ -5,9 +5,11 @@
 #include "proto/byte_order.h"
 #include "proto/reply_reader.h"
 #include "report/wtp_request.h"
+#include "util/arena.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <ctime>
 #include <gtest/gtest.h>
 #include <string>
@@ -118,17 +120,21 @@ TEST(ReplyReader, TextLengths)
 // Pieces of memory are apart from each other, whatever their sizes, and aligned.
 TEST(Arena, Pieces)
 {
+    const size_t large[] = {40000, 2 << 20, 2500000, 32740, 5000000, 65500};
     Arena memory;
     std::vector<std::pair<char *, size_t>> pieces;
-    for (const size_t size :
-         {1u, 7u, 40000u, 2u << 20, 2500000u, 3u, 32740u, 5000000u, 65500u, 9u}) {
+    for (size_t i = 0; i < 12000; i++) {
+        const size_t size = i % 1000 == 0 ? large[i / 1000 % 6] : i % 13 + 1;
         auto *piece = static_cast<char *>(memory.allocate(size, 8));
         ASSERT_TRUE(piece != nullptr && reinterpret_cast<uintptr_t>(piece) % 8 == 0) << size;
-        memset(piece, static_cast<char>(size), size);
+        memset(piece, static_cast<char>(i), size);
         pieces.emplace_back(piece, size);
     }
-    for (const auto &[piece, size] : pieces)
-        EXPECT_EQ(std::count(piece, piece + size, static_cast<char>(size)), ptrdiff_t(size));
+    for (size_t i = 0; i < pieces.size(); i++) {
+        const auto &[piece, size] = pieces[i];
+        ASSERT_TRUE(
+            std::all_of(piece, piece + size, [=](char c) { return c == static_cast<char>(i); }));
+    }
 }
 
 static int read_list(const std::string &reply, WtpList &list)
