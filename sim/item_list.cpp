@@ -84,7 +84,7 @@ ConfigRequest parse_config_request(std::string_view body)
 static std::string apply_all(const ItemList &list, DeviceKind kind, WtpCfg &cfg, Arena &memory)
 {
     for (const Item &item : list.items) {
-        const std::string wrong = apply_item(item, kind, cfg, memory);
+        std::string wrong = apply_item(item, kind, cfg, memory);
         if (!wrong.empty())
             return wrong;
     }
@@ -95,7 +95,7 @@ std::string apply_items(const ItemList &list, DeviceKind kind, WtpCfg &cfg, Aren
 {
     WtpCfg trial;
     Arena trial_memory;
-    const std::string wrong = apply_all(list, kind, trial, trial_memory);
+    std::string wrong = apply_all(list, kind, trial, trial_memory);
     return wrong.empty() ? apply_all(list, kind, cfg, memory) : wrong;
 }
 
