@@ -9,7 +9,6 @@
 // Those that a program has to name; print_result_code knows more.
 enum ResultCode : uint8_t {
     RESULT_SUCCESS = 0,
-    RESULT_OUT_OF_MEMORY = 2,
     RESULT_INVALID_ARGUMENT = 3,
     RESULT_NO_IMAGE = 5,
     RESULT_NOT_FOUND = 6,

@@ -9,7 +9,6 @@
 #include <cstdlib>
 #include <memory>
 #include <new>
-#include <type_traits>
 #include <utility>
 
 // The array is allocated once, at its announced length, and its items come into being one by one as
