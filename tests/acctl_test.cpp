@@ -118,6 +118,12 @@ TEST_F(ProcessControl, KillReportsACommandThatFails)
     EXPECT_TRUE(outcome.err.starts_with("ERROR: execute 'ps x > /tmp/zov.ps."));
     EXPECT_TRUE(outcome.err.ends_with("' error=768\n")) << outcome.err;
 
+    fake_ps("rm \"$(readlink /proc/$$/fd/1)\"\n"); // the list itself
+    outcome = run("kill");
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_TRUE(outcome.err.starts_with("open /tmp/zov.ps.") && outcome.err.ends_with(" failed\n"))
+        << outcome.err;
+
     fake_ps("echo ' 99999999 ?  Ss  0:00 /usr/sbin/ac -d'\n"); // above the largest process id
     outcome = run("kill");
     EXPECT_EQ(outcome.status, 1);

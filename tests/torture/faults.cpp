@@ -4,6 +4,8 @@
 //     FAULT_ALLOC=N       the Nth allocation fails
 //     FAULT_SEND=N        the Nth send fails with FAULT_ERRNO (a number)
 //     FAULT_RECV=N        likewise a receive
+//     FAULT_SOCKET=1      no socket can be had
+//     FAULT_CLOSE=1       every close reports an error
 //     FAULT_ONE_BYTE=1    every transfer moves one byte
 //     FAULT_EINTR=1       every second transfer is interrupted before it moves anything
 //     FAULT_TIMER=1       a signal every 100 microseconds from the first transfer on
@@ -19,11 +21,15 @@
 extern "C" {
 void *__real_malloc(size_t size);
 void *__real_realloc(void *old, size_t size);
+int __real_socket(int domain, int type, int protocol);
+int __real_close(int fd);
 ssize_t __real_send(int socket, const void *bytes, size_t length, int flags);
 ssize_t __real_recv(int socket, void *bytes, size_t length, int flags);
 
 void *__wrap_malloc(size_t size);
 void *__wrap_realloc(void *old, size_t size);
+int __wrap_socket(int domain, int type, int protocol);
+int __wrap_close(int fd);
 ssize_t __wrap_send(int socket, const void *bytes, size_t length, int flags);
 ssize_t __wrap_recv(int socket, void *bytes, size_t length, int flags);
 }
@@ -37,7 +43,7 @@ static long setting(const char *name)
 static bool met()
 {
     if (const char *log = getenv("FAULT_LOG"))
-        close(open(log, O_CREAT | O_WRONLY, 0600));
+        __real_close(open(log, O_CREAT | O_WRONLY, 0600));
     return true;
 }
 
@@ -55,6 +61,23 @@ void *__wrap_malloc(size_t size)
 void *__wrap_realloc(void *old, size_t size)
 {
     return allocation_fails() ? nullptr : __real_realloc(old, size);
+}
+
+int __wrap_socket(int domain, int type, int protocol)
+{
+    if (setting("FAULT_SOCKET") == 0 || !met())
+        return __real_socket(domain, type, protocol);
+    errno = EMFILE;
+    return -1;
+}
+
+int __wrap_close(int fd)
+{
+    if (setting("FAULT_CLOSE") == 0 || !met())
+        return __real_close(fd);
+    __real_close(fd);
+    errno = EIO;
+    return -1;
 }
 
 static void start_timer()

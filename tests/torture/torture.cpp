@@ -168,6 +168,24 @@ TEST(Torture, EveryTransferFailsInTurn)
             }
 }
 
+TEST(Torture, NoSocketAndAFailingClose)
+{
+    Transcript transcript;
+    transcript.words = {"online"};
+    transcript.steps = {{Step::expect, std::string("\1\0\0\0\7\0\0", 7)}, {Step::reply, "\1"}};
+    bool met = false;
+    Outcome outcome = play_with(transcript, {"FAULT_SOCKET=1"}, met);
+    EXPECT_TRUE(met);
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.err, "ERROR: create socket failed.\n");
+
+    outcome = play_with(transcript, {"FAULT_CLOSE=1"}, met);
+    EXPECT_TRUE(met);
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.out, "online WTP: 0/0\n");
+    EXPECT_EQ(outcome.err, "ERROR: : Input/output error\n");
+}
+
 TEST(Torture, InterruptionsAndShortCountsChangeNothing)
 {
     for (const Transcript &transcript : cases())
