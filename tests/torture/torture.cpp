@@ -111,6 +111,7 @@ bool is_one_line_about_memory(const std::string &err)
 TEST(Torture, EveryAllocationFailsInTurn)
 {
     unsigned failures = 0;
+    std::set<std::string> messages;
     for (const Transcript &transcript : cases()) {
         SCOPED_TRACE(name_of(transcript));
         bool met = true;
@@ -122,6 +123,7 @@ TEST(Torture, EveryAllocationFailsInTurn)
                 break;
             }
             failures++;
+            messages.insert(outcome.err.substr(0, outcome.err.find('=')));
             EXPECT_EQ(outcome.received.back(), '\0') << "no goodbye after allocation " << n;
             // A text that cannot be escaped is shown as an empty one.
             if (outcome.status == 0 && has_word(transcript, "--json")) {
@@ -139,6 +141,10 @@ TEST(Torture, EveryAllocationFailsInTurn)
         }
     }
     EXPECT_GT(failures, 300U);
+    // The tables of a switch's topology have messages of their own.
+    EXPECT_TRUE(messages.contains("ERROR: Out of memory(switchTopoDevCount)\n"));
+    EXPECT_TRUE(messages.contains("ERROR: Out of memory(linkCount"));
+    EXPECT_TRUE(messages.contains("ERROR: Out of memory.\n"));
 }
 
 TEST(Torture, EveryTransferFailsInTurn)
