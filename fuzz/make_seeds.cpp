@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <stdexcept>
 
 namespace fs = std::filesystem;
 
@@ -14,7 +15,9 @@ static void write(const fs::path &folder, const std::string &content)
 {
     static int number = 0;
     fs::create_directories(folder);
-    std::ofstream(folder / std::to_string(number++), std::ios::binary) << content;
+    std::ofstream file(folder / std::to_string(number++), std::ios::binary);
+    if (!(file << content).flush())
+        throw std::runtime_error("cannot write to " + folder.string());
 }
 
 int main(int argc, char **argv)

@@ -5,9 +5,11 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -135,6 +137,9 @@ TEST_F(ProcessControl, ExitEndsTheProcessOfThePidFile)
 {
     if (geteuid() != 0)
         GTEST_SKIP() << "only root can write " << PID_FILE;
+    // The file is the machine's: one test at a time, whichever build it is of.
+    const int lock = open("/var/run", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    ASSERT_EQ(flock(lock, LOCK_EX), 0);
     const std::string saved = folder_ + "/saved.pid";
     if (fs::exists(PID_FILE))
         fs::rename(PID_FILE, saved);
@@ -144,6 +149,7 @@ TEST_F(ProcessControl, ExitEndsTheProcessOfThePidFile)
     EXPECT_EQ(victim_ended_by(true), SIGTERM);
     fs::remove(PID_FILE);
     EXPECT_EQ(run("exit").status, 1);
+    close(lock);
 
     if (fs::exists(saved))
         fs::rename(saved, PID_FILE);

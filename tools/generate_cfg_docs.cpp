@@ -9,11 +9,13 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iostream>
 #include <set>
 #include <string>
 #include <string_view>
 #include <vector>
 
+using std::cout;
 using std::string;
 using std::string_view;
 
@@ -40,7 +42,7 @@ struct Node {
 static void put(const auto &...texts)
 {
     for (const string_view text : {string_view(texts)...})
-        standard_output.put(text.data(), text.size());
+        cout << text;
 }
 
 // --- The tree of a key table ---------------------------------------------------------------------
@@ -394,6 +396,5 @@ int main(int argc, char **argv)
         print_manual(access_point, of_switch);
     else
         return fail("usage: generate_cfg_docs schema-ap|schema-switch|man\n");
-    standard_output.flush();
-    return 0;
+    return cout.flush() ? 0 : 1;
 }

@@ -2,14 +2,11 @@
 #include "acctl/exit.h"
 
 #include "cli/option_checks.h"
-#include "util/output.h"
-
-#include <cstdlib>
+#include "util/shell.h"
 
 int exit_command(AcSession &, const OptArgList &opts)
 {
     if (opts.count > 0)
         return unknown_option(opts.rows[0]);
-    standard_output.flush();
-    return system("kill `cat /var/run/ac.pid`") == 0 ? 0 : 1;
+    return run_shell("kill `cat /var/run/ac.pid`") == 0 ? 0 : 1;
 }

@@ -3,43 +3,45 @@
 #include "cli/command_table.h"
 #include "cli/options.h"
 #include "proto/session.h"
+#include "util/descriptors.h"
 #include "util/output.h"
 
 #include <cstdlib>
-#include <cstring>
 
 struct Settings {
     const char *address = "127.0.0.1";
     int port = 1235;
 };
 
-// Reports the option that getopt_long refused. It answers ':' for a missing argument (the option
-// string says so) with the option's code in optopt. With '?' optopt is the code of a long option
-// that takes no argument but was given one, the character of a single-dash option, or 0.
-static int refuse_option(int answer, char **argv)
+// Reports the option at `word` that getopt_long refused. It answers ':' for a missing argument (the
+// option string says so) with the option's code in optopt. With '?' optopt is the code of a long
+// option that takes no argument but was given one, the character of a single-dash option, or 0.
+static int refuse_option(int answer, const char *word)
 {
     if (answer == ':')
         return fail("ERROR: Option --%s requires an argument.\n", option_name(optopt));
-    if (optopt >= 0x20 && optopt <= 0x7E)
+    const bool is_long = word[1] == '-';
+    if (!is_long && optopt >= 0x20 && optopt <= 0x7E)
         return fail("ERROR: Unknown option -%c.\n", optopt);
-
-    const char *word = argv[optind - 1];
-    const bool is_long = strncmp(word, "--", 2) == 0;
-    const char *name = option_name(optopt);
-    if (optopt != 0 && is_long && strchr(word, '=') != nullptr && name != nullptr)
-        return fail("ERROR: Option --%s doesn't take an argument.\n", name);
-    // A single-dash word whose character is not its last is still the next one.
-    const bool is_short = word[0] == '-' && word[1] != '\0' && !is_long;
-    if (optopt != 0 && !is_short)
-        word = argv[optind];
+    if (is_long && optopt != 0)
+        return fail("ERROR: Option --%s doesn't take an argument.\n", option_name(optopt));
     return fail("ERROR: Unknown option `%s'.\n", word);
 }
 
+// The option string's "-" makes getopt_long hand over the words that are no options as well, each
+// with code 1 and no row, whatever POSIXLY_CORRECT says: so options count wherever they stand, and
+// the word that is read is always argv[optind]. The ":" tells a missing argument from an unknown
+// option.
 static int collect_options(int argc, char **argv, Settings &settings, OptArgList &opts)
 {
     opterr = 0;
+    optind = 2;
     for (;;) {
-        const int code = getopt_long(argc, argv, ":", OPTION_TABLE, nullptr);
+        const char *word = argv[optind]; // null at the end
+        int row = -1;
+        const int code = getopt_long(argc, argv, "-:", OPTION_TABLE, &row);
+        if (code == 1 && row < 0)
+            continue;
         switch (code) {
         case -1:
             return 0;
@@ -51,7 +53,7 @@ static int collect_options(int argc, char **argv, Settings &settings, OptArgList
             break;
         case ':':
         case '?':
-            return refuse_option(code, argv);
+            return refuse_option(code, word);
         default:
             if (opts.count == OPT_ARG_MAX)
                 return fail("ERROR: Too many arguments\n");
@@ -84,6 +86,8 @@ static int run(int argc, char **argv)
 
 int main(int argc, char **argv)
 {
+    if (occupy_standard_descriptors() != 0)
+        return 1;
     const int status = run(argc, argv);
     standard_output.flush();
     return status;

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "cli/options.h"
 
+#include <algorithm>
+#include <iterator>
+
 constexpr const option OPTION_TABLE[] = {
     {"file", required_argument, nullptr, OPT_FILE},
     {"ip", required_argument, nullptr, OPT_IP},
@@ -36,6 +39,10 @@ constexpr const option OPTION_TABLE[] = {
     {"flickreboot", no_argument, nullptr, OPT_FLICKREBOOT},
     {nullptr, 0, nullptr, 0},
 };
+
+// getopt_long answers with these characters for an option that it refuses.
+static_assert(std::none_of(std::begin(OPTION_TABLE), std::end(OPTION_TABLE),
+                           [](const option &row) { return row.val == ':' || row.val == '?'; }));
 
 const char *option_name(int code)
 {

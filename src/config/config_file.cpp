@@ -1,47 +1,74 @@
 // SPDX-License-Identifier: MIT
 #include "config/config_file.h"
 
+#include "config/config_value.h"
 #include "config/config_walk.h"
+#include "util/bytes.h"
 #include "util/output.h"
-#include "util/text.h"
 
-#include <climits>
 #include <cstdio>
 #include <memory>
+#include <sys/stat.h>
 
-// Reads the whole file; `text` stays absent when the file is empty.
-static int read_file(const char *name, Text &text, size_t &size)
+enum : size_t { STREAM_PIECE = 65536 };
+
+static int read_failed(const char *name)
 {
-    const std::unique_ptr<FILE, int (*)(FILE *)> file(fopen(name, "r"), fclose);
+    return fail("ERROR: read %s failed.\n", name);
+}
+
+static int read_sized(FILE *file, const char *name, size_t size, Bytes &text)
+{
+    uint8_t *place = text.reserve(size + 1); // the parser looks behind the end
+    if (place == nullptr)
+        return fail("ERROR: Out of memory.\n");
+    if (fread(place, 1, size, file) != size)
+        return read_failed(name);
+    text.advance(size);
+    return 0;
+}
+
+// Reads what cannot be sought, such as a pipe, to its end.
+static int read_stream(FILE *file, const char *name, Bytes &text)
+{
+    while (feof(file) == 0 && ferror(file) == 0) {
+        uint8_t *place = text.reserve(STREAM_PIECE);
+        if (place == nullptr)
+            return fail("ERROR: Out of memory.\n");
+        text.advance(fread(place, 1, STREAM_PIECE - 1, file));
+    }
+    return ferror(file) == 0 ? 0 : read_failed(name);
+}
+
+static int read_file(const char *name, Bytes &text)
+{
+    const std::unique_ptr<FILE, int (*)(FILE *)> file(fopen(name, "re"), fclose);
+    struct stat status;
     if (file == nullptr)
         return fail("ERROR: Open %s failed.\n", name);
-    fseek(file.get(), 0, SEEK_END);
-    const long end = ftell(file.get());
-    if (end == 0)
-        return 0;
-    if (end < 0 || end == LONG_MAX) // no regular file
-        return fail("ERROR: read %s failed.\n", name);
-    size = static_cast<size_t>(end);
-    if (text.allocate(size) == nullptr)
-        return fail("ERROR: Out of memory.\n");
+    if (fstat(fileno(file.get()), &status) != 0 || S_ISDIR(status.st_mode))
+        return read_failed(name);
+    if (fseek(file.get(), 0, SEEK_END) != 0)
+        return read_stream(file.get(), name, text);
+    const long size = ftell(file.get());
     rewind(file.get());
-    if (fread(text.data(), 1, size, file.get()) != size)
-        return fail("ERROR: read %s failed.\n", name);
-    return 0;
+    return size < 0 ? read_failed(name)
+                    : read_sized(file.get(), name, static_cast<size_t>(size), text);
 }
 
 int config_file_load(const char *name, DeviceKind kind, TlvBuffer &items)
 {
     std::unique_ptr<json_value, void (*)(json_value *)> root(nullptr, json_value_free);
     {
-        Text text;
-        size_t size = 0;
-        if (read_file(name, text, size) != 0)
+        Bytes text;
+        if (read_file(name, text) != 0)
             return 1;
-        if (text.absent())
+        if (text.size() == 0)
             return 0;
+        text.data()[text.size()] = '\0';
         json_settings settings = {};
-        root.reset(json_parse_ex(&settings, text.c_str(), size, nullptr));
+        root.reset(json_parse_ex(&settings, reinterpret_cast<const char *>(text.data()),
+                                 text.size(), nullptr));
     }
     if (root == nullptr)
         return fail("ERROR: Invalid config file %s.\n", name);
@@ -50,6 +77,7 @@ int config_file_load(const char *name, DeviceKind kind, TlvBuffer &items)
 
 int config_tree_load(const json_value &root, DeviceKind kind, TlvBuffer &items)
 {
-    ConfigWalk walk(kind, items);
-    return walk.visit(root);
+    JsonIterStack stack;
+    ConfigContext context(kind, items);
+    return json_walk(stack, root, config_value_handler, &context);
 }

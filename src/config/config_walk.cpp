@@ -5,18 +5,71 @@
 
 #include <cstring>
 
-int ConfigWalk::visit(const json_value &value)
+static void append_path(JsonIterStack &stack, std::string_view text)
 {
-    if (depth_ == DEPTH_MAX)
+    if (stack.path_length + text.size() <= sizeof stack.path)
+        memcpy(stack.path + stack.path_length, text.data(), text.size());
+    stack.path_length += text.size();
+}
+
+static int hand_over(const JsonIterStack &stack, const json_value &value, JsonHandler handler,
+                     void *context)
+{
+    if (stack.path_length > sizeof stack.path)
+        return 0;
+    return handler({stack.path, stack.path_length}, {stack.key, stack.key_length}, value, context);
+}
+
+static int walk_object(JsonIterStack &stack, const json_value &object, JsonHandler handler,
+                       void *context)
+{
+    const size_t length = stack.path_length;
+    if (object.u.object.length == 0)
+        return 1;
+    for (uint32_t i = 0; i < object.u.object.length; i++) {
+        const json_object_entry &member = object.u.object.values[i];
+        stack.index[stack.count - 1] = i;
+        append_path(stack, stack.count > 1 ? "." : "");
+        append_path(stack, {member.name, member.name_length});
+        if (json_walk(stack, *member.value, handler, context) != 0)
+            return 1;
+        stack.path_length = length;
+    }
+    return 0;
+}
+
+static int walk_array(JsonIterStack &stack, const json_value &array, JsonHandler handler,
+                      void *context)
+{
+    const size_t length = stack.path_length;
+    append_path(stack, "[]");
+    uint8_t &key_byte = stack.key[stack.key_length++];
+    key_byte = static_cast<uint8_t>(stack.index[stack.count - 1]);
+    if (hand_over(stack, array, handler, context) != 0)
+        return 1;
+    for (uint32_t i = 0; i < array.u.array.length; i++) {
+        stack.index[stack.count - 1] = i;
+        key_byte = static_cast<uint8_t>(i);
+        if (json_walk(stack, *array.u.array.values[i], handler, context) != 0)
+            return 1;
+    }
+    stack.key_length--;
+    stack.path_length = length;
+    return 0;
+}
+
+int json_walk(JsonIterStack &stack, const json_value &value, JsonHandler handler, void *context)
+{
+    if (stack.count == JsonIterStack::DEPTH_MAX)
         return fail("ERROR: json iter stack is full.\n");
-    depth_++;
+    stack.count++;
     int status = 1;
     switch (value.type) {
     case json_object:
-        status = visit_object(value);
+        status = walk_object(stack, value, handler, context);
         break;
     case json_array:
-        status = visit_array(value);
+        status = walk_array(stack, value, handler, context);
         break;
     case json_none:
     case json_integer:
@@ -24,60 +77,11 @@ int ConfigWalk::visit(const json_value &value)
     case json_string:
     case json_boolean:
     case json_null:
-        status = handler_.take_scalar({path_, path_length_}, {key_, key_length_}, value);
+        status = hand_over(stack, value, handler, context);
         break;
     default:
         break;
     }
-    depth_--;
+    stack.count--;
     return status;
-}
-
-int ConfigWalk::visit_object(const json_value &object)
-{
-    const size_t length = path_length_;
-    if (object.u.object.length == 0)
-        return 1;
-    for (uint32_t i = 0; i < object.u.object.length; i++) {
-        const json_object_entry &member = object.u.object.values[i];
-        position_[depth_ - 1] = i;
-        if (append_path(depth_ > 1 ? "." : "", member.name, member.name_length) != 0 ||
-            visit(*member.value) != 0)
-            return 1;
-        path_length_ = length;
-    }
-    return 0;
-}
-
-int ConfigWalk::visit_array(const json_value &array)
-{
-    const size_t length = path_length_;
-    if (append_path("", "[]", 2) != 0)
-        return 1;
-    uint8_t &key_byte = key_[key_length_++];
-    key_byte = static_cast<uint8_t>(position_[depth_ - 1]);
-    if (handler_.take_array({path_, path_length_}, {key_, key_length_}, array.u.array.length) != 0)
-        return 1;
-    for (uint32_t i = 0; i < array.u.array.length; i++) {
-        position_[depth_ - 1] = i;
-        key_byte = static_cast<uint8_t>(i);
-        if (visit(*array.u.array.values[i]) != 0)
-            return 1;
-    }
-    key_length_--;
-    path_length_ = length;
-    return 0;
-}
-
-int ConfigWalk::append_path(const char *separator, const char *name, size_t length)
-{
-    const size_t separator_length = strlen(separator);
-    if (path_length_ + separator_length + length > sizeof path_)
-        return fail("ERROR: config path '%.*s%s%.*s' is too long.\n",
-                    static_cast<int>(path_length_), path_, separator, static_cast<int>(length),
-                    name);
-    memcpy(path_ + path_length_, separator, separator_length);
-    memcpy(path_ + path_length_ + separator_length, name, length);
-    path_length_ += separator_length + length;
-    return 0;
 }

@@ -3,36 +3,38 @@
 // index key.
 #pragma once
 
-#include "config/config_keys.h"
-#include "config/config_value.h"
-#include "config/tlv_buffer.h"
-
 #include <cstddef>
 #include <cstdint>
+#include <json-parser/json.h>
+#include <span>
+#include <string_view>
 
-class ConfigWalk {
-public:
-    ConfigWalk(DeviceKind kind, TlvBuffer &items) : handler_(kind, items) {}
+// The positions of the arrays on the way to a value, outermost first.
+using IndexKey = std::span<const uint8_t>;
 
-    // Walks one value and all below it. Returns 0, or 1 when something was refused.
-    int visit(const json_value &value);
-
-private:
+// Where a walk is. Zero before each file.
+struct JsonIterStack {
     enum : uint32_t { DEPTH_MAX = 63, PATH_MAX_BYTES = 255 };
 
-    int visit_object(const json_value &object);
-    int visit_array(const json_value &array);
-    int append_path(const char *separator, const char *name, size_t length);
-
-    ConfigValueHandler handler_;
+    uint32_t count = 0; // the number of values on the way, the current one included
 
     // The position that was visited last at each depth. A new container at a depth starts with what
     // an earlier one of the file left there: an array's own item carries it in its index key.
-    uint32_t position_[DEPTH_MAX] = {};
-    uint32_t depth_ = 0; // the number of values on the way, this one included
+    uint32_t index[DEPTH_MAX] = {};
 
-    char path_[PATH_MAX_BYTES] = {};
-    size_t path_length_ = 0;
-    uint8_t key_[DEPTH_MAX] = {}; // a byte for each array on the way
-    uint32_t key_length_ = 0;
+    char path[PATH_MAX_BYTES] = {};
+    size_t path_length = 0; // can be more than fits; no setting has such a path
+
+    uint8_t key[DEPTH_MAX] = {}; // a byte for each array on the way
+    uint32_t key_length = 0;
 };
+
+// Takes one value: an array before its elements (its path ends with [], its key with a byte of its
+// own), or any value that is neither array nor object. Returns 0 to go on, 1 to stop.
+using JsonHandler = int (*)(std::string_view path, IndexKey key, const json_value &value,
+                            void *context);
+
+// Walks one value and all below it, handing them to the handler; those whose path is longer than
+// PATH_MAX_BYTES are passed over. Returns 0; or 1 when the handler stopped the walk, when an object
+// has no members, or when values are nested too deeply (the last with its message printed).
+int json_walk(JsonIterStack &stack, const json_value &value, JsonHandler handler, void *context);

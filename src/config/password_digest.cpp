@@ -2,11 +2,11 @@
 #include "config/password_digest.h"
 
 #include "util/output.h"
+#include "util/shell.h"
 #include "util/temp_file.h"
 #include "util/text.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <unistd.h>
@@ -31,7 +31,7 @@ static unsigned digit_value(char digit)
 
 static int read_digest(const char *path, uint8_t digest[16])
 {
-    const std::unique_ptr<FILE, int (*)(FILE *)> file(fopen(path, "r"), fclose);
+    const std::unique_ptr<FILE, int (*)(FILE *)> file(fopen(path, "re"), fclose);
     if (file == nullptr)
         return fail("ERROR: open '%s' failed.\n", path);
     char text[128];
@@ -66,9 +66,5 @@ int password_digest(const char *password, uint8_t digest[16])
 
     char command[128];
     snprintf(command, sizeof command, "md5sum %s > %s", password_path, digest_path);
-    standard_output.flush();
-    const int status = system(command);
-    if (status != 0)
-        return fail("ERROR: execute '%s' error=%d\n", command, status);
-    return read_digest(digest_path, digest);
+    return execute(command) == 0 ? read_digest(digest_path, digest) : 1;
 }

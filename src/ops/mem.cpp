@@ -156,7 +156,7 @@ static int take_records(const char *path, Table<MemRecord> &records)
 {
     if (path == nullptr)
         return 0;
-    const std::unique_ptr<FILE, int (*)(FILE *)> file(fopen(path, "r"), fclose);
+    const std::unique_ptr<FILE, int (*)(FILE *)> file(fopen(path, "re"), fclose);
     const int status = file == nullptr ? 0 : read_records(file.get(), records);
     unlink(path);
     return status;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 //     request   1 command code 18
-//               2 payload length
+//               2 payload length, its low 16 bits
 //               2 count N of devices
 //             6*N devices
 //               1 output type: 0 all, 1 standard output, 2 standard error
@@ -40,9 +40,11 @@ static void read_output(ReplyReader &reply, Text &output)
 static int sh_request(AcSession &session, const MacList &wtps, int type, int timeout,
                       const char *command, Table<Text> &outputs)
 {
-    const size_t length = strlen(command);
+    const size_t length = strlen(command), payload = length + 6 * size_t{wtps.size()} + 9;
     RequestWriter request(session, COMMAND_SHELL);
-    request.length16(length + 6 * size_t{wtps.size()} + 9);
+    if (length > UINT16_MAX)
+        request.length16(payload); // refuses the request
+    request.u16(static_cast<uint16_t>(payload));
     request.mac_list(wtps);
     request.u8(static_cast<uint8_t>(type));
     request.u32(static_cast<uint32_t>(timeout));

@@ -59,7 +59,7 @@ static int read_handshake(AcSession &session)
 
 int ac_connect(AcSession &session, const char *address, int port)
 {
-    session.socket = socket(AF_INET, SOCK_STREAM, 0);
+    session.socket = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     if (session.socket < 0)
         return fail("ERROR: create socket failed.\n");
     set_option(session.socket, TCP_NODELAY);

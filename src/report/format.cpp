@@ -5,7 +5,6 @@
 #include "util/number.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 
 char *write_digest(char *to, const Md5Digest &digest)
@@ -78,35 +77,17 @@ static char escape_letter(char c)
     }
 }
 
-const char *json_escape(const char *text)
+void json_escape(Output &out, const char *text)
 {
-    static char *buffer;
-    static size_t capacity;
-
-    if (text == nullptr)
-        return "";
-    size_t length = 0, escapes = 0;
-    for (; text[length] != '\0'; length++)
-        if (escape_letter(text[length]) != '\0')
-            escapes++;
-    if (escapes == 0)
-        return text;
-
-    const size_t needed = length + escapes + 1;
-    if (needed > capacity) {
-        void *grown = realloc(buffer, needed);
-        if (grown == nullptr)
-            return nullptr;
-        buffer = static_cast<char *>(grown);
-        capacity = needed;
+    enum : size_t { PIECE = Output::ROOM_MAX / 2 };
+    while (*text != '\0') {
+        char *to = out.reserve(2 * PIECE);
+        for (const char *end = text + strnlen(text, PIECE); text < end; text++) {
+            const char letter = escape_letter(*text);
+            if (letter != '\0')
+                *to++ = '\\';
+            *to++ = letter != '\0' ? letter : *text;
+        }
+        out.advance(to);
     }
-    char *to = buffer;
-    for (; *text != '\0'; text++) {
-        const char letter = escape_letter(*text);
-        if (letter != '\0')
-            *to++ = '\\';
-        *to++ = letter != '\0' ? letter : *text;
-    }
-    *to = '\0';
-    return buffer;
 }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "report/wtp_record.h"
+#include "util/output.h"
 
 #include <cstdint>
 
@@ -22,8 +23,6 @@ const char *data_rate_text(int32_t code);
 // Seconds since 1970 as ctime(3) writes them in local time, line end included; 0 is "\n" alone.
 const char *time_text(uint32_t seconds);
 
-// The body of a JSON string: backspace, tab, line feed, form feed, carriage return, double quote,
-// slash and backslash escaped with a backslash, all other bytes unchanged. Returns the text itself
-// when it needs no escaping, else a shared buffer that grows as needed; "" for null; null, with the
-// buffer as it was, when memory is short.
-const char *json_escape(const char *text);
+// Writes the body of a JSON string: backspace, tab, line feed, form feed, carriage return, double
+// quote, slash and backslash escaped with a backslash, all other bytes unchanged.
+void json_escape(Output &out, const char *text);

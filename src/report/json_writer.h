@@ -70,11 +70,12 @@ public:
         member(name, text.c_str());
     }
 
-    // A string with its text escaped; empty when there is no memory for that.
+    // A string with its text escaped.
     template <size_t N> void escaped(const char (&name)[N], const ArenaText &text)
     {
-        const char *body = json_escape(text.c_str());
-        member(name, body == nullptr ? "" : body);
+        out_.advance(open_string(name, 0));
+        json_escape(out_, text.c_str());
+        out_.put('"');
     }
 
     // A string without its carriage returns and line feeds.
@@ -127,11 +128,10 @@ public:
     }
     void escaped_element(const ArenaText &text)
     {
-        const char *body = json_escape(text.c_str());
         char *to = next(1);
         *to = '"';
         out_.advance(to + 1);
-        out_.put(body == nullptr ? "" : body);
+        json_escape(out_, text.c_str());
         out_.put('"');
     }
 

@@ -58,7 +58,7 @@ public:
     {
         if (announced == 0 || !reply_.ok())
             return;
-        if (!table.reserve(memory_, announced)) {
+        if (announced > INT32_MAX || !table.reserve(memory_, announced)) {
             table_too_large(table, announced);
             return;
         }
@@ -93,19 +93,24 @@ private:
 
 } // namespace
 
+int read_wtp_record(ReplyReader &reply, Arena &memory, WtpRecord &record)
+{
+    RecordReader wire(reply, memory);
+    lay_out(wire, record);
+    return reply.ok() ? 0 : 1;
+}
+
 int read_wtp_list(ByteSource &source, WtpList &list)
 {
     ReplyReader reply(source);
-    RecordReader wire(reply, list.memory);
     while (reply.number<uint8_t>() == 0 && reply.ok()) {
         auto *record = list.memory.make<WtpRecord>();
         if (record == nullptr) {
             fail("ERROR: Out of memory\n");
             reply.set_failed();
-            break;
+        } else if (read_wtp_record(reply, list.memory, *record) == 0) {
+            append_wtp(list, record);
         }
-        lay_out(wire, *record);
-        append_wtp(list, record);
     }
     if (reply.ok())
         return 0;

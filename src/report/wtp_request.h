@@ -9,6 +9,7 @@
 //               . the record, see wtp_layout.h
 #pragma once
 
+#include "proto/reply_reader.h"
 #include "proto/session.h"
 #include "report/wtp_record.h"
 #include "util/mac.h"
@@ -24,6 +25,10 @@ enum WtpFilter : uint32_t {
     WTP_FILTER_STAINF = 32,  // include stations
     WTP_FILTER_ALL = 63,
 };
+
+// Reads one record, whose texts and tables are made in `memory`, into a fresh `record`. Returns 0;
+// or 1, with the message (if the failure has one) printed.
+int read_wtp_record(ReplyReader &reply, Arena &memory, WtpRecord &record);
 
 // Reads the reply into the empty `list`. Returns 0; or 1, with the list empty and the message (if
 // the failure has one) printed.

@@ -4,15 +4,25 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
+#include <poll.h>
 #include <unistd.h>
 
 constinit Output standard_output;
+
+// A descriptor that others have made non-blocking takes nothing while its reader is slow.
+static void wait_until_writable(int fd)
+{
+    pollfd ready = {fd, POLLOUT, 0};
+    poll(&ready, 1, -1);
+}
 
 static void write_all(const char *bytes, size_t length)
 {
     while (length > 0) {
         const ssize_t written = write(STDOUT_FILENO, bytes, length);
-        if (written < 0 && errno == EINTR)
+        if (written < 0 && errno == EAGAIN)
+            wait_until_writable(STDOUT_FILENO);
+        if (written < 0 && (errno == EINTR || errno == EAGAIN))
             continue;
         if (written <= 0)
             return;
@@ -43,6 +53,7 @@ void Output::flush()
 int fail(const char *format, ...)
 {
     standard_output.flush();
+    wait_until_writable(STDERR_FILENO);
     va_list arguments;
     va_start(arguments, format);
     vfprintf(stderr, format, arguments);
@@ -54,6 +65,7 @@ int fail_errno(const char *text)
 {
     const int error = errno;
     standard_output.flush();
+    wait_until_writable(STDERR_FILENO);
     errno = error;
     perror(text);
     return 1;

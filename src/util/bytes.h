@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: MIT
+// Bytes that are gathered one behind the other.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <utility>
+
+// One owned block that doubles when it is full. An empty one owns nothing.
+class Bytes {
+public:
+    Bytes() = default;
+    Bytes(const Bytes &) = delete;
+    Bytes &operator=(const Bytes &) = delete;
+    Bytes(Bytes &&other) noexcept
+        : data_(std::exchange(other.data_, nullptr)), size_(std::exchange(other.size_, 0)),
+          room_(std::exchange(other.room_, 0))
+    {
+    }
+    ~Bytes() { free(data_); }
+
+    // The place behind the bytes, with room for `count` more; they count once advance() takes them
+    // over. Null, with everything as it was, when memory is short.
+    uint8_t *reserve(size_t count)
+    {
+        if (count > room_ - size_ && !grow(count))
+            return nullptr;
+        return data_ + size_;
+    }
+    void advance(size_t count) { size_ += count; }
+
+    // Adds a copy; false, with everything as it was, when memory is short.
+    bool append(const void *from, size_t count)
+    {
+        uint8_t *to = reserve(count);
+        if (to == nullptr)
+            return false;
+        if (count > 0)
+            memcpy(to, from, count);
+        advance(count);
+        return true;
+    }
+
+    void clear()
+    {
+        free(data_);
+        data_ = nullptr;
+        size_ = room_ = 0;
+    }
+
+    uint8_t *data() { return data_; } // null when there never were any
+    const uint8_t *data() const { return data_; }
+    size_t size() const { return size_; }
+    size_t room() const { return room_ - size_; } // how many more fit
+
+private:
+    bool grow(size_t count)
+    {
+        enum : size_t { ROOM_FIRST = 64 };
+        if (count > PTRDIFF_MAX - size_)
+            return false;
+        size_t room = room_ < ROOM_FIRST ? size_t{ROOM_FIRST} : 2 * room_;
+        if (room < size_ + count)
+            room = size_ + count;
+        void *block = realloc(data_, room);
+        if (block == nullptr)
+            return false;
+        data_ = static_cast<uint8_t *>(block);
+        room_ = room;
+        return true;
+    }
+
+    uint8_t *data_ = nullptr;
+    size_t size_ = 0;
+    size_t room_ = 0;
+};

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+#include "util/shell.h"
+
+#include "util/output.h"
+
+#include <csignal>
+#include <cstdlib>
+
+int run_shell(const char *command)
+{
+    standard_output.flush();
+    signal(SIGCHLD, SIG_DFL);
+    return system(command);
+}
+
+int execute(const char *command)
+{
+    const int status = run_shell(command);
+    return status == 0 ? 0 : report_execute_failed(command, status);
+}
+
+int report_execute_failed(const char *command, int wait_status)
+{
+    return fail("ERROR: execute '%s' error=%d\n", command, wait_status);
+}
