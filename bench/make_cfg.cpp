@@ -41,7 +41,7 @@ void print_string(const ConfigKey &row, int position)
 
 void print_scalar(const ConfigKey &row, int position)
 {
-    if (row.kind == json_integer)
+    if (row.kind() == json_integer)
         printf("%d", std::max(row.min, std::min(row.max, 1812)));
     else
         print_string(row, position);

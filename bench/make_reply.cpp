@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // make_reply DEVICES [brief]: the reply to a device list request, on standard output. Access points
 // with 2 radios of 8 WLANs; `brief` leaves out their details and their configuration.
-#include "proto/byte_order.h"
-#include "report/wtp_layout.h"
+#include "device/wtp_layout.h"
+#include "util/byte_order.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -95,9 +95,12 @@ public:
         part = &(cfg_ = WtpCfg());
         return true;
     }
-    template <class Count, class Row> Count count(const char *, ArenaTable<Row> &) { return 0; }
+    template <class Int, class Row> Int count(const char *, ArenaTable<Row> &, CountOf<Int>)
+    {
+        return 0;
+    }
     template <class Row> void counted_rows(const char *, ArenaTable<Row> &, uint32_t) {}
-    template <class Count, class Row> void rows(const char *name, ArenaTable<Row> &)
+    template <class Int, class Row> void rows(const char *name, ArenaTable<Row> &, CountOf<Int>)
     {
         const int length = strcmp(name, "radio") == 0 ? 2 : strcmp(name, "wlan") == 0 ? 8 : 0;
         put(static_cast<Count>(length));
@@ -121,7 +124,7 @@ private:
     uint32_t number(std::string_view name)
     {
         if (name == "wtp_type")
-            return WTP_ACCESS_POINT;
+            return DEVICE_ACCESS_POINT;
         for (const auto &row : NUMBERS)
             if (name.ends_with(row.end))
                 return row.base + next(row.spread);

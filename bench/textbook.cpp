@@ -2,9 +2,9 @@
 // textbook PORT: the device list as a straightforward client fetches it, for comparison. It
 // receives every field by itself and prints every member by itself; it prints the members in wire
 // order.
-#include "proto/byte_order.h"
+#include "device/wtp_layout.h"
 #include "proto/session.h"
-#include "report/wtp_layout.h"
+#include "util/byte_order.h"
 
 #include <cstdio>
 #include <cstdlib>

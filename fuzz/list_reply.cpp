@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Fuzz target: the reply to a device list request, through decoding and all printers.
+#include "device/wtp_request.h"
 #include "proto/byte_source.h"
 #include "report/json_report.h"
 #include "report/text_report.h"
-#include "report/wtp_request.h"
 #include "util/output.h"
 
 #include <cstdio>

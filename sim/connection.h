@@ -2,7 +2,7 @@
 // One client of the simulated controller, and the ways in which its connection can go wrong.
 #pragma once
 
-#include "proto/byte_order.h"
+#include "util/byte_order.h"
 #include "util/mac.h"
 
 #include <cstddef>

@@ -273,7 +273,7 @@ std::unique_ptr<Device> make_access_point(Dice &dice, uint32_t number, time_t no
     WtpRecord &wtp = device->record;
     Arena &memory = device->memory;
     const Model &model = AP_MODELS[number % std::size(AP_MODELS)];
-    set_identity(memory, wtp, dice, WTP_ACCESS_POINT, number, now);
+    set_identity(memory, wtp, dice, DEVICE_ACCESS_POINT, number, now);
     wtp.model.assign(memory, model.name);
     wtp.sku.assign(memory, model.sku);
     wtp.cap_code = 0x1F;
@@ -299,9 +299,9 @@ void add_neighbours(Arena &memory, WtpRecord &wtp, time_t now)
         neighbour.model.assign(memory, AP_MODELS[i].name);
 
         TopoDev &device = wtp.dev_list.append();
-        device.type = WTP_ACCESS_POINT;
+        device.type = DEVICE_ACCESS_POINT;
         device.mac = neighbour.mac;
-        device.ip = make_ipv4(WTP_ACCESS_POINT, i);
+        device.ip = make_ipv4(DEVICE_ACCESS_POINT, i);
         device.name.assign(memory, neighbour.name.c_str());
         device.model.assign(memory, "Access point,\r\nindoor");
         device.update_time = device.system_time = static_cast<uint32_t>(now);
@@ -355,7 +355,7 @@ std::unique_ptr<Device> make_switch(Dice &dice, uint32_t number, time_t now)
     auto device = std::make_unique<Device>();
     WtpRecord &wtp = device->record;
     Arena &memory = device->memory;
-    set_identity(memory, wtp, dice, WTP_SWITCH, number, now);
+    set_identity(memory, wtp, dice, DEVICE_SWITCH, number, now);
     wtp.model.assign(memory, "SW-10P");
     set_text(memory, wtp.name, "sw-floor%u", number + 1);
     wtp.sw_max_trunk = 8;
@@ -402,13 +402,13 @@ void reset_configuration(Device &device)
     cfg.timezone = 60;
     cfg.ac_list.reserve(memory, 1);
     strcpy(cfg.ac_list.append().text, "controller.example.net");
-    if (record.wtp_type == WTP_ACCESS_POINT) {
+    if (record.wtp_type == DEVICE_ACCESS_POINT) {
         uint32_t radios = 2;
         for (const Model &model : AP_MODELS)
             if (strcmp(model.name, record.model.c_str()) == 0)
                 radios = model.radios;
         configure_access_point(memory, cfg, radios);
-    } else if (record.wtp_type == WTP_SWITCH) {
+    } else if (record.wtp_type == DEVICE_SWITCH) {
         configure_switch(memory, cfg, 10);
     }
 }
@@ -416,7 +416,7 @@ void reset_configuration(Device &device)
 std::unique_ptr<Device> make_absent_device(const Mac &mac)
 {
     auto device = std::make_unique<Device>();
-    device->record.wtp_type = WTP_ACCESS_POINT;
+    device->record.wtp_type = DEVICE_ACCESS_POINT;
     device->record.mac = mac;
     reset_configuration(*device);
     return device;

@@ -2,7 +2,7 @@
 // The devices of the simulated controller.
 #pragma once
 
-#include "report/wtp_record.h"
+#include "device/wtp_record.h"
 
 #include <cstdint>
 #include <ctime>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "item_list.h"
 
-#include "proto/byte_order.h"
+#include "util/byte_order.h"
 
 #include <cstring>
 

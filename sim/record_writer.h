@@ -2,9 +2,9 @@
 // Writes replies: integers in network order, and device records by their layout.
 #pragma once
 
-#include "proto/byte_order.h"
-#include "report/wtp_layout.h"
-#include "report/wtp_request.h"
+#include "device/wtp_layout.h"
+#include "device/wtp_request.h"
+#include "util/byte_order.h"
 
 #include <string>
 #include <type_traits>
@@ -51,15 +51,17 @@ public:
     }
     bool make(const WtpCfg *) { return true; }
 
-    template <class Count, class Row> Count count(const char *, const ArenaTable<Row> &table)
+    template <class Int, class Row>
+    Int count(const char *, const ArenaTable<Row> &table, CountOf<Int>)
     {
-        const auto rows = static_cast<Count>(table.size());
+        const auto rows = static_cast<Int>(table.size());
         put(reply_, rows);
         return rows;
     }
-    template <class Count, class Row> void rows(const char *name, ArenaTable<Row> &table)
+    template <class Int, class Row>
+    void rows(const char *name, ArenaTable<Row> &table, CountOf<Int> width)
     {
-        counted_rows(name, table, static_cast<uint32_t>(count<Count>(name, table)));
+        counted_rows(name, table, static_cast<uint32_t>(count(name, table, width)));
     }
     template <class Row> void counted_rows(const char *, ArenaTable<Row> &table, uint32_t)
     {

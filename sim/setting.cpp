@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "setting.h"
 
-#include "proto/byte_order.h"
-#include "report/cfg_layout.h"
+#include "device/cfg_layout.h"
+#include "util/byte_order.h"
 
 #include <algorithm>
 #include <cstring>
@@ -44,7 +44,8 @@ public:
             store(field);
     }
 
-    template <class Count, class Row> void rows(const char *name, ArenaTable<Row> &table)
+    template <class Int, class Row>
+    void rows(const char *name, ArenaTable<Row> &table, CountOf<Int>)
     {
         const std::string_view table_name(name);
         if (!path_.starts_with(table_name) || !path_.substr(table_name.size()).starts_with("[]"))

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "config/config_keys.h"
-#include "report/wtp_record.h"
+#include "device/wtp_record.h"
 
 #include <string>
 #include <string_view>

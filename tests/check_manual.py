@@ -54,8 +54,8 @@ def compare(what, program, page):
 def main(zov, ac_sim, man_folder, source_folder):
     zov_page = pathlib.Path(man_folder, "zov.8").read_text()
     sim_page = pathlib.Path(man_folder, "ac-sim.1").read_text()
-    table = pathlib.Path(source_folder, "src/cli/options.cpp").read_text()
-    zov_options = set(re.findall(r'\{"(\w+)", (?:required|no)_argument', table))
+    table = pathlib.Path(source_folder, "src/options/options.h").read_text()
+    zov_options = set(re.findall(r'OPTION\(\w+, "(\w+)"', table))
     sim_options = {"help"} | set(re.findall(r"^  --([\w-]+)", output(ac_sim, "--help"), re.M))
     commands, entries = usage_of(zov), entries_of(zov_page)
 

@@ -28,12 +28,10 @@ NOT_IN_RECORDS = {"switch": {"wtp_cfg.password", "wtp_cfg.pd_lifeguard[].clear_r
 
 def key_table(kind):
     """The rows (path, kind, min, max, form) of one of zov's key tables, read from its source."""
-    source = Path(f"{SOURCE}/src/config/config_keys.cpp").read_text()
-    name = {"ap": "ACCESS_POINT_KEYS", "switch": "SWITCH_KEYS"}[kind]
-    body = source[source.index(f"{name}[] = {{"):]
-    body = body[:body.index("{},")]
-    rows = re.findall(r"\{\d+, json_(\w+), (-?\d+), (-?\d+), FORM_(\w+),\s*\"([^\"]+)\"\}", body)
-    return [(path, kind, int(low), int(high), form) for kind, low, high, form, path in rows]
+    source = Path(f"{SOURCE}/src/config/settings.def").read_text()
+    macro = {"ap": "AP", "switch": "SWITCH"}[kind]
+    rows = re.findall(rf'^{macro}\(\d+, (\w+), (-?\d+), (-?\d+), "([^"]+)"', source, re.M)
+    return [(path, kind, int(low), int(high), form) for form, low, high, path in rows]
 
 
 class Controller:

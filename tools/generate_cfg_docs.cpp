@@ -2,15 +2,15 @@
 // Writes what users read of the key tables, to standard output: the JSON Schemas of configuration
 // files, and the manual page zov-cfg(5) in mdoc.
 //
-// usage: generate_cfg_docs schema-ap|schema-switch|man
+// usage: generate_cfg_docs schema-ap|schema-switch|man TEMPLATE
 #include "config/config_keys.h"
-#include "setting_texts.h"
 #include "util/output.h"
 
 #include <algorithm>
 #include <cstdint>
+#include <fstream>
 #include <iostream>
-#include <set>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,12 +19,24 @@ using std::cout;
 using std::string;
 using std::string_view;
 
-enum : uint32_t {
-    ELEMENTS_MAX = 256, // of any array in a file
-    VALUE_BYTES_MAX = UINT16_MAX,
+namespace {
+
+// The texts of a row of settings.def; empty for SAME.
+struct SettingText {
+    string_view path;
+    string_view title;
+    string_view description;
 };
 
-namespace {
+constexpr SettingText TEXTS[] = {
+#define SAME                                                                                       \
+    {}, {}
+#define AP(id, form, min, max, path, ...) {path, __VA_ARGS__},
+#define SWITCH AP
+#define COUNT(id, path, ...) {path, __VA_ARGS__},
+#define GROUP(path, ...) {path, __VA_ARGS__},
+#include "config/settings.def"
+};
 
 // A member of a configuration file: a setting, a list of values that is one setting (it has a row
 // and is an array), an object, or an array of objects.
@@ -72,42 +84,21 @@ static Node make_tree(DeviceKind kind)
     return root;
 }
 
-// The key of a path in the table of texts: its last two names.
-static string_view text_key(string_view path)
+// The last two names of a path.
+static string_view last_names(string_view path)
 {
     const size_t dot = path.rfind('.');
     return dot == string_view::npos ? path : path.substr(path.rfind('.', dot - 1) + 1);
 }
 
-static const SettingText *find_text(string_view path)
+// The texts of a path's row; where they are those of another row, the first with the same last two
+// names.
+static const SettingText &text_of(string_view path)
 {
-    const SettingText *text = SETTING_TEXTS;
-    while (!text->key.empty() && text->key != text_key(path))
-        text++;
-    return text->key.empty() ? nullptr : text;
-}
-
-static int check_texts(const Node &node, std::set<string_view> &used)
-{
-    int status = 0;
-    for (const Node &member : node.members) {
-        if (find_text(member.path) == nullptr)
-            status = fail("setting_texts.cpp: no text for '%s'\n", string(member.path).c_str());
-        used.insert(text_key(member.path));
-        status |= check_texts(member, used);
-    }
-    return status;
-}
-
-// Every member of both trees has a text, and every text a member.
-static int check_texts(const Node &access_point, const Node &of_switch)
-{
-    std::set<string_view> used;
-    int status = check_texts(access_point, used) | check_texts(of_switch, used);
-    for (const SettingText *text = SETTING_TEXTS; !text->key.empty(); text++)
-        if (!used.contains(text->key))
-            status = fail("setting_texts.cpp: no setting '%s'\n", text->key.data());
-    return status;
+    for (const SettingText &text : TEXTS)
+        if (last_names(text.path) == last_names(path) && !text.title.empty())
+            return text;
+    throw std::out_of_range("settings.def: no text for " + string(path));
 }
 
 // --- What a row accepts, in words ----------------------------------------------------------------
@@ -115,16 +106,16 @@ static int check_texts(const Node &access_point, const Node &of_switch)
 // The largest value or length that is sent unchanged.
 static int32_t largest(const ConfigKey &row)
 {
-    if (row.kind == json_string && row.max < 0)
-        return VALUE_BYTES_MAX;
+    if (row.kind() == json_string && row.max < 0)
+        return CONFIG_VALUE_BYTES_MAX;
     return row.form == FORM_U16 ? std::min<int32_t>(row.max, UINT16_MAX) : row.max;
 }
 
 static uint32_t elements_max(const Node &array)
 {
-    const ConfigList *list = config_list_find(array.path);
-    return list == nullptr ? ELEMENTS_MAX
-                           : std::min<uint32_t>(ELEMENTS_MAX, VALUE_BYTES_MAX / list->element_size);
+    const uint32_t size = array.row == nullptr ? 0 : array.row->element_size();
+    return size == 0 ? CONFIG_ELEMENTS_MAX
+                     : std::min<uint32_t>(CONFIG_ELEMENTS_MAX, CONFIG_VALUE_BYTES_MAX / size);
 }
 
 static string value_words(const ConfigKey &row)
@@ -166,7 +157,7 @@ static bool refuses_repeated_elements(const ConfigKey &row, DeviceKind kind)
 static string describe(const Node &setting, DeviceKind kind)
 {
     const ConfigKey &row = *setting.row;
-    string text(find_text(setting.path)->description);
+    string text(text_of(setting.path).description);
     if (row.form == FORM_PASSWORD_DIGEST)
         text += " Only an MD5 digest of it is sent.";
     if (row.form == FORM_SERVER_ADDRESS)
@@ -261,7 +252,7 @@ static string pattern(ConfigForm form)
 
 static void print_value_schema(JsonPrinter &json, const ConfigKey &row)
 {
-    if (row.kind == json_integer) {
+    if (row.kind() == json_integer) {
         json.text("type", "integer");
         json.number("minimum", row.min);
         json.number("maximum", largest(row));
@@ -291,7 +282,7 @@ static void print_type_schema(JsonPrinter &json, const Node &node, DeviceKind ki
 
 static void print_member_schema(JsonPrinter &json, const Node &node, DeviceKind kind)
 {
-    const SettingText &text = *find_text(node.path);
+    const SettingText &text = text_of(node.path);
     json.open(node.name);
     json.text("title", text.title);
     json.text("description", node.row == nullptr
@@ -354,7 +345,7 @@ static void put_sentences(string_view text)
 // The node's own settings, then the groups below it.
 static void print_manual_group(const Node &node, DeviceKind kind)
 {
-    const SettingText &group = *find_text(node.path);
+    const SettingText &group = text_of(node.path);
     put(".Ss ", group.title, " (", node.path, ")\n");
     put_sentences(group.description);
     put(".Bl -tag -width Ds\n");
@@ -362,7 +353,7 @@ static void print_manual_group(const Node &node, DeviceKind kind)
         if (member.row == nullptr)
             continue;
         put(".It Va ", member.path, "\n");
-        put_sentences(string(find_text(member.path)->title) + " (" + type_words(member) + ").");
+        put_sentences(string(text_of(member.path).title) + " (" + type_words(member) + ").");
         put_sentences(describe(member, kind));
     }
     put(".El\n");
@@ -371,30 +362,36 @@ static void print_manual_group(const Node &node, DeviceKind kind)
             print_manual_group(member, kind);
 }
 
-static void print_manual(const Node &access_point, const Node &of_switch)
+// The template, with the settings in the place of the comment that names them.
+static int print_manual(const char *name, const Node &access_point, const Node &of_switch)
 {
-    put(MANUAL_HEAD);
-    put(".Sh SETTINGS OF ACCESS POINTS\n");
-    print_manual_group(access_point.members[0], DEVICE_ACCESS_POINT);
-    put(".Sh SETTINGS OF SWITCHES\n");
-    print_manual_group(of_switch.members[0], DEVICE_SWITCH);
-    put(MANUAL_TAIL);
+    std::ifstream file(name);
+    for (string line; std::getline(file, line);) {
+        if (line != ".\\\" The settings stand here.") {
+            put(line, "\n");
+            continue;
+        }
+        put(".Sh SETTINGS OF ACCESS POINTS\n");
+        print_manual_group(access_point.members[0], DEVICE_ACCESS_POINT);
+        put(".Sh SETTINGS OF SWITCHES\n");
+        print_manual_group(of_switch.members[0], DEVICE_SWITCH);
+    }
+    return file.eof() ? 0 : fail("generate_cfg_docs: cannot read %s\n", name);
 }
 
 int main(int argc, char **argv)
 {
-    const string what = argc == 2 ? argv[1] : "";
+    const string what = argc > 1 ? argv[1] : "";
     const Node access_point = make_tree(DEVICE_ACCESS_POINT);
     const Node of_switch = make_tree(DEVICE_SWITCH);
-    if (check_texts(access_point, of_switch) != 0)
-        return 1;
+    int status = 0;
     if (what == "schema-ap")
         print_schema(access_point, DEVICE_ACCESS_POINT);
     else if (what == "schema-switch")
         print_schema(of_switch, DEVICE_SWITCH);
-    else if (what == "man")
-        print_manual(access_point, of_switch);
+    else if (what == "man" && argc == 3)
+        status = print_manual(argv[2], access_point, of_switch);
     else
-        return fail("usage: generate_cfg_docs schema-ap|schema-switch|man\n");
-    return cout.flush() ? 0 : 1;
+        status = fail("usage: generate_cfg_docs schema-ap|schema-switch|man TEMPLATE\n");
+    return cout.flush() ? status : 1;
 }

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // Writes a completion script to standard output: generate_completions bash|zsh|fish
-#include "accepted_options.h"
 #include "cli/command_table.h"
 
 #include <iostream>
@@ -15,27 +14,25 @@ namespace {
 
 bool takes_argument(OptionCode code)
 {
-    for (const option *row = OPTION_TABLE; row->name != nullptr; row++)
-        if (row->val == code)
-            return row->has_arg == required_argument;
-    return false;
+    const option *row = OPTION_TABLE;
+    while (row->val != code)
+        row++;
+    return row->has_arg == required_argument;
 }
 
-string_view known_values(string_view command, OptionCode code)
+template <class Action> void for_each_command(Action action)
 {
-    for (const KnownValues &row : KNOWN_VALUES)
-        if (row.code == code && (row.command.empty() || row.command == command))
-            return row.values;
-    return {};
+    for (const CommandSpec *const *command = COMMANDS; *command != nullptr; command++)
+        action(**command);
 }
 
 // Every option of a command, those that main takes included.
-template <class Action> void for_each_option(const AcceptedOptions &command, Action action)
+template <class Action> void for_each_option(const CommandSpec &command, Action action)
 {
-    for (const OptionCode code : command.codes)
-        action(code);
-    action(OPT_ACSERVER);
-    action(OPT_ACPORT);
+    for (const CommandOption *row = command.options; row->code != OPT_NONE; row++)
+        action(row->code, row->values);
+    action(OPT_ACSERVER, nullptr);
+    action(OPT_ACPORT, nullptr);
 }
 
 void write_bash()
@@ -47,46 +44,44 @@ void write_bash()
             "values\n"
             "    if [[ $COMP_CWORD -eq 1 ]]; then\n"
             "        COMPREPLY=($(compgen -W \"";
-    for (const AcceptedOptions &command : ACCEPTED_OPTIONS)
-        cout << (&command == ACCEPTED_OPTIONS ? "" : " ") << command.command;
+    string separator;
+    for_each_command([&](const CommandSpec &command) {
+        cout << separator << command.name;
+        separator = " ";
+    });
     cout << "\" -- \"$cur\"))\n"
             "        return\n"
             "    fi\n"
             "    case ${COMP_WORDS[1]} in\n";
-    for (const AcceptedOptions &command : ACCEPTED_OPTIONS) {
-        cout << "    " << command.command << ") options=\"";
-        string separator;
-        for_each_option(command, [&](OptionCode code) {
+    for_each_command([&](const CommandSpec &command) {
+        cout << "    " << command.name << ") options=\"";
+        separator.clear();
+        for_each_option(command, [&](OptionCode code, const char *) {
             cout << separator << "--" << option_name(code);
             separator = " ";
         });
         cout << "\" ;;\n";
-    }
+    });
     cout << "    *) return ;;\n"
             "    esac\n"
             "    case ${COMP_WORDS[1]}:$prev in\n";
-    for (const AcceptedOptions &command : ACCEPTED_OPTIONS)
-        for_each_option(command, [&](OptionCode code) {
+    for_each_command([](const CommandSpec &command) {
+        for_each_option(command, [&](OptionCode code, const char *values) {
             if (!takes_argument(code))
                 return;
-            cout << "    " << command.command << ":--" << option_name(code) << ") ";
-            const string_view values = known_values(command.command, code);
+            cout << "    " << command.name << ":--" << option_name(code) << ") ";
             if (code == OPT_FILE)
                 cout << "compopt -o filenames; COMPREPLY=($(compgen -f -- \"$cur\")); return ;;\n";
-            else if (values.empty())
+            else if (values == nullptr)
                 cout << "return ;;\n";
             else
                 cout << "values=\"" << values << "\" ;;\n";
         });
+    });
     cout << "    esac\n"
             "    COMPREPLY=($(compgen -W \"${values:-$options}\" -- \"$cur\"))\n"
             "}\n"
             "complete -F _zov zov\n";
-}
-
-const char *description(const AcceptedOptions &command)
-{
-    return find_command(string(command.command).c_str())->description;
 }
 
 void write_zsh()
@@ -94,29 +89,29 @@ void write_zsh()
     cout << "#compdef zov\n"
             "local -a commands\n"
             "commands=(\n";
-    for (const AcceptedOptions &command : ACCEPTED_OPTIONS)
-        cout << "    '" << command.command << ':' << description(command) << "'\n";
+    for_each_command([](const CommandSpec &command) {
+        cout << "    '" << command.name << ':' << command.description << "'\n";
+    });
     cout << ")\n"
             "if (( CURRENT == 2 )); then\n"
             "    _describe command commands\n"
             "    return\n"
             "fi\n"
             "case $words[2] in\n";
-    for (const AcceptedOptions &command : ACCEPTED_OPTIONS) {
-        cout << command.command << ") _arguments '1: :'";
-        for_each_option(command, [&](OptionCode code) {
+    for_each_command([](const CommandSpec &command) {
+        cout << command.name << ") _arguments '1: :'";
+        for_each_option(command, [](OptionCode code, const char *values) {
             cout << " '*--" << option_name(code);
-            const string_view values = known_values(command.command, code);
             if (code == OPT_FILE)
                 cout << ":file:_files";
-            else if (!values.empty())
+            else if (values != nullptr)
                 cout << ":value:(" << values << ')';
             else if (takes_argument(code))
                 cout << ":value: ";
             cout << '\'';
         });
         cout << " ;;\n";
-    }
+    });
     cout << "esac\n";
 }
 
@@ -124,22 +119,23 @@ void write_fish()
 {
     cout << "# fish completion for zov\n"
             "complete -c zov -f\n";
-    for (const AcceptedOptions &command : ACCEPTED_OPTIONS)
-        cout << "complete -c zov -n '__fish_is_first_arg' -a " << command.command << " -d '"
-             << description(command) << "'\n";
-    for (const AcceptedOptions &command : ACCEPTED_OPTIONS)
-        for_each_option(command, [&](OptionCode code) {
-            cout << "complete -c zov -n '__fish_seen_subcommand_from " << command.command << "' -l "
+    for_each_command([](const CommandSpec &command) {
+        cout << "complete -c zov -n '__fish_is_first_arg' -a " << command.name << " -d '"
+             << command.description << "'\n";
+    });
+    for_each_command([](const CommandSpec &command) {
+        for_each_option(command, [&](OptionCode code, const char *values) {
+            cout << "complete -c zov -n '__fish_seen_subcommand_from " << command.name << "' -l "
                  << option_name(code);
-            const string_view values = known_values(command.command, code);
             if (code == OPT_FILE)
                 cout << " -r -F";
-            else if (!values.empty())
+            else if (values != nullptr)
                 cout << " -x -a '" << values << '\'';
             else if (takes_argument(code))
                 cout << " -x";
             cout << '\n';
         });
+    });
 }
 
 } // namespace

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: MIT
-#include "acctl/exit.h"
-
-#include "cli/option_checks.h"
+// zov exit: ends the controller with the default signal, by its pid file.
+#include "options/option_checks.h"
 #include "util/shell.h"
 
-int exit_command(AcSession &, const OptArgList &opts)
+extern const CommandSpec EXIT_ROW;
+
+static int exit_command(AcSession &, const OptArgList &opts)
 {
-    if (opts.count > 0)
-        return unknown_option(opts.rows[0]);
+    if (check_options(EXIT_ROW, opts) != 0)
+        return 1;
     return run_shell("kill `cat /var/run/ac.pid`") == 0 ? 0 : 1;
 }
+
+const CommandSpec EXIT_ROW = {exit_command, "exit", "Terminate AC", {}, {}};

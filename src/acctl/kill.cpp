@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "acctl/kill.h"
-
-#include "cli/option_checks.h"
+// zov kill: finds the controller in the process list and kills it with signal 9.
+#include "options/option_checks.h"
 #include "util/output.h"
 #include "util/shell.h"
 #include "util/temp_file.h"
@@ -12,6 +11,8 @@
 #include <memory>
 #include <string_view>
 #include <unistd.h>
+
+extern const CommandSpec KILL_ROW;
 
 namespace {
 
@@ -99,10 +100,10 @@ static int list_processes(pid_t &pid)
     return 0;
 }
 
-int kill_command(AcSession &, const OptArgList &opts)
+static int kill_command(AcSession &, const OptArgList &opts)
 {
-    if (opts.count > 0)
-        return unknown_option(opts.rows[0]);
+    if (check_options(KILL_ROW, opts) != 0)
+        return 1;
     pid_t pid = NO_PID;
     if (list_processes(pid) != 0)
         return 1;
@@ -112,3 +113,5 @@ int kill_command(AcSession &, const OptArgList &opts)
     snprintf(command, sizeof command, "kill -9 %d", static_cast<int>(pid));
     return execute(command);
 }
+
+const CommandSpec KILL_ROW = {kill_command, "kill", "Kill AC", {}, {}};

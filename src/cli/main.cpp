@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // zov COMMAND [--option [ARG]]...: collects the options, opens the session, runs the command.
 #include "cli/command_table.h"
-#include "cli/options.h"
 #include "proto/session.h"
 #include "util/descriptors.h"
 #include "util/output.h"
@@ -9,8 +8,8 @@
 #include <cstdlib>
 
 struct Settings {
-    const char *address = "127.0.0.1";
-    int port = 1235;
+    const char *address = AC_ADDRESS;
+    int port = AC_PORT;
 };
 
 // Reports the option at `word` that getopt_long refused. It answers ':' for a missing argument (the

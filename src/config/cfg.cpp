@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "config/cfg.h"
-
-#include "cli/option_checks.h"
+// zov cfg: puts devices under management, takes them out, or configures them from JSON files.
 #include "config/cfg_request.h"
 #include "config/config_file.h"
+#include "options/option_checks.h"
 #include "util/ipv4.h"
 #include "util/output.h"
 #include "util/text.h"
@@ -11,19 +10,18 @@
 #include <cstdlib>
 #include <cstring>
 
-enum : uint32_t { ITEM_IP_SETTING = 3 };
+extern const CommandSpec CFG_ROW;
 
 namespace {
 
 struct Choices {
-    MacOption wtps;
+    MacOption wtps{OPT_MAC};
     bool add = false, del = false; // not both
     bool ip = false, file = false; // not both
     TlvBuffer ip_items;
     Text file_argument;             // cut at its commas
     Table<const char *> file_names; // within file_argument, not empty when `file`
     DeviceKind kind = DEVICE_ACCESS_POINT;
-    int wait = 0;
 };
 
 } // namespace
@@ -36,7 +34,7 @@ static int take_add_or_del(const OptArg &opt, Choices &choices)
     return 0;
 }
 
-static int file_or_ip()
+static int report_file_and_ip()
 {
     return fail("ERROR: Could not specify --%s and --%s.\n", option_name(OPT_FILE),
                 option_name(OPT_IP));
@@ -45,9 +43,9 @@ static int file_or_ip()
 static int take_files(const OptArg &opt, Choices &choices)
 {
     if (choices.file)
-        return repeated_option(opt);
+        return report_repeated_option(opt);
     if (choices.ip)
-        return file_or_ip();
+        return report_file_and_ip();
     choices.file = true;
     const size_t length = strlen(opt.arg);
     if (!choices.file_argument.assign(opt.arg) || !choices.file_names.reserve(length / 2 + 1))
@@ -56,36 +54,35 @@ static int take_files(const OptArg &opt, Choices &choices)
     while (const char *name = strsep(&rest, ","))
         if (*name != '\0')
             choices.file_names.append() = name;
-    return choices.file_names.empty() ? invalid_argument(opt) : 0;
+    return choices.file_names.empty() ? report_invalid_argument(opt) : 0;
 }
 
 static int take_ip(const OptArg &opt, Choices &choices)
 {
     if (choices.ip)
-        return repeated_option(opt);
+        return report_repeated_option(opt);
     if (choices.file)
-        return file_or_ip();
+        return report_file_and_ip();
     choices.ip = true;
     Ipv4 setting[5];
     if (!parse_ip_dns_settings(opt.arg, setting[0], setting[1], setting[2], setting[3], setting[4]))
-        return invalid_argument(opt);
-    return tlv_append(choices.ip_items, ITEM_IP_SETTING, 0, nullptr, sizeof setting, setting);
+        return report_invalid_argument(opt);
+    return tlv_append(choices.ip_items, CONFIG_ITEM_ADDRESS_SETTINGS, 0, nullptr, sizeof setting,
+                      setting);
 }
 
 static int take_type(const OptArg &opt, Choices &choices)
 {
     const auto type = static_cast<uint8_t>(atoi(opt.arg));
     if (type > 1)
-        return invalid_argument(opt);
+        return report_invalid_argument(opt);
     choices.kind = type == 1 ? DEVICE_SWITCH : DEVICE_ACCESS_POINT;
     return 0;
 }
 
-static int read_option(const OptArg &opt, Choices &choices)
+static int take_option(const OptArg &opt, Choices &choices)
 {
     switch (opt.code) {
-    case OPT_MAC:
-        return choices.wtps.take(opt) ? 0 : 1;
     case OPT_ADD:
     case OPT_DEL:
         return take_add_or_del(opt, choices);
@@ -95,15 +92,12 @@ static int read_option(const OptArg &opt, Choices &choices)
         return take_ip(opt, choices);
     case OPT_TYPE:
         return take_type(opt, choices);
-    case OPT_WAIT:
-        choices.wait = atoi(opt.arg);
-        return 0;
     default:
-        return unknown_option(opt);
+        return choices.wtps.take(opt);
     }
 }
 
-static int could_not_use(int one, int other)
+static int report_unusable(OptionCode one, OptionCode other)
 {
     return fail("ERROR: Could not use --%s when --%s is specified.\n", option_name(one),
                 option_name(other));
@@ -115,14 +109,14 @@ static int manage(AcSession &session, const Choices &choices)
     if (choices.add)
         return cfg_request_add(session, choices.wtps.list(), choices.ip_items);
     if (!choices.del)
-        return require_option(OPT_FILE);
+        return report_missing_option(OPT_FILE);
     if (choices.ip)
-        return could_not_use(OPT_IP, OPT_DEL);
+        return report_unusable(OPT_IP, OPT_DEL);
     return cfg_request_delete(session, choices.wtps.list());
 }
 
 // All files are read and checked before anything else is.
-static int configure(AcSession &session, const Choices &choices)
+static int configure(AcSession &session, const Choices &choices, int wait)
 {
     const uint32_t count = choices.file_names.size();
     const bool several = count > 1;
@@ -136,20 +130,33 @@ static int configure(AcSession &session, const Choices &choices)
         if (config_file_load(name, choices.kind, lists.append()) != 0)
             return 1;
     if (choices.add)
-        return could_not_use(OPT_FILE, OPT_ADD);
+        return report_unusable(OPT_FILE, OPT_ADD);
     if (choices.del)
-        return could_not_use(OPT_FILE, OPT_DEL);
-    return cfg_request_set(session, choices.wtps.list(), choices.kind, choices.wait, several,
-                           lists);
+        return report_unusable(OPT_FILE, OPT_DEL);
+    return cfg_request_set(session, choices.wtps.list(), choices.kind, wait, several, lists);
 }
 
-int cfg_command(AcSession &session, const OptArgList &opts)
+static int cfg_command(AcSession &session, const OptArgList &opts)
 {
     Choices choices;
-    for (const OptArg &opt : opts)
-        if (read_option(opt, choices) != 0)
-            return 1;
+    if (check_options(CFG_ROW, opts,
+                      [&](const OptArg &opt) { return take_option(opt, choices); }) != 0)
+        return 1;
     if (!choices.wtps.given())
-        return require_option(OPT_MAC);
-    return choices.file ? configure(session, choices) : manage(session, choices);
+        return report_missing_option(OPT_MAC);
+    return choices.file ? configure(session, choices, opts.number(OPT_WAIT))
+                        : manage(session, choices);
 }
+
+const CommandSpec CFG_ROW = {
+    cfg_command,
+    "cfg",
+    "Update WTP setting",
+    {"--mac MAC\t\tthe wtp's mac address list",
+     "--type TYPE\t\tspecify the type of cfg file. 0:AP 1:Switch",
+     "--add\t\t\tadd the wtp to management list", "--del\t\t\tdelete the wtp from management list",
+     "--file FILE\t\tspecify the json config file",
+     "--ip IP/MSK/GW/DNS1/DNS2 specify ip setting when the wtp joins",
+     "--wait SEC\t\thow many seconds to wait before applying config"},
+    {{OPT_MAC}, {OPT_ADD}, {OPT_DEL}, {OPT_FILE}, {OPT_IP}, {OPT_TYPE, "0 1"}, {OPT_WAIT}},
+};

@@ -25,8 +25,9 @@ int cfg_request_add(AcSession &session, const MacList &wtps, const TlvBuffer &it
     for (const Mac &mac : wtps) {
         RequestWriter request(session, COMMAND_ADD);
         request.mac(mac);
-        request.length16(items.wire_size);
-        tlv_write(request, items);
+        request.begin_length();
+        request.bytes(items.wire.data(), items.wire_size());
+        request.end_length();
         uint8_t code;
         if (!read_result(session, request, mac, code) || code == RESULT_TOO_MANY_DEVICES)
             return 1;
@@ -77,19 +78,17 @@ int cfg_request_set(AcSession &session, const MacList &wtps, DeviceKind kind, in
 {
     uint64_t length = 6 * uint64_t{wtps.size()} + 8;
     for (const TlvBuffer &items : lists)
-        length += items.wire_size + 2;
-    if (length > UINT32_MAX)
-        return fail("ERROR: Request of %llu bytes is too long, at most %u fit.\n",
-                    static_cast<unsigned long long>(length), UINT32_MAX);
-
+        length += items.wire_size() + 2;
     RequestWriter request(session, COMMAND_SET_CONFIG);
+    if (length > UINT32_MAX)
+        request.refuse("bytes", length, UINT32_MAX);
     request.u32(static_cast<uint32_t>(length));
     request.mac_list(wtps);
     request.u8(kind);
     request.u32(static_cast<uint32_t>(wait));
     request.u8(several);
     for (const TlvBuffer &items : lists) {
-        tlv_write(request, items);
+        request.bytes(items.wire.data(), items.wire_size());
         request.u16(0);
     }
     if (request.finish() != 0)

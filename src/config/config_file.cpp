@@ -19,7 +19,7 @@ static int read_failed(const char *name)
 
 static int read_sized(FILE *file, const char *name, size_t size, Bytes &text)
 {
-    uint8_t *place = text.reserve(size + 1); // the parser looks behind the end
+    uint8_t *place = text.place(size + 1); // the parser looks behind the end
     if (place == nullptr)
         return fail("ERROR: Out of memory.\n");
     if (fread(place, 1, size, file) != size)
@@ -32,7 +32,7 @@ static int read_sized(FILE *file, const char *name, size_t size, Bytes &text)
 static int read_stream(FILE *file, const char *name, Bytes &text)
 {
     while (feof(file) == 0 && ferror(file) == 0) {
-        uint8_t *place = text.reserve(STREAM_PIECE);
+        uint8_t *place = text.place(STREAM_PIECE);
         if (place == nullptr)
             return fail("ERROR: Out of memory.\n");
         text.advance(fread(place, 1, STREAM_PIECE - 1, file));

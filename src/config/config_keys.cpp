@@ -1,235 +1,35 @@
 // SPDX-License-Identifier: MIT
 #include "config/config_keys.h"
 
-#include <string_view>
+#define GROUP(path, ...)
 
-constexpr const ConfigKey SWITCH_KEYS[] = {
-    {1, json_string, 0, 255, FORM_TEXT, "wtp_cfg.name"},
-    {2, json_string, 0, 255, FORM_TEXT, "wtp_cfg.location"},
-    {6, json_string, 1, 255, FORM_TEXT, "wtp_cfg.admin"},
-    {7, json_string, 1, 255, FORM_TEXT, "wtp_cfg.password"},
-    {3, json_string, 23, 47, FORM_IP_SETTINGS, "wtp_cfg.ipv4"},
-    {4, json_string, 0, 15, FORM_IPV4, "wtp_cfg.dns1"},
-    {5, json_string, 0, 15, FORM_IPV4, "wtp_cfg.dns2"},
-    {9, json_integer, 0, 65535, FORM_U32, "wtp_cfg.switch_port[].port"},
-    {10, json_integer, 0, 10, FORM_U32, "wtp_cfg.switch_port[].mode"},
-    {11, json_integer, 0, 1, FORM_U32, "wtp_cfg.switch_port[].flow_control"},
-    {22, json_string, 0, 255, FORM_TEXT, "wtp_cfg.switch_port[].descp"},
-    {12, json_integer, 0, 65535, FORM_U32, "wtp_cfg.power_budget"},
-    {14, json_integer, 0, 65535, FORM_U32, "wtp_cfg.poe_port[].port"},
-    {15, json_integer, 0, 1, FORM_U32, "wtp_cfg.poe_port[].enable"},
-    {16, json_integer, 0, 3, FORM_U32, "wtp_cfg.poe_port[].priority"},
-    {17, json_integer, 1, 2, FORM_U32, "wtp_cfg.poe_port[].power_limit_type"},
-    {18, json_integer, 0, 65535, FORM_U32, "wtp_cfg.poe_port[].user_power_limit"},
-    {19, json_string, 0, 255, FORM_HOST_LIST, "wtp_cfg.ac_list[]"},
-    {20, json_string, 0, 17, FORM_MAC_LIST, "wtp_cfg.manage_mac_list[]"},
-    {21, json_integer, 0, 1, FORM_U32, "wtp_cfg.redundancyMode"},
-    {23, json_integer, 0, 1, FORM_U32, "wtp_cfg.pdl_enable"},
-    {25, json_integer, 0, 65535, FORM_U32, "wtp_cfg.pd_lifeguard[].port"},
-    {26, json_integer, 0, 1, FORM_U32, "wtp_cfg.pd_lifeguard[].enable"},
-    {27, json_integer, 0, 2, FORM_U32, "wtp_cfg.pd_lifeguard[].mode"},
-    {28, json_integer, 0, 2, FORM_U32, "wtp_cfg.pd_lifeguard[].action"},
-    {29, json_string, 0, 15, FORM_IPV4, "wtp_cfg.pd_lifeguard[].specified_ip"},
-    {30, json_integer, 1, 3600, FORM_U32, "wtp_cfg.pd_lifeguard[].ping_interval"},
-    {31, json_integer, 1, 255, FORM_U32, "wtp_cfg.pd_lifeguard[].ping_max_count"},
-    {32, json_integer, 1, 600, FORM_U32, "wtp_cfg.pd_lifeguard[].power_recovery_interval"},
-    {33, json_integer, 0, 20, FORM_U32, "wtp_cfg.pd_lifeguard[].reboot_max_retry_count"},
-    {34, json_integer, 0, 65535, FORM_U32, "wtp_cfg.pd_lifeguard[].reboot_count"},
-    {35, json_integer, 50, 1200, FORM_U32, "wtp_cfg.pd_lifeguard[].pd_bootup_time"},
-    {36, json_integer, 0, 1, FORM_U32, "wtp_cfg.pd_lifeguard[].clear_reboot_count"},
-    {37, json_string, 0, 255, FORM_TEXT, "wtp_cfg.pd_lifeguard[].status"},
-    {39, json_integer, 0, 65535, FORM_U32, "wtp_cfg.pdl_status[].port"},
-    {40, json_integer, 0, 1, FORM_U32, "wtp_cfg.pdl_status[].state"},
-    {41, json_integer, 0, 2, FORM_U32, "wtp_cfg.pdl_status[].mode"},
-    {42, json_integer, 0, 3, FORM_U32, "wtp_cfg.pdl_status[].polling_method"},
-    {43, json_string, 0, 17, FORM_TEXT, "wtp_cfg.pdl_status[].mac"},
-    {44, json_string, 0, 15, FORM_IPV4, "wtp_cfg.pdl_status[].management_ip"},
-    {45, json_string, 0, 255, FORM_TEXT, "wtp_cfg.pdl_status[].action"},
-    {},
-};
-
+#define COUNT(id, path, ...)
+#define AP(id, form, min, max, path, ...) {id, FORM_##form, min, max, path},
+#define SWITCH(id, form, min, max, path, ...)
 constexpr const ConfigKey ACCESS_POINT_KEYS[] = {
-    {1, json_string, 0, 255, FORM_TEXT, "wtp_cfg.name"},
-    {2, json_string, 0, 255, FORM_TEXT, "wtp_cfg.location"},
-    {43, json_string, 1, 255, FORM_TEXT, "wtp_cfg.admin"},
-    {44, json_string, 1, 255, FORM_PASSWORD_DIGEST, "wtp_cfg.password"},
-    {3, json_string, 23, 47, FORM_IP_SETTINGS, "wtp_cfg.ipv4"},
-    {41, json_string, 0, 15, FORM_IPV4, "wtp_cfg.dns1"},
-    {42, json_string, 0, 15, FORM_IPV4, "wtp_cfg.dns2"},
-    {50, json_integer, 0, 1, FORM_U32, "wtp_cfg.bandsteer"},
-    {100, json_integer, 0, 3, FORM_U32, "wtp_cfg.bandsteering.mode"},
-    {101, json_integer, 0, 1, FORM_U32, "wtp_cfg.bandsteering.percent_en"},
-    {102, json_integer, 0, 1, FORM_U32, "wtp_cfg.bandsteering.rssi_en"},
-    {103, json_integer, -80, -60, FORM_U32, "wtp_cfg.bandsteering.rssi"},
-    {104, json_integer, 0, 100, FORM_U32, "wtp_cfg.bandsteering.percent"},
-    {51, json_integer, 0, 1, FORM_U32, "wtp_cfg.fasthandover.status"},
-    {52, json_integer, -100, -60, FORM_U32, "wtp_cfg.fasthandover.rssi"},
-    {57, json_string, 0, 15, FORM_IPV4, "wtp_cfg.guest_network.addr"},
-    {58, json_string, 0, 15, FORM_IPV4, "wtp_cfg.guest_network.mask"},
-    {59, json_string, 0, 15, FORM_IPV4, "wtp_cfg.guest_network.start"},
-    {60, json_string, 0, 15, FORM_IPV4, "wtp_cfg.guest_network.end"},
-    {61, json_string, 0, 15, FORM_IPV4, "wtp_cfg.guest_network.wins"},
-    {63, json_integer, 0, 1, FORM_U32, "wtp_cfg.led.power"},
-    {64, json_integer, 0, 1, FORM_U32, "wtp_cfg.led.lan"},
-    {65, json_integer, 0, 1, FORM_U32, "wtp_cfg.led.wlan0"},
-    {66, json_integer, 0, 1, FORM_U32, "wtp_cfg.led.wlan1"},
-    {154, json_integer, 0, 1, FORM_U32, "wtp_cfg.led.wlan2"},
-    {67, json_integer, 0, 1, FORM_U32, "wtp_cfg.led.mesh"},
-    {89, json_integer, 0, 4096, FORM_U32, "wtp_cfg.manage_vlan_id"},
-    {157, json_integer, -720, 780, FORM_U32, "wtp_cfg.timezone"},
-    {155, json_integer, 0, 1, FORM_U32, "wtp_cfg.log_remote_en"},
-    {158, json_integer, 0, 1, FORM_U32, "wtp_cfg.log_traffic_en"},
-    {156, json_string, 0, 128, FORM_TEXT, "wtp_cfg.log_remote_conf"},
-    {94, json_integer, 0, 1, FORM_U32, "wtp_cfg.lan_port[].en"},
-    {95, json_integer, 0, 4094, FORM_U32, "wtp_cfg.lan_port[].vid"},
-    {90, json_string, 0, 255, FORM_HOST_LIST, "wtp_cfg.ac_list[]"},
-    {5, json_integer, 0, 2, FORM_U32, "wtp_cfg.radio[].op_mode"},
-    {6, json_integer, 1, 268435455, FORM_U32, "wtp_cfg.radio[].wl_mode"},
-    {7, json_integer, 0, 268435455, FORM_U32, "wtp_cfg.radio[].country"},
-    {8, json_integer, 0, 268435455, FORM_U32, "wtp_cfg.radio[].channel.ht"},
-    {9, json_integer, 0, 268435455, FORM_U32, "wtp_cfg.radio[].channel.ext"},
-    {10, json_integer, 0, 268435455, FORM_U32, "wtp_cfg.radio[].channel.val"},
-    {11, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].limited_clients.enable"},
-    {12, json_integer, 1, 127, FORM_U32, "wtp_cfg.radio[].limited_clients.count"},
-    {13, json_integer, 0, 268435455, FORM_U32, "wtp_cfg.radio[].tx_power"},
-    {48, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].obey_regulatory_power"},
-    {45, json_string, 2, 7, FORM_DATA_RATE, "wtp_cfg.radio[].data_rate"},
-    {162, json_integer, 1, 56, FORM_U32, "wtp_cfg.radio[].bit_rate"},
-    {163, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].ax_enable"},
-    {46, json_integer, 1, 2346, FORM_U32, "wtp_cfg.radio[].rts_cts_threshold"},
-    {14, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].aggregation.enable"},
-    {15, json_integer, 1, 64, FORM_U32, "wtp_cfg.radio[].aggregation.frames"},
-    {16, json_integer, 2304, 65535, FORM_U32, "wtp_cfg.radio[].aggregation.maxbytes"},
-    {69, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].portal.enable"},
-    {70, json_integer, 0, 4, FORM_U32, "wtp_cfg.radio[].portal.login_type"},
-    {71, json_string, 0, 15, FORM_SERVER_ADDRESS, "wtp_cfg.radio[].portal.radius_server"},
-    {72, json_string, 0, 200, FORM_TEXT, "wtp_cfg.radio[].portal.userurl"},
-    {73, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].portal.walled_garden.enable"},
-    {74, json_string, 0, 3000, FORM_TEXT, "wtp_cfg.radio[].portal.walled_garden.pages"},
-    {75, json_integer, 0, 268435455, FORM_U16, "wtp_cfg.radio[].portal.radius_port"},
-    {76, json_string, 0, 64, FORM_TEXT, "wtp_cfg.radio[].portal.radius_secret"},
-    {77, json_integer, 0, 268435455, FORM_U32, "wtp_cfg.radio[].portal.session_timeout"},
-    {78, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].portal.session_timeout_enable"},
-    {79, json_integer, 0, 268435455, FORM_U32, "wtp_cfg.radio[].portal.idle_timeout"},
-    {80, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].portal.idle_timeout_enable"},
-    {81, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].portal.accounting_enable"},
-    {82, json_integer, 0, 268435455, FORM_U32, "wtp_cfg.radio[].portal.accounting_time"},
-    {83, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].portal.auth_type"},
-    {84, json_string, 0, 100, FORM_TEXT, "wtp_cfg.radio[].portal.external_server"},
-    {85, json_string, 0, 20, FORM_TEXT, "wtp_cfg.radio[].portal.external_secret"},
-    {86, json_string, 0, 15, FORM_SERVER_ADDRESS, "wtp_cfg.radio[].portal.account_server"},
-    {87, json_integer, 0, 268435455, FORM_U16, "wtp_cfg.radio[].portal.accounting_port"},
-    {88, json_string, 0, 64, FORM_TEXT, "wtp_cfg.radio[].portal.accounting_secret"},
-    {91, json_string, 0, 100, FORM_TEXT, "wtp_cfg.radio[].portal.uamformat"},
-    {92, json_string, 0, 100, FORM_TEXT, "wtp_cfg.radio[].portal.local_auth"},
-    {96, json_integer, 0, 268435455, FORM_U16, "wtp_cfg.radio[].portal.port"},
-    {97, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].portal.https_enable"},
-    {98, json_string, 0, 20, FORM_TEXT, "wtp_cfg.radio[].portal.radius_secret2"},
-    {99, json_string, 0, 15, FORM_SERVER_ADDRESS, "wtp_cfg.radio[].portal.radius_server2"},
-    {120, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].fasthandover.status"},
-    {121, json_integer, -100, -60, FORM_U32, "wtp_cfg.radio[].fasthandover.rssi"},
-    {62, json_integer, 0, 32000, FORM_U32, "wtp_cfg.radio[].distance"},
-    {18, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].wlan[].enable"},
-    {19, json_string, 0, 32, FORM_TEXT, "wtp_cfg.radio[].wlan[].ssid"},
-    {20, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].wlan[].supr_ssid"},
-    {21, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].wlan[].sta_sep"},
-    {68, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].wlan[].layer2Isolation"},
-    {22, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].wlan[].isolation"},
-    {23, json_integer, 0, 4094, FORM_U32, "wtp_cfg.radio[].wlan[].vlan"},
-    {39, json_integer, 0, 2, FORM_U32, "wtp_cfg.radio[].wlan[].acl.mode"},
-    {53, json_integer, -1, 999999, FORM_U32, "wtp_cfg.radio[].wlan[].downloadlimit"},
-    {54, json_integer, -1, 999999, FORM_U32, "wtp_cfg.radio[].wlan[].uploadlimit"},
-    {118, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].wlan[].downperuser_en"},
-    {119, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].wlan[].uploadperuser_en"},
-    {160, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].wlan[].uploadMode"},
-    {159, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].wlan[].downloadMode"},
-    {55, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].wlan[].roaming.enable"},
-    {56, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].wlan[].roaming.adv_search"},
-    {40, json_string, 0, 17, FORM_MAC_LIST, "wtp_cfg.radio[].wlan[].acl.mac[]"},
-    {161, json_string, 0, 17, FORM_MAC_LIST, "wtp_cfg.radio[].wlan[].l2macWlist[]"},
-    {24, json_integer, 0, 268435455, FORM_U32, "wtp_cfg.radio[].wlan[].sec_mode"},
-    {25, json_integer, 0, 268435455, FORM_U32, "wtp_cfg.radio[].wlan[].wep.auth_type"},
-    {49, json_integer, 0, 268435455, FORM_U32, "wtp_cfg.radio[].wlan[].wep.in_type"},
-    {26, json_integer, 0, 268435455, FORM_U32, "wtp_cfg.radio[].wlan[].wep.key_len"},
-    {27, json_integer, 0, 3, FORM_U32, "wtp_cfg.radio[].wlan[].wep.def_key"},
-    {28, json_string, 0, 32, FORM_TEXT, "wtp_cfg.radio[].wlan[].wep.key[]"},
-    {29, json_integer, 0, 268435455, FORM_U32, "wtp_cfg.radio[].wlan[].wpa.enc_mode"},
-    {165, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].wlan[].wpa.suiteb_en"},
-    {117, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].wlan[].wpa.pmf_enable"},
-    {30, json_string, 0, 64, FORM_TEXT, "wtp_cfg.radio[].wlan[].wpa.passphrase"},
-    {31, json_integer, 0, 3600, FORM_U32, "wtp_cfg.radio[].wlan[].wpa.group_key_int"},
-    {32, json_string, 0, 15, FORM_IPV4, "wtp_cfg.radio[].wlan[].wpa.radius.addr"},
-    {33, json_integer, 0, 65535, FORM_U16, "wtp_cfg.radio[].wlan[].wpa.radius.port"},
-    {34, json_string, 0, 64, FORM_TEXT, "wtp_cfg.radio[].wlan[].wpa.radius.secret"},
-    {35, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].wlan[].acc.enable"},
-    {36, json_string, 0, 15, FORM_IPV4, "wtp_cfg.radio[].wlan[].acc.addr"},
-    {37, json_integer, 0, 65535, FORM_U16, "wtp_cfg.radio[].wlan[].acc.port"},
-    {38, json_string, 0, 64, FORM_TEXT, "wtp_cfg.radio[].wlan[].acc.secret"},
-    {47, json_integer, 0, 600, FORM_U32, "wtp_cfg.radio[].wlan[].acc.interval"},
-    {105, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].wlan[].nas.id_enable"},
-    {106, json_string, 0, 32, FORM_TEXT, "wtp_cfg.radio[].wlan[].nas.id"},
-    {115, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].wlan[].nas.ip_enable"},
-    {116, json_string, 0, 15, FORM_IPV4, "wtp_cfg.radio[].wlan[].nas.ip"},
-    {107, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].wlan[].nas.port_enable"},
-    {108, json_integer, 0, 65535, FORM_U16, "wtp_cfg.radio[].wlan[].nas.port"},
-    {109, json_integer, 0, 3, FORM_U32, "wtp_cfg.lan_port[].vlan_mode"},
-    {110, json_integer, 0, 1, FORM_U32, "wtp_cfg.mesh.enable_total"},
-    {111, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].mesh.enable"},
-    {112, json_string, 0, 32, FORM_TEXT, "wtp_cfg.radio[].mesh.id"},
-    {113, json_string, 8, 63, FORM_TEXT, "wtp_cfg.radio[].mesh.wpa_key"},
-    {114, json_integer, -96, 0, FORM_U16, "wtp_cfg.radio[].mesh.link_robust_threshold"},
-    {123, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].wlan[].portal.enable"},
-    {124, json_integer, 0, 4, FORM_U32, "wtp_cfg.radio[].wlan[].portal.login_type"},
-    {125, json_string, 0, 15, FORM_SERVER_ADDRESS, "wtp_cfg.radio[].wlan[].portal.radius_server"},
-    {126, json_string, 0, 200, FORM_TEXT, "wtp_cfg.radio[].wlan[].portal.userurl"},
-    {127, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].wlan[].portal.walled_garden.enable"},
-    {128, json_string, 0, 3000, FORM_TEXT, "wtp_cfg.radio[].wlan[].portal.walled_garden.pages"},
-    {129, json_integer, 0, 268435455, FORM_U16, "wtp_cfg.radio[].wlan[].portal.radius_port"},
-    {130, json_string, 0, 64, FORM_TEXT, "wtp_cfg.radio[].wlan[].portal.radius_secret"},
-    {131, json_integer, 0, 268435455, FORM_U32, "wtp_cfg.radio[].wlan[].portal.session_timeout"},
-    {132, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].wlan[].portal.session_timeout_enable"},
-    {133, json_integer, 0, 268435455, FORM_U32, "wtp_cfg.radio[].wlan[].portal.idle_timeout"},
-    {134, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].wlan[].portal.idle_timeout_enable"},
-    {135, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].wlan[].portal.accounting_enable"},
-    {136, json_integer, 0, 268435455, FORM_U32, "wtp_cfg.radio[].wlan[].portal.accounting_time"},
-    {137, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].wlan[].portal.auth_type"},
-    {138, json_string, 0, 100, FORM_TEXT, "wtp_cfg.radio[].wlan[].portal.external_server"},
-    {139, json_string, 0, 20, FORM_TEXT, "wtp_cfg.radio[].wlan[].portal.external_secret"},
-    {140, json_string, 0, 15, FORM_SERVER_ADDRESS, "wtp_cfg.radio[].wlan[].portal.account_server"},
-    {141, json_integer, 0, 268435455, FORM_U16, "wtp_cfg.radio[].wlan[].portal.accounting_port"},
-    {142, json_string, 0, 64, FORM_TEXT, "wtp_cfg.radio[].wlan[].portal.accounting_secret"},
-    {147, json_string, 0, 100, FORM_TEXT, "wtp_cfg.radio[].wlan[].portal.uamformat"},
-    {148, json_string, 0, 100, FORM_TEXT, "wtp_cfg.radio[].wlan[].portal.local_auth"},
-    {143, json_integer, 0, 268435455, FORM_U16, "wtp_cfg.radio[].wlan[].portal.port"},
-    {144, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].wlan[].portal.https_enable"},
-    {145, json_string, 0, 20, FORM_TEXT, "wtp_cfg.radio[].wlan[].portal.radius_secret2"},
-    {146, json_string, 0, 15, FORM_SERVER_ADDRESS, "wtp_cfg.radio[].wlan[].portal.radius_server2"},
-    {122, json_integer, 0, 268435455, FORM_U32, "wtp_cfg.radio[].wlan[].portal.network_type"},
-    {149, json_integer, 0, 3, FORM_U32, "wtp_cfg.radio[].wlan[].bandsteering.mode"},
-    {150, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].wlan[].bandsteering.percent_en"},
-    {151, json_integer, 0, 1, FORM_U32, "wtp_cfg.radio[].wlan[].bandsteering.rssi_en"},
-    {152, json_integer, -80, -60, FORM_U32, "wtp_cfg.radio[].wlan[].bandsteering.rssi"},
-    {153, json_integer, 0, 100, FORM_U32, "wtp_cfg.radio[].wlan[].bandsteering.percent"},
-    {164, json_string, 0, -1, FORM_TEXT, "wtp_cfg.radio[].wlan[].hotspot20"},
+#include "config/settings.def"
     {},
 };
+#undef AP
+#undef SWITCH
 
+#define AP(id, form, min, max, path, ...)
+#define SWITCH(id, form, min, max, path, ...) {id, FORM_##form, min, max, path},
+constexpr const ConfigKey SWITCH_KEYS[] = {
+#include "config/settings.def"
+    {},
+};
+#undef SWITCH
+#undef COUNT
+
+#define SWITCH(id, form, min, max, path, ...)
+#define COUNT(id, path, ...) {id, path},
 constexpr const ConfigArray CONFIG_ARRAYS[] = {
-    {"wtp_cfg.radio[]", 4},       {"wtp_cfg.radio[].wlan[]", 17},
-    {"wtp_cfg.lan_port[]", 93},   {"wtp_cfg.switch_port[]", 8},
-    {"wtp_cfg.poe_port[]", 13},   {"wtp_cfg.pd_lifeguard[]", 24},
-    {"wtp_cfg.pdl_status[]", 38}, {},
-};
-
-constexpr const ConfigList CONFIG_LISTS[] = {
-    {"wtp_cfg.manage_mac_list[]", 20, ConfigList::NOT_SUPPORTED, 6},
-    {"wtp_cfg.ac_list[]", 19, 90, 256},
-    {"wtp_cfg.radio[].wlan[].acl.mac[]", 40, 40, 6},
-    {"wtp_cfg.radio[].wlan[].l2macWlist[]", 161, 161, 6},
+#include "config/settings.def"
     {},
 };
 
-// All three tables are searched from their first row; the texts' lengths, which are constants, tell
+// The tables are searched from their first row; the texts' lengths, which are constants, tell
 // almost all rows apart.
 template <class Row> static const Row *find(const Row *row, std::string_view path)
 {
@@ -243,19 +43,14 @@ const ConfigKey *config_key_find(const ConfigKey *table, std::string_view path)
     return find(table, path);
 }
 
-bool config_keys_below(const ConfigKey *table, std::string_view path)
-{
-    while (!table->path.empty() && !table->path.starts_with(path))
-        table++;
-    return !table->path.empty();
-}
-
 const ConfigArray *config_array_find(std::string_view path)
 {
     return find(CONFIG_ARRAYS, path);
 }
 
-const ConfigList *config_list_find(std::string_view path)
+bool config_keys_below(const ConfigKey *table, std::string_view path)
 {
-    return find(CONFIG_LISTS, path);
+    while (!table->path.empty() && !table->path.starts_with(path))
+        table++;
+    return !table->path.empty();
 }

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
-// The settings that configuration files can hold: one row each, a table for each kind of device.
-//
-// A path names members from the top of the file, joined by dots; [] stands for any element of an
-// array. The item ids are a contract with the controller; the same path can have different ids in
-// the two tables.
+// The settings that configuration files can hold: a table for each kind of device, made from the
+// rows of settings.def.
 #pragma once
+
+#include "proto/device_kind.h"
 
 #include <cstdint>
 #include <json-parser/json.h>
@@ -26,37 +25,42 @@ enum ConfigForm : uint8_t {
 
 struct ConfigKey {
     int32_t id = 0;
-    json_type kind = json_none; // json_integer or json_string
-    int32_t min = 0;            // smallest value, or smallest length in bytes
-    int32_t max = 0;            // largest value, or largest length; -1 as a length: no limit
     ConfigForm form = FORM_U32;
+    int32_t min = 0;       // smallest value, or smallest length in bytes
+    int32_t max = 0;       // largest value, or largest length; -1 as a length: no limit
     std::string_view path; // empty in the row that ends a table
+
+    // The JSON kind that a value must have: json_integer or json_string.
+    json_type kind() const
+    {
+        return form == FORM_U32 || form == FORM_U16 ? json_integer : json_string;
+    }
+
+    // Bytes of an element in a list's one item; 0 for settings that are no lists.
+    uint32_t element_size() const
+    {
+        return form == FORM_MAC_LIST ? 6 : form == FORM_HOST_LIST ? 256 : 0;
+    }
 };
 
-// An array that makes an item of its own: its number of elements, as 32 bits.
+// An array that makes an item of its own, for either kind of device: its number of elements, as 32
+// bits.
 struct ConfigArray {
-    std::string_view path;
     int32_t id = 0;
+    std::string_view path; // empty in the row that ends the table
 };
 
-// An array that makes one item of all its elements, and an empty item when it has none.
-struct ConfigList {
-    std::string_view path;
-    int32_t switch_id = 0;
-    int32_t access_point_id = 0; // or NOT_SUPPORTED
-    uint32_t element_size = 0;   // bytes
-
-    enum : int32_t { NOT_SUPPORTED = 0 };
+enum : uint32_t {
+    CONFIG_ELEMENTS_MAX = 256,      // of any array: what an index byte can tell apart
+    CONFIG_VALUE_BYTES_MAX = 65535, // of an item's value
+    CONFIG_ITEM_ADDRESS_SETTINGS =
+        3, // of the setting ipv4, and of the one item that cfg --add can have
 };
-
-// The device kind byte of a configuration request.
-enum DeviceKind : uint8_t { DEVICE_SWITCH = 2, DEVICE_ACCESS_POINT = 3 };
 
 // Each ends with an empty row.
 extern const ConfigKey SWITCH_KEYS[];
 extern const ConfigKey ACCESS_POINT_KEYS[];
 extern const ConfigArray CONFIG_ARRAYS[];
-extern const ConfigList CONFIG_LISTS[];
 
 inline const ConfigKey *config_keys(DeviceKind kind)
 {
@@ -65,6 +69,6 @@ inline const ConfigKey *config_keys(DeviceKind kind)
 
 // The row of a path, or null.
 const ConfigKey *config_key_find(const ConfigKey *table, std::string_view path);
-bool config_keys_below(const ConfigKey *table, std::string_view path); // any path that starts so
 const ConfigArray *config_array_find(std::string_view path);
-const ConfigList *config_list_find(std::string_view path);
+
+bool config_keys_below(const ConfigKey *table, std::string_view path); // any path that starts so

@@ -2,7 +2,7 @@
 #include "config/config_value.h"
 
 #include "config/password_digest.h"
-#include "proto/byte_order.h"
+#include "util/byte_order.h"
 #include "util/ipv4.h"
 #include "util/mac.h"
 #include "util/output.h"
@@ -11,19 +11,15 @@
 #include <cstdlib>
 #include <cstring>
 
-enum : uint32_t {
-    ELEMENTS_MAX = 256, // what an index byte can tell apart
-};
-
-static int invalid_value(const ConfigKey &row, const char *text)
+static int report_invalid(const ConfigKey &row, const char *text)
 {
     return fail("ERROR: Invalid config value '%s' for '%s'.\n", text, row.path.data());
 }
 
-static int too_long(const ConfigKey &row, size_t length)
+static int report_too_long(const ConfigKey &row, size_t length)
 {
     return fail("ERROR: config value of %zu bytes is too long (%u at most) for '%s'.\n", length,
-                UINT16_MAX, row.path.data());
+                CONFIG_VALUE_BYTES_MAX, row.path.data());
 }
 
 static int append(ConfigContext &context, int32_t id, IndexKey key, const void *value,
@@ -41,63 +37,78 @@ static int append_u32(ConfigContext &context, int32_t id, IndexKey key, uint32_t
 
 // --- Arrays --------------------------------------------------------------------------------------
 
-// The most elements of an array that the key table knows: what an index byte can tell apart, and of
-// a list what its one item can hold.
-static uint32_t elements_max(const ConfigList *list)
+// The row of a list, whichever kind of device has it; null for what is no list.
+static const ConfigKey *find_list(DeviceKind kind, std::string_view path)
 {
-    return list == nullptr ? ELEMENTS_MAX
-                           : std::min<uint32_t>(ELEMENTS_MAX, UINT16_MAX / list->element_size);
+    const DeviceKind other = kind == DEVICE_SWITCH ? DEVICE_ACCESS_POINT : DEVICE_SWITCH;
+    const ConfigKey *row = config_key_find(config_keys(kind), path);
+    if (row == nullptr)
+        row = config_key_find(config_keys(other), path);
+    return row == nullptr || row->element_size() == 0 ? nullptr : row;
 }
 
-static int start_list(ConfigContext &context, const ConfigList &list, IndexKey key, uint32_t length)
+// The most elements of an array that has settings: what an index byte can tell apart, and of a list
+// what its one item can hold.
+static uint32_t elements_max(const ConfigKey *list)
 {
-    if (length == 0) {
-        const int32_t id = context.kind == DEVICE_SWITCH ? list.switch_id : list.access_point_id;
-        if (id == ConfigList::NOT_SUPPORTED)
-            return fail("ERROR: Only support Switch device\n");
-        return append(context, id, key, nullptr, 0);
-    }
+    return list == nullptr ? CONFIG_ELEMENTS_MAX
+                           : std::min<uint32_t>(CONFIG_ELEMENTS_MAX,
+                                                CONFIG_VALUE_BYTES_MAX / list->element_size());
+}
+
+static int take_empty_list(ConfigContext &context, const ConfigKey &list, IndexKey key)
+{
+    const bool of_switches_only = config_key_find(ACCESS_POINT_KEYS, list.path) == nullptr;
+    if (of_switches_only && context.kind != DEVICE_SWITCH)
+        return fail("ERROR: Only support Switch device\n");
+    return append(context, list.id, key, nullptr, 0);
+}
+
+static int start_list(ConfigContext &context, const ConfigKey &list, uint32_t length)
+{
     context.list = &list;
     context.list_length = length;
     context.list_bytes.clear();
-    const size_t size = size_t{length} * list.element_size;
-    if (!context.list_bytes.reserve(size))
+    const size_t size = size_t{length} * list.element_size();
+    uint8_t *place = context.list_bytes.place(size);
+    if (place == nullptr)
         return fail("ERROR: Out of memory\n");
-    while (context.list_bytes.size() < size)
-        context.list_bytes.append() = 0;
+    memset(place, 0, size);
+    context.list_bytes.advance(size);
     return 0;
 }
 
 static int take_array(ConfigContext &context, std::string_view path, IndexKey key, uint32_t length)
 {
     const ConfigArray *array = config_array_find(path);
-    const ConfigList *list = config_list_find(path);
+    const ConfigKey *list = find_list(context.kind, path);
     if (length > elements_max(list) &&
         (array != nullptr || list != nullptr || config_keys_below(config_keys(context.kind), path)))
         return fail("ERROR: config array of %u elements is too long (%u at most) for '%.*s'.\n",
                     length, elements_max(list), static_cast<int>(path.size()), path.data());
     if (array != nullptr)
         return append_u32(context, array->id, key, length);
-    if (list != nullptr)
-        return start_list(context, *list, key.first(key.size() - 1), length);
-    return 0;
+    if (list == nullptr)
+        return 0;
+    return length == 0 ? take_empty_list(context, *list, key.first(key.size() - 1))
+                       : start_list(context, *list, length);
 }
 
 // The place of a list's element; null when the value is in no list that has begun (a member can be
 // named as if it were an array's element).
 static uint8_t *element(ConfigContext &context, const ConfigKey &row, IndexKey key)
 {
-    const ConfigList *list = context.list;
-    if (list == nullptr || list->path != row.path || key.empty() ||
+    if (context.list == nullptr || context.list->path != row.path || key.empty() ||
         key.back() >= context.list_length)
         return nullptr;
-    return &context.list_bytes[size_t{key.back()} * list->element_size];
+    return context.list_bytes.data() + size_t{key.back()} * row.element_size();
 }
 
-static bool has_equal_elements(const Table<uint8_t> &bytes, uint32_t size)
+static bool has_equal_elements(const Bytes &bytes, uint32_t size)
 {
-    for (const uint8_t *one = bytes.begin(); one < bytes.end(); one += size)
-        for (const uint8_t *other = one + size; other < bytes.end(); other += size)
+    const uint8_t *end = bytes.data() + bytes.size();
+    for (const uint8_t *one = bytes.data(); one < end; one += size)
+        for (const uint8_t *other = one + size; other < end; other += size)
             if (memcmp(one, other, size) == 0)
                 return true;
     return false;
@@ -110,11 +121,11 @@ static int finish_element(ConfigContext &context, const ConfigKey &row, IndexKey
 {
     if (key.back() != context.list_length - 1)
         return 0;
-    const Table<uint8_t> &bytes = context.list_bytes;
-    if (what != nullptr && has_equal_elements(bytes, context.list->element_size))
+    const Bytes &bytes = context.list_bytes;
+    if (what != nullptr && has_equal_elements(bytes, row.element_size()))
         return fail("ERROR: Duplicate %s in '%s'.\n", what, row.path.data());
     context.list = nullptr;
-    return append(context, row.id, key.first(key.size() - 1), bytes.begin(), bytes.size());
+    return append(context, row.id, key.first(key.size() - 1), bytes.data(), bytes.size());
 }
 
 static int take_mac(ConfigContext &context, const ConfigKey &row, IndexKey key, const char *text)
@@ -122,7 +133,7 @@ static int take_mac(ConfigContext &context, const ConfigKey &row, IndexKey key, 
     Mac mac;
     uint8_t *place = element(context, row, key);
     if (place == nullptr || !parse_mac(text, mac) || mac.is_group())
-        return invalid_value(row, text);
+        return report_invalid(row, text);
     memcpy(place, mac.byte, sizeof mac.byte);
     return finish_element(context, row, key, "MACs");
 }
@@ -132,7 +143,7 @@ static int take_host(ConfigContext &context, const ConfigKey &row, IndexKey key,
 {
     uint8_t *place = element(context, row, key);
     if (place == nullptr)
-        return invalid_value(row, text);
+        return report_invalid(row, text);
     memcpy(place, text, length); // at most 255 bytes, by the key's row
     return finish_element(context, row, key, context.kind == DEVICE_SWITCH ? nullptr : "hostname");
 }
@@ -154,8 +165,8 @@ static int take_integer(ConfigContext &context, const ConfigKey &row, IndexKey k
 static int take_text(ConfigContext &context, const ConfigKey &row, IndexKey key, const char *text)
 {
     const size_t length = strlen(text);
-    if (length > UINT16_MAX)
-        return too_long(row, length);
+    if (length > CONFIG_VALUE_BYTES_MAX)
+        return report_too_long(row, length);
     return tlv_append_string(context.items, static_cast<uint32_t>(row.id),
                              static_cast<uint32_t>(key.size()), key.data(), text);
 }
@@ -165,7 +176,7 @@ static int take_ip_settings(ConfigContext &context, const ConfigKey &row, IndexK
 {
     Ipv4 setting[3];
     if (!parse_ip_settings(text, setting[0], setting[1], setting[2]))
-        return invalid_value(row, text);
+        return report_invalid(row, text);
     return append(context, row.id, key, setting, sizeof setting);
 }
 
@@ -180,7 +191,7 @@ static int take_data_rate(ConfigContext &context, const ConfigKey &row, IndexKey
     } else if (const char *mcs = strstr(text, "MCS")) {
         code = atoi(mcs + strlen("MCS")) + 1;
     } else if (strchr(text, 'M') == nullptr) {
-        return invalid_value(row, text);
+        return report_invalid(row, text);
     } else {
         const char *point = strchr(text, '.');
         code = 1000 * atoi(text) + (point == nullptr ? 0 : 100 * atoi(point + 1));
@@ -207,7 +218,7 @@ static int take_string(ConfigContext &context, const ConfigKey &row, IndexKey ke
     switch (row.form) {
     case FORM_IPV4:
         if (!parse_ipv4(text, addr))
-            return invalid_value(row, text);
+            return report_invalid(row, text);
         return append(context, row.id, key, addr.octet, sizeof addr.octet);
     case FORM_SERVER_ADDRESS:
         if (!parse_ipv4(text, addr))
@@ -234,9 +245,9 @@ static int take_scalar(ConfigContext &context, std::string_view path, IndexKey k
     const ConfigKey *row = config_key_find(config_keys(context.kind), path);
     if (row == nullptr)
         return 0;
-    if (value.type != row->kind)
+    if (value.type != row->kind())
         return fail("ERROR: json config value is not matched for '%s'\n", row->path.data());
-    if (row->kind == json_integer)
+    if (row->kind() == json_integer)
         return take_integer(context, *row, key, value.u.integer);
     return take_string(context, *row, key, value.u.string.ptr, value.u.string.length);
 }

@@ -5,7 +5,7 @@
 #include "config/config_keys.h"
 #include "config/config_walk.h"
 #include "config/tlv_buffer.h"
-#include "util/table.h"
+#include "util/bytes.h"
 
 #include <cstdint>
 #include <string_view>
@@ -19,9 +19,9 @@ struct ConfigContext {
 
     // The list whose elements are being collected. One at a time is enough: a list's path is never
     // below another's, and a list that was left unfinished starts anew with its next array.
-    const ConfigList *list = nullptr;
+    const ConfigKey *list = nullptr; // its row, or null
     uint32_t list_length = 0;
-    Table<uint8_t> list_bytes;
+    Bytes list_bytes;
 };
 
 // Takes one value of the walk, a JsonHandler with a ConfigContext: a value whose path has a row

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// zov cac: sends devices to another controller.
 //
 //     request   1 command code 17
 //               2 payload length
@@ -7,15 +8,15 @@
 //               1 length L
 //               L address or host name
 //     reply     N result bytes
-#include "ops/cac.h"
-
-#include "cli/option_checks.h"
+#include "options/option_checks.h"
 #include "proto/request_writer.h"
 #include "proto/results.h"
 #include "util/ipv4.h"
 #include "util/output.h"
 
 #include <cstring>
+
+extern const CommandSpec CAC_ROW;
 
 // Text that starts with a digit must be an IPv4 address; all other text is taken as a host name.
 static int check_address(const char *text)
@@ -32,38 +33,40 @@ static int cac_request(AcSession &session, const MacList &wtps, const char *addr
 {
     const size_t length = strlen(address);
     RequestWriter request(session, COMMAND_REDIRECT);
-    request.length16(3 + 6 * size_t{wtps.size()} + length);
+    request.begin_length();
     request.mac_list(wtps);
     request.u8(static_cast<uint8_t>(length));
     request.bytes(address, length);
+    request.end_length();
     if (request.finish() != 0)
         return 1;
     return read_device_results(session, wtps);
 }
 
-int cac_command(AcSession &session, const OptArgList &opts)
+static int cac_command(AcSession &session, const OptArgList &opts)
 {
-    MacOption wtps;
+    MacOption wtps(OPT_MAC);
     const char *address = nullptr;
-    for (const OptArg &opt : opts)
-        switch (opt.code) {
-        case OPT_MAC:
-            if (!wtps.take(opt))
-                return 1;
-            break;
-        case OPT_IP:
+    if (check_options(CAC_ROW, opts, [&](const OptArg &opt) {
+            if (opt.code != OPT_IP)
+                return wtps.take(opt);
             if (address != nullptr)
-                return repeated_option(opt);
-            if (check_address(opt.arg) != 0)
-                return 1;
+                return report_repeated_option(opt);
             address = opt.arg;
-            break;
-        default:
-            return unknown_option(opt);
-        }
+            return check_address(address);
+        }) != 0)
+        return 1;
     if (!wtps.given())
-        return require_option(OPT_MAC);
+        return report_missing_option(OPT_MAC);
     if (address == nullptr)
-        return require_option(OPT_IP);
+        return report_missing_option(OPT_IP);
     return cac_request(session, wtps.list(), address);
 }
+
+const CommandSpec CAC_ROW = {
+    cac_command,
+    "cac",
+    "Let WTP connect to specific AC",
+    {"--mac MAC\t\tthe wtp's mac address list", "--ip ADDR\t\tAC IP address or host name"},
+    {{OPT_MAC}, {OPT_IP}},
+};

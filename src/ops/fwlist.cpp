@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// zov fwlist: the devices that upgrade in one step, and those that upgrade in two.
 //
 //     request   1 command code 19
 //               2 payload length
@@ -7,23 +8,21 @@
 //     reply     N result bytes
 //               2 count of devices that upgrade in one step, 6 each
 //               2 count of devices that upgrade in two steps, 6 each
-#include "ops/fwlist.h"
-
-#include "cli/option_checks.h"
+#include "options/option_checks.h"
 #include "proto/reply_reader.h"
 #include "proto/request_writer.h"
 #include "proto/result_code.h"
 #include "util/output.h"
+
+extern const CommandSpec FWLIST_ROW;
 
 static void read_macs(ReplyReader &reply, MacList &macs)
 {
     const auto count = reply.number<uint16_t>();
     if (count == 0)
         return;
-    if (!macs.reserve(count)) {
-        fail("ERROR: Out of memory\n");
-        reply.set_failed();
-    }
+    if (!macs.reserve(count))
+        reply.report_no_memory();
     for (uint16_t i = 0; i < count && reply.ok(); i++)
         reply.read(macs.append());
 }
@@ -32,8 +31,9 @@ static int fwlist_request(AcSession &session, const MacList &wtps, MacList &one_
                           MacList &two_step)
 {
     RequestWriter request(session, COMMAND_FIRMWARE_LIST);
-    request.length16(6 * size_t{wtps.size()} + 2);
+    request.begin_length();
     request.mac_list(wtps);
+    request.end_length();
     if (request.finish() != 0)
         return 1;
 
@@ -54,17 +54,13 @@ static void print_macs(const char *label, const MacList &macs)
     }
 }
 
-int fwlist_command(AcSession &session, const OptArgList &opts)
+static int fwlist_command(AcSession &session, const OptArgList &opts)
 {
-    MacOption wtps;
-    for (const OptArg &opt : opts) {
-        if (opt.code != OPT_MAC)
-            return unknown_option(opt);
-        if (!wtps.take(opt))
-            return 1;
-    }
+    MacOption wtps(OPT_MAC);
+    if (check_options(FWLIST_ROW, opts, [&](const OptArg &opt) { return wtps.take(opt); }) != 0)
+        return 1;
     if (!wtps.given())
-        return require_option(OPT_MAC);
+        return report_missing_option(OPT_MAC);
 
     MacList one_step, two_step;
     if (fwlist_request(session, wtps.list(), one_step, two_step) != 0)
@@ -73,3 +69,11 @@ int fwlist_command(AcSession &session, const OptArgList &opts)
     print_macs("two step=", two_step);
     return 0;
 }
+
+const CommandSpec FWLIST_ROW = {
+    fwlist_command,
+    "fwlist",
+    "Show firmware upgrade list",
+    {"--mac MAC\t\tthe wtp's mac address list"},
+    {{OPT_MAC}},
+};

@@ -1,24 +1,25 @@
 // SPDX-License-Identifier: MIT
+// zov initfw: sets the controller's firmware upgrading state.
 //
 //     request   1 command code 9
 //               4 state
 //     reply     none
-#include "ops/initfw.h"
-
-#include "cli/option_checks.h"
+#include "options/option_checks.h"
 #include "proto/request_writer.h"
 
-#include <cstdlib>
+extern const CommandSpec INITFW_ROW;
 
-int initfw_command(AcSession &session, const OptArgList &opts)
+static int initfw_command(AcSession &session, const OptArgList &opts)
 {
-    int state = 0;
-    for (const OptArg &opt : opts) {
-        if (opt.code != OPT_FWSTAT)
-            return unknown_option(opt);
-        state = atoi(opt.arg);
-    }
+    if (check_options(INITFW_ROW, opts) != 0)
+        return 1;
     RequestWriter request(session, COMMAND_FIRMWARE_STATE);
-    request.u32(static_cast<uint32_t>(state));
+    request.u32(static_cast<uint32_t>(opts.number(OPT_FWSTAT)));
     return request.finish();
 }
+
+const CommandSpec INITFW_ROW = {
+    initfw_command,        "initfw",
+    "Set Upgrading state", {"--fwstat\t\tlist initialize WTPs status of firmware"},
+    {{OPT_FWSTAT}},
+};

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// zov mem: the blocks of memory that the controller has in use.
 //
 //     request   1 command code 8
 //     reply     2 length L
@@ -6,9 +7,7 @@
 //
 // The record file has a line "name:line:size:time" for each memory block; name and line are the
 // place of its allocation.
-#include "ops/mem.h"
-
-#include "cli/option_checks.h"
+#include "options/option_checks.h"
 #include "proto/reply_reader.h"
 #include "proto/request_writer.h"
 #include "util/calendar.h"
@@ -20,6 +19,8 @@
 #include <cstring>
 #include <memory>
 #include <unistd.h>
+
+extern const CommandSpec MEM_ROW;
 
 namespace {
 
@@ -162,12 +163,11 @@ static int take_records(const char *path, Table<MemRecord> &records)
     return status;
 }
 
-int mem_command(AcSession &session, const OptArgList &opts)
+static int mem_command(AcSession &session, const OptArgList &opts)
 {
-    for (const OptArg &opt : opts)
-        if (opt.code != OPT_ALL)
-            return unknown_option(opt);
-    const bool all = opts.count > 0;
+    if (check_options(MEM_ROW, opts) != 0)
+        return 1;
+    const bool all = opts.given(OPT_ALL);
 
     Text path;
     Table<MemRecord> records;
@@ -182,3 +182,9 @@ int mem_command(AcSession &session, const OptArgList &opts)
     print_total(bytes, records.size());
     return 0;
 }
+
+const CommandSpec MEM_ROW = {
+    mem_command,           "mem",
+    "Show AC memory info", {"--all\t\t\tlist every memory info instead of a summary"},
+    {{OPT_ALL}},
+};

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// zov bgscan, autoch, autotp: a function that the controller repeats on all devices of a band.
 //
 //     request   1 command code 11 (bgscan), 12 (autoch) or 13 (autotp)
 //               2 payload length
@@ -6,76 +7,95 @@
 //               1 enable
 //               4 period in seconds
 //     reply     counted results for bgscan, none for the others
-#include "ops/periodic.h"
-
-#include "cli/option_checks.h"
 #include "ops/radio_band.h"
+#include "options/option_checks.h"
 #include "proto/request_writer.h"
 #include "proto/results.h"
 #include "util/output.h"
 
-#include <cstdlib>
 #include <cstring>
+
+extern const CommandSpec BGSCAN_ROW, AUTOCH_ROW, AUTOTP_ROW;
 
 static int periodic_request(AcSession &session, CommandCode code, RadioBand band, bool enable,
                             int period)
 {
     RequestWriter request(session, code);
-    request.length16(9);
+    request.begin_length();
     request.u32(static_cast<uint32_t>(band));
     request.u8(enable);
     request.u32(static_cast<uint32_t>(period));
+    request.end_length();
     return request.finish();
 }
 
 // Unlike elsewhere the message does not quote the argument, which may be missing.
-static int invalid(int code)
+static int report_invalid(OptionCode code)
 {
     return fail("ERROR: Invalid --%s argument.\n", option_name(code));
 }
 
-static int periodic_command(AcSession &session, const OptArgList &opts, CommandCode code,
-                            RadioBand last_band)
+static int periodic_command(const CommandSpec &row, AcSession &session, const OptArgList &opts,
+                            CommandCode code, RadioBand last_band)
 {
-    RadioBand band = BAND_UNSET;
-    const char *enable = nullptr;
-    int period = 0;
-    for (const OptArg &opt : opts)
-        switch (opt.code) {
-        case OPT_RADIO:
-            band = radio_band(opt.arg, last_band);
-            break;
-        case OPT_ENABLE:
-            enable = opt.arg;
-            if (strcmp(enable, "0") != 0 && strcmp(enable, "1") != 0)
-                return invalid(OPT_ENABLE);
-            break;
-        case OPT_PERIOD:
-            period = atoi(opt.arg);
-            break;
-        default:
-            return unknown_option(opt);
-        }
+    if (check_options(row, opts, [](const OptArg &opt) {
+            if (opt.code == OPT_ENABLE && strcmp(opt.arg, "0") != 0 && strcmp(opt.arg, "1") != 0)
+                return report_invalid(OPT_ENABLE);
+            return 0;
+        }) != 0)
+        return 1;
+    const RadioBand band = radio_band(opts.text(OPT_RADIO), last_band);
     if (band == BAND_UNSET)
-        return invalid(OPT_RADIO);
-    if (enable == nullptr)
-        return invalid(OPT_ENABLE);
-    return periodic_request(session, code, band, *enable == '1', period);
+        return report_invalid(OPT_RADIO);
+    if (!opts.given(OPT_ENABLE))
+        return report_invalid(OPT_ENABLE);
+    return periodic_request(session, code, band, opts.number(OPT_ENABLE) == 1,
+                            opts.number(OPT_PERIOD));
 }
 
-int bgscan_command(AcSession &session, const OptArgList &opts)
+static int bgscan_command(AcSession &session, const OptArgList &opts)
 {
-    if (periodic_command(session, opts, COMMAND_BACKGROUND_SCAN, BAND_5G1) != 0)
+    if (periodic_command(BGSCAN_ROW, session, opts, COMMAND_BACKGROUND_SCAN, BAND_5G1) != 0)
         return 1;
     return read_counted_results(session);
 }
 
-int autoch_command(AcSession &session, const OptArgList &opts)
+static int autoch_command(AcSession &session, const OptArgList &opts)
 {
-    return periodic_command(session, opts, COMMAND_AUTO_CHANNEL, BAND_5G);
+    return periodic_command(AUTOCH_ROW, session, opts, COMMAND_AUTO_CHANNEL, BAND_5G);
 }
 
-int autotp_command(AcSession &session, const OptArgList &opts)
+static int autotp_command(AcSession &session, const OptArgList &opts)
 {
-    return periodic_command(session, opts, COMMAND_AUTO_TX_POWER, BAND_5G1);
+    return periodic_command(AUTOTP_ROW, session, opts, COMMAND_AUTO_TX_POWER, BAND_5G1);
 }
+
+#define PERIODIC_HELP                                                                              \
+    {                                                                                              \
+        "--radio 2g/5g\t\tradio type", "--enable 0/1\t\tenable or not",                            \
+            "--period \t\tinterval in seconds"                                                     \
+    }
+
+const CommandSpec BGSCAN_ROW = {
+    bgscan_command,
+    "bgscan",
+    "Do background sitesurvey",
+    PERIODIC_HELP,
+    {{OPT_RADIO, "2g 5g 5g1"}, {OPT_ENABLE, "0 1"}, {OPT_PERIOD}},
+};
+
+const CommandSpec AUTOCH_ROW = {
+    autoch_command,
+    "autoch",
+    "Do auto channel selection",
+    PERIODIC_HELP,
+    {{OPT_RADIO, "2g 5g"}, {OPT_ENABLE, "0 1"}, {OPT_PERIOD}},
+};
+
+const CommandSpec AUTOTP_ROW = {
+    autotp_command,
+    "autotp",
+    "Do auto tx power",
+    PERIODIC_HELP,
+    {{OPT_RADIO, "2g 5g 5g1"}, {OPT_ENABLE, "0 1"}, {OPT_PERIOD}},
+};

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// zov scan: a site survey by devices, on one band.
 //
 //     request   1 command code 10
 //               2 payload length
@@ -6,43 +7,42 @@
 //               2 count N of devices
 //             6*N devices
 //     reply     N result bytes
-#include "ops/scan.h"
-
-#include "cli/option_checks.h"
 #include "ops/radio_band.h"
+#include "options/option_checks.h"
 #include "proto/request_writer.h"
 #include "proto/results.h"
+
+extern const CommandSpec SCAN_ROW;
 
 static int scan_request(AcSession &session, const MacList &wtps, RadioBand band)
 {
     RequestWriter request(session, COMMAND_SCAN);
-    request.length16(3 + 6 * size_t{wtps.size()});
+    request.begin_length();
     request.u8(static_cast<uint8_t>(band));
     request.mac_list(wtps);
+    request.end_length();
     if (request.finish() != 0)
         return 1;
     return read_device_results(session, wtps);
 }
 
-int scan_command(AcSession &session, const OptArgList &opts)
+static int scan_command(AcSession &session, const OptArgList &opts)
 {
-    MacOption wtps;
-    RadioBand band = BAND_UNSET;
-    for (const OptArg &opt : opts)
-        switch (opt.code) {
-        case OPT_MAC:
-            if (!wtps.take(opt))
-                return 1;
-            break;
-        case OPT_RADIO:
-            band = radio_band(opt.arg, BAND_5G);
-            break;
-        default:
-            return unknown_option(opt);
-        }
+    MacOption wtps(OPT_MAC);
+    if (check_options(SCAN_ROW, opts, [&](const OptArg &opt) { return wtps.take(opt); }) != 0)
+        return 1;
+    const RadioBand band = radio_band(opts.text(OPT_RADIO), BAND_5G);
     if (!wtps.given())
-        return require_option(OPT_MAC);
+        return report_missing_option(OPT_MAC);
     if (band == BAND_UNSET)
-        return require_option(OPT_RADIO);
+        return report_missing_option(OPT_RADIO);
     return scan_request(session, wtps.list(), band);
 }
+
+const CommandSpec SCAN_ROW = {
+    scan_command,
+    "scan",
+    "Do sitesurvey",
+    {"--mac MAC\t\tthe wtp's mac address list", "--radio 2g/5g\t\tthe radio type"},
+    {{OPT_MAC}, {OPT_RADIO, "2g 5g"}},
+};

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// zov sh: runs a shell command on devices and prints what they answer.
 //
 //     request   1 command code 18
 //               2 payload length, its low 16 bits
@@ -9,9 +10,7 @@
 //               2 length L
 //               L command
 //     reply     for each device: 1 result byte; when it is 0, 2 length M and M output
-#include "ops/sh.h"
-
-#include "cli/option_checks.h"
+#include "options/option_checks.h"
 #include "proto/reply_reader.h"
 #include "proto/request_writer.h"
 #include "proto/result_code.h"
@@ -20,6 +19,8 @@
 #include <cstdlib>
 #include <cstring>
 
+extern const CommandSpec SH_ROW;
+
 // Reads one device's output, which may be empty, into `output`.
 static void read_output(ReplyReader &reply, Text &output)
 {
@@ -27,12 +28,10 @@ static void read_output(ReplyReader &reply, Text &output)
     if (!reply.ok())
         return;
     char *room = output.allocate(length);
-    if (room == nullptr) {
-        fail("ERROR: Out of memory.\n");
-        reply.set_failed();
-        return;
-    }
-    reply.take(room, length);
+    if (room == nullptr)
+        reply.report_no_memory("ERROR: Out of memory.\n");
+    else
+        reply.take(room, length);
 }
 
 // Fills one output for each device; it stays absent for a device that answered with a failure,
@@ -43,7 +42,7 @@ static int sh_request(AcSession &session, const MacList &wtps, int type, int tim
     const size_t length = strlen(command), payload = length + 6 * size_t{wtps.size()} + 9;
     RequestWriter request(session, COMMAND_SHELL);
     if (length > UINT16_MAX)
-        request.length16(payload); // refuses the request
+        request.refuse("bytes", payload, UINT16_MAX);
     request.u16(static_cast<uint16_t>(payload));
     request.mac_list(wtps);
     request.u8(static_cast<uint8_t>(type));
@@ -81,43 +80,38 @@ static void print_outputs(const MacList &wtps, const Table<Text> &outputs)
     }
 }
 
-int sh_command(AcSession &session, const OptArgList &opts)
+static int sh_command(AcSession &session, const OptArgList &opts)
 {
-    MacOption wtps;
-    const char *command = nullptr;
-    int type = 0, timeout = 0;
-    for (const OptArg &opt : opts)
-        switch (opt.code) {
-        case OPT_MAC:
-            if (!wtps.take(opt))
-                return 1;
-            break;
-        case OPT_CMD:
-            command = opt.arg;
-            break;
-        case OPT_TYPE:
-            type = atoi(opt.arg);
-            if (type < 0 || type > 2)
-                return invalid_argument(opt);
-            break;
-        case OPT_TIMEOUT:
-            timeout = atoi(opt.arg);
-            if (timeout < 0)
-                return invalid_argument(opt);
-            break;
-        default:
-            return unknown_option(opt);
-        }
+    MacOption wtps(OPT_MAC);
+    if (check_options(SH_ROW, opts, [&](const OptArg &opt) {
+            const int number = opt.arg == nullptr ? 0 : atoi(opt.arg);
+            if ((opt.code == OPT_TYPE && (number < 0 || number > 2)) ||
+                (opt.code == OPT_TIMEOUT && number < 0))
+                return report_invalid_argument(opt);
+            return wtps.take(opt);
+        }) != 0)
+        return 1;
     if (!wtps.given())
-        return require_option(OPT_MAC);
-    if (command == nullptr)
-        return require_option(OPT_CMD);
+        return report_missing_option(OPT_MAC);
+    if (!opts.given(OPT_CMD))
+        return report_missing_option(OPT_CMD);
 
     Table<Text> outputs;
     if (!outputs.reserve(wtps.list().size()))
         return fail("ERROR: Out of memory\n");
-    if (sh_request(session, wtps.list(), type, timeout, command, outputs) != 0)
+    if (sh_request(session, wtps.list(), opts.number(OPT_TYPE), opts.number(OPT_TIMEOUT),
+                   opts.text(OPT_CMD), outputs) != 0)
         return 1;
     print_outputs(wtps.list(), outputs);
     return 0;
 }
+
+const CommandSpec SH_ROW = {
+    sh_command,
+    "sh",
+    "Do shell command",
+    {"--mac MAC\t\tthe wtp's mac address list", "--cmd COMMAND\t\tshell commag\t\t",
+     "--type 0/1/2\t\tspecify output type. 0:all 1:stdout 2:stderr",
+     "--timeout SEC\t\tspecify how many seconds to wait for commmand execution"},
+    {{OPT_MAC}, {OPT_CMD}, {OPT_TYPE, "0 1 2"}, {OPT_TIMEOUT}},
+};

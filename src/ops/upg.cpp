@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// zov upg: starts a firmware upgrade of devices.
 //
 //     request   1 command code 2
 //               2 payload length
@@ -7,50 +8,48 @@
 //               4 type
 //             6*N devices
 //     reply     N result bytes
-#include "ops/upg.h"
-
-#include "cli/option_checks.h"
+#include "options/option_checks.h"
 #include "proto/request_writer.h"
 #include "proto/results.h"
 
 #include <cstdlib>
 
+extern const CommandSpec UPG_ROW;
+
 static int upg_request(AcSession &session, const MacList &wtps, int period, int type)
 {
     RequestWriter request(session, COMMAND_UPGRADE);
-    request.length16(10 + 6 * size_t{wtps.size()});
-    request.count16(wtps.size());
+    request.begin_length();
+    request.mac_count(wtps);
     request.u32(static_cast<uint32_t>(period));
     request.u32(static_cast<uint32_t>(type));
     for (const Mac &mac : wtps)
         request.mac(mac);
+    request.end_length();
     if (request.finish() != 0)
         return 1;
     return read_device_results(session, wtps);
 }
 
-int upg_command(AcSession &session, const OptArgList &opts)
+static int upg_command(AcSession &session, const OptArgList &opts)
 {
-    MacOption wtps;
-    int period = 0, type = 0;
-    for (const OptArg &opt : opts)
-        switch (opt.code) {
-        case OPT_MAC:
-            if (!wtps.take(opt))
-                return 1;
-            break;
-        case OPT_PERIOD:
-            period = atoi(opt.arg);
-            break;
-        case OPT_TYPE:
-            type = atoi(opt.arg);
-            if (type > 2)
-                return invalid_argument(opt);
-            break;
-        default:
-            return unknown_option(opt);
-        }
+    MacOption wtps(OPT_MAC);
+    if (check_options(UPG_ROW, opts, [&](const OptArg &opt) {
+            if (opt.code == OPT_TYPE && atoi(opt.arg) > 2)
+                return report_invalid_argument(opt);
+            return wtps.take(opt);
+        }) != 0)
+        return 1;
     if (!wtps.given())
-        return require_option(OPT_MAC);
-    return upg_request(session, wtps.list(), period, type);
+        return report_missing_option(OPT_MAC);
+    return upg_request(session, wtps.list(), opts.number(OPT_PERIOD), opts.number(OPT_TYPE));
 }
+
+const CommandSpec UPG_ROW = {
+    upg_command,
+    "upg",
+    "Upgrade WTP image",
+    {"--mac MAC\t\tthe wtp's mac address list",
+     "--period SEC\t\toffline timeout value for upgrading"},
+    {{OPT_MAC}, {OPT_PERIOD}, {OPT_TYPE, "0 1 2"}},
+};

@@ -6,8 +6,8 @@
 // decoder is a plain list of reads; it asks ok() before it trusts a count, and at its end.
 #pragma once
 
-#include "proto/byte_order.h"
 #include "proto/byte_source.h"
+#include "util/byte_order.h"
 #include "util/text.h"
 
 #include <cstddef>
@@ -48,8 +48,8 @@ public:
     }
 
     // A text behind its 16-bit length; length 0 leaves it absent. `allocate(length)` gives the room
-    // for it, with a terminator behind, or null, which is then reported as `no_memory`.
-    template <class Allocate> void read_text(const char *no_memory, Allocate allocate)
+    // for it, with a terminator behind, or null, which is then reported.
+    template <class Allocate> void read_text(Allocate allocate)
     {
         const auto length = number<uint16_t>();
         if (length == 0)
@@ -57,11 +57,11 @@ public:
         if (char *room = allocate(length))
             take(room, length);
         else
-            report_no_memory(no_memory);
+            report_no_memory();
     }
     void read(Text &text)
     {
-        read_text("ERROR: Out of memory\n", [&](size_t length) { return text.allocate(length); });
+        read_text([&](size_t length) { return text.allocate(length); });
     }
 
     // `length` bytes as they come; all zero after a failure.
@@ -75,12 +75,14 @@ public:
         source_.at += length;
     }
 
-    // Remembers a failure that the caller has reported, such as a lack of memory for a table.
+    // Prints and remembers that there is no memory for a part of the reply.
+    void report_no_memory(const char *message = "ERROR: Out of memory\n");
+
+    // Remembers a failure that the caller has reported.
     void set_failed();
 
 private:
     void take_piecewise(void *to, size_t length);
-    void report_no_memory(const char *message);
 
     ByteSource &source_;
     bool failed_ = false;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "proto/session.h"
 
-#include "proto/byte_order.h"
 #include "proto/commands.h"
+#include "util/byte_order.h"
 #include "util/output.h"
 
 #include <arpa/inet.h>
@@ -11,8 +11,6 @@
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 #include <unistd.h>
-
-enum : int32_t { HANDSHAKE_ADMITTED = 1, HANDSHAKE_BUSY = -1 };
 
 // Without quick acknowledgements, which the kernel switches off again by itself, a reply that the
 // controller writes in small pieces waits 40 ms for each of them. Failing to set either option

@@ -7,16 +7,22 @@
 #include <cstddef>
 #include <cstdint>
 
+inline constexpr const char *AC_ADDRESS = "127.0.0.1";
+enum : int { AC_PORT = 1235 };
+
+// The word that the controller sends to each client first; all others refuse as well.
+enum : int32_t { HANDSHAKE_ADMITTED = 1, HANDSHAKE_BUSY = -1 };
+
 // Bytes that arrive are read ahead into `in`; the ByteSource part is the window of those not yet
 // taken. Requests gather in `out` (see RequestWriter).
 struct AcSession : ByteSource {
     int socket = 0; // set by ac_connect
     uint8_t in[65536] = {};
-    uint8_t out[65536] = {};
+    uint8_t out[65552] = {}; // any request whose length has 16 bits, as a whole
 };
 
 // Connects to the controller at the dotted address (any other text means 0.0.0.0) and the port's
-// low 16 bits, and reads its four-byte handshake word: 1 admits, -1 says busy, all others refuse.
+// low 16 bits, and reads its four-byte handshake word.
 // Returns 0 when admitted; 1 with the message printed otherwise.
 int ac_connect(AcSession &session, const char *address, int port);
 

@@ -1,18 +1,19 @@
 // SPDX-License-Identifier: MIT
+// zov ac: the controller's summary.
 //
 //     request   1 command code 7
 //     reply     2 length L
 //               L version text
 //               4 max_wtps, 4 managed_wtps, 4 active_wtps, 4 total_sta, 4 upg_wtps,
 //               4 redundant_mode
-#include "report/ac.h"
-
-#include "cli/option_checks.h"
+#include "options/option_checks.h"
 #include "proto/reply_reader.h"
 #include "proto/request_writer.h"
 #include "report/json_writer.h"
 #include "report/text_writer.h"
 #include "util/text.h"
+
+extern const CommandSpec AC_ROW;
 
 namespace {
 
@@ -71,14 +72,17 @@ static void print_ac_info(const AcInfo &info, bool as_json)
     out.line("Upgrading WTPs\t", info.upg_wtps);
 }
 
-int ac_command(AcSession &session, const OptArgList &opts)
+static int ac_command(AcSession &session, const OptArgList &opts)
 {
-    for (const OptArg &opt : opts)
-        if (opt.code != OPT_JSON)
-            return unknown_option(opt);
+    if (check_options(AC_ROW, opts) != 0)
+        return 1;
     AcInfo info;
     if (fetch_ac_info(session, info) != 0)
         return 1;
-    print_ac_info(info, opts.count > 0);
+    print_ac_info(info, opts.given(OPT_JSON));
     return 0;
 }
+
+const CommandSpec AC_ROW = {
+    ac_command, "ac", "Print AC information", {"--json\t\t\tprint in json format"}, {{OPT_JSON}},
+};

@@ -3,7 +3,7 @@
 // valid until its next call.
 #pragma once
 
-#include "report/wtp_record.h"
+#include "device/wtp_record.h"
 #include "util/output.h"
 
 #include <cstdint>

@@ -105,28 +105,10 @@ static void print_wpa(JsonWriter &json, const WlanCfg &wlan, bool radius)
 // The security mode decides which group is shown.
 static void print_security(JsonWriter &json, const WlanCfg &wlan)
 {
-    switch (wlan.sec_mode) {
-    case 1:
+    if (wlan.sec_mode == SECURITY_WEP)
         print_wep(json, wlan);
-        break;
-    case 5:
-    case 6:
-    case 7:
-    case 11:
-    case 12:
-        print_wpa(json, wlan, true);
-        break;
-    case 2:
-    case 3:
-    case 4:
-    case 8:
-    case 9:
-    case 10:
-        print_wpa(json, wlan, false);
-        break;
-    default:
-        break;
-    }
+    else if (uses_wpa(wlan.sec_mode))
+        print_wpa(json, wlan, uses_radius(wlan.sec_mode));
 }
 
 static void print_wlan_cfg(JsonWriter &json, const WlanCfg &wlan)
@@ -362,8 +344,8 @@ void print_cfg_json(JsonWriter &json, const WtpRecord &wtp, bool password)
     for (const HostSlot &host : cfg.ac_list)
         json.element(host.text, strnlen(host.text, sizeof host.text));
     json.end_array();
-    if (wtp.wtp_type == WTP_ACCESS_POINT)
+    if (wtp.wtp_type == DEVICE_ACCESS_POINT)
         print_access_point_cfg(json, cfg, password);
-    else if (wtp.wtp_type == WTP_SWITCH)
+    else if (wtp.wtp_type == DEVICE_SWITCH)
         print_switch_cfg(json, cfg);
 }

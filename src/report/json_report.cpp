@@ -231,9 +231,9 @@ static void print_wtp(JsonWriter &json, const WtpRecord &wtp, bool password, boo
 {
     json.object();
     print_common(json, wtp);
-    if (wtp.wtp_type == WTP_ACCESS_POINT)
+    if (wtp.wtp_type == DEVICE_ACCESS_POINT)
         print_access_point(json, wtp, basic);
-    else if (wtp.wtp_type == WTP_SWITCH)
+    else if (wtp.wtp_type == DEVICE_SWITCH)
         print_switch(json, wtp, basic);
     if (wtp.wtp_cfg != nullptr) {
         json.object("wtp_cfg");

@@ -2,8 +2,8 @@
 // The JSON report of a device list.
 #pragma once
 
+#include "device/wtp_record.h"
 #include "report/json_writer.h"
-#include "report/wtp_record.h"
 
 // Prints the one member "wtp_list":[...] and a line end, without enclosing braces. `basic` and
 // `password` are those of print_wtp_details.

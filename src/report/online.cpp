@@ -1,18 +1,19 @@
 // SPDX-License-Identifier: MIT
-#include "report/online.h"
-
-#include "cli/option_checks.h"
+// zov online: how many devices are online.
+#include "device/wtp_request.h"
+#include "options/option_checks.h"
 #include "report/text_writer.h"
-#include "report/wtp_request.h"
+
+extern const CommandSpec ONLINE_ROW;
 
 enum : uint32_t {
     ONLINE_FILTER = WTP_FILTER_MANAGED | WTP_FILTER_UNMANAGED | WTP_FILTER_UNJOINED,
 };
 
-int online_command(AcSession &session, const OptArgList &opts)
+static int online_command(AcSession &session, const OptArgList &opts)
 {
-    if (opts.count > 0)
-        return unknown_option(opts.rows[0]);
+    if (check_options(ONLINE_ROW, opts) != 0)
+        return 1;
     WtpList list;
     if (fetch_wtp_list(session, list, ONLINE_FILTER, MacList()) != 0)
         return 1;
@@ -28,3 +29,7 @@ int online_command(AcSession &session, const OptArgList &opts)
     out.line("/", total);
     return 0;
 }
+
+const CommandSpec ONLINE_ROW = {
+    online_command, "online", "Show the number of online wtps", {}, {},
+};

@@ -215,8 +215,8 @@ void print_cfg_text(TextWriter &out, const WtpRecord &wtp, bool password)
         out.line("  DNS1\t\t\t\t\t", cfg.dns1);
         out.line("  DNS2\t\t\t\t\t", cfg.dns2);
     }
-    if (wtp.wtp_type == WTP_ACCESS_POINT)
+    if (wtp.wtp_type == DEVICE_ACCESS_POINT)
         print_access_point_cfg(out, cfg);
-    else if (wtp.wtp_type == WTP_SWITCH)
+    else if (wtp.wtp_type == DEVICE_SWITCH)
         print_switch_cfg(out, cfg);
 }

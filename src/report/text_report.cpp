@@ -43,7 +43,7 @@ static void print_common(TextWriter &out, const WtpRecord &wtp)
     out.item("IP\t\t", wtp.ip);
     out.line(":", wtp.port);
     out.line("Model\t\t", wtp.model);
-    if (wtp.wtp_type == WTP_ACCESS_POINT) {
+    if (wtp.wtp_type == DEVICE_ACCESS_POINT) {
         out.line("Capability Code\t", wtp.cap_code);
         out.line("SKU\t\t", wtp.sku);
     }
@@ -176,7 +176,7 @@ static void print_wtp(TextWriter &out, const WtpRecord &wtp, bool password, bool
 {
     out.put(SEPARATOR);
     print_common(out, wtp);
-    if (wtp.wtp_type == WTP_ACCESS_POINT) {
+    if (wtp.wtp_type == DEVICE_ACCESS_POINT) {
         out.line("Cfg Capability\t", wtp.cfg_cap);
         if (!basic) {
             uint32_t number = 0;
@@ -185,7 +185,7 @@ static void print_wtp(TextWriter &out, const WtpRecord &wtp, bool password, bool
             out.put("\n");
         }
     }
-    if (wtp.wtp_type == WTP_SWITCH && !basic)
+    if (wtp.wtp_type == DEVICE_SWITCH && !basic)
         print_switch(out, wtp);
     if (wtp.wtp_cfg != nullptr)
         print_cfg_text(out, wtp, password);

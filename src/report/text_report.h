@@ -2,8 +2,8 @@
 // The text reports of a device list.
 #pragma once
 
+#include "device/wtp_record.h"
 #include "report/text_writer.h"
-#include "report/wtp_record.h"
 
 // One line a device under a column header.
 void print_wtp_brief(const WtpList &list);

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "report/wtpflag.h"
-
-#include "cli/option_checks.h"
+// zov wtpflag: firmware upgrades in progress.
+#include "device/wtp_request.h"
+#include "options/option_checks.h"
 #include "report/text_writer.h"
-#include "report/wtp_request.h"
 
-#include <cstdlib>
+extern const CommandSpec WTPFLAG_ROW;
 
 enum : uint32_t {
     FLAG_FILTER = WTP_FILTER_MANAGED | WTP_FILTER_UNMANAGED | WTP_FILTER_UNJOINED | WTP_FILTER_CFG,
@@ -38,27 +37,20 @@ static void print_upgrading_count(const WtpList &list)
     TextWriter(standard_output).line("", count);
 }
 
-int wtpflag_command(AcSession &session, const OptArgList &opts)
+static int wtpflag_command(AcSession &session, const OptArgList &opts)
 {
     MacList macs;
-    int flag = 0;
-    for (const OptArg &opt : opts)
-        switch (opt.code) {
-        case OPT_MAC:
-            if (!parse_mac_list(opt.arg, macs))
-                return invalid_argument(opt);
-            break;
-        case OPT_FLAG:
-            flag = atoi(opt.arg);
-            break;
-        default:
-            return unknown_option(opt);
-        }
+    if (check_options(WTPFLAG_ROW, opts, [&](const OptArg &opt) {
+            if (opt.code == OPT_MAC && !parse_mac_list(opt.arg, macs))
+                return report_invalid_argument(opt);
+            return 0;
+        }) != 0)
+        return 1;
 
     WtpList list;
     if (fetch_wtp_list(session, list, FLAG_FILTER, macs) != 0)
         return 1;
-    switch (flag) {
+    switch (const int flag = opts.number(OPT_FLAG); flag) {
     case 1:
         print_upgrade_counts(list);
         return 0;
@@ -69,3 +61,14 @@ int wtpflag_command(AcSession &session, const OptArgList &opts)
         return fail("ERROR: Unknown flag %d.\n", flag);
     }
 }
+
+const CommandSpec WTPFLAG_ROW = {
+    wtpflag_command,
+    "wtpflag",
+    "Show filter WTPs",
+    {"--mac MAC\t\tthe wtp's mac address list",
+     "--flag\t\t\tlist Display the WTP information according to the following flag:",
+     "\t\t\t1: show 2step upgrading AP infomation according to mac list",
+     "\t\t\t2: show number of upgrading AP according to mac list"},
+    {{OPT_MAC}, {OPT_FLAG, "1 2"}},
+};

@@ -1,75 +1,42 @@
 // SPDX-License-Identifier: MIT
-#include "report/wtps.h"
-
-#include "cli/option_checks.h"
+// zov wtps: the devices that the controller knows.
+#include "device/wtp_request.h"
+#include "options/option_checks.h"
 #include "report/json_report.h"
 #include "report/text_report.h"
-#include "report/wtp_request.h"
 #include "util/output.h"
 
-namespace {
+extern const CommandSpec WTPS_ROW;
 
-struct Choices {
-    uint32_t filter = WTP_FILTER_ALL;
-    MacList macs;
-    bool managed = false, unmanaged = false, no_cfg = false;
-    bool json = false, password = false, brief = false, basic = false, fwresult = false;
-
-    void leave_out(uint32_t bits) { filter &= ~bits; }
+// What each option leaves out of the reply.
+static constexpr struct {
+    OptionCode option;
+    uint32_t bits;
+} LEFT_OUT[] = {
+    {OPT_JOIN, WTP_FILTER_UNJOINED},
+    {OPT_FWRESULT, WTP_FILTER_CFG | WTP_FILTER_DETAIL},
+    {OPT_NO_CFG, WTP_FILTER_CFG},
+    {OPT_BREIF, WTP_FILTER_CFG},
+    {OPT_BASIC, WTP_FILTER_CFG | WTP_FILTER_DETAIL},
+    {OPT_NO_STAINF, WTP_FILTER_STAINF},
 };
 
-} // namespace
-
-static int read_options(const OptArgList &opts, Choices &choices)
+static uint32_t filter_of(const OptArgList &opts)
 {
-    for (const OptArg &opt : opts)
-        switch (opt.code) {
-        case OPT_MAC:
-            if (!parse_mac_list(opt.arg, choices.macs))
-                return invalid_argument(opt);
-            break;
-        case OPT_JSON:
-            choices.json = true;
-            break;
-        case OPT_MANAGED:
-            choices.managed = true;
-            break;
-        case OPT_UNMANAGED:
-            choices.unmanaged = true;
-            break;
-        case OPT_JOIN:
-            choices.leave_out(WTP_FILTER_UNJOINED);
-            break;
-        case OPT_PASSWORD:
-            choices.password = true;
-            break;
-        case OPT_FWRESULT:
-            choices.fwresult = true;
-            choices.leave_out(WTP_FILTER_CFG | WTP_FILTER_DETAIL);
-            break;
-        case OPT_NO_CFG:
-            choices.no_cfg = true;
-            choices.leave_out(WTP_FILTER_CFG);
-            break;
-        case OPT_BREIF:
-            choices.brief = true;
-            choices.leave_out(WTP_FILTER_CFG);
-            break;
-        case OPT_BASIC:
-            choices.basic = true;
-            choices.leave_out(WTP_FILTER_CFG | WTP_FILTER_DETAIL);
-            break;
-        case OPT_NO_STAINF:
-            choices.leave_out(WTP_FILTER_STAINF);
-            break;
-        default:
-            return unknown_option(opt);
-        }
-    return 0;
+    uint32_t filter = WTP_FILTER_ALL;
+    for (const auto &row : LEFT_OUT)
+        if (opts.given(row.option))
+            filter &= ~row.bits;
+    const bool managed = opts.given(OPT_MANAGED), unmanaged = opts.given(OPT_UNMANAGED);
+    if (managed != unmanaged)
+        filter &= ~uint32_t{managed ? WTP_FILTER_UNMANAGED : WTP_FILTER_MANAGED};
+    return filter;
 }
 
-static int refuse_both(int one, int other)
+static int refuse_both(const OptArgList &opts, OptionCode one, OptionCode other)
 {
+    if (!opts.given(one) || !opts.given(other))
+        return 0;
     return fail("ERROR: --%s cannot be specified with --%s.\n", option_name(one),
                 option_name(other));
 }
@@ -85,33 +52,58 @@ static void print_fw_results(const WtpList &list)
     }
 }
 
-static void print_wtp_list(const WtpList &list, const Choices &choices)
+static void print_wtp_list(const WtpList &list, const OptArgList &opts)
 {
-    if (choices.fwresult)
+    const bool password = opts.given(OPT_PASSWORD), basic = opts.given(OPT_BASIC);
+    if (opts.given(OPT_FWRESULT))
         print_fw_results(list);
-    else if (choices.json)
-        print_wtp_json(list, choices.password, choices.basic);
-    else if (choices.brief)
+    else if (opts.given(OPT_JSON))
+        print_wtp_json(list, password, basic);
+    else if (opts.given(OPT_BREIF))
         print_wtp_brief(list);
     else
-        print_wtp_details(list, choices.password, choices.basic);
+        print_wtp_details(list, password, basic);
 }
 
-int wtps_command(AcSession &session, const OptArgList &opts)
+static int wtps_command(AcSession &session, const OptArgList &opts)
 {
-    Choices choices;
-    if (read_options(opts, choices) != 0)
+    MacList macs;
+    if (check_options(WTPS_ROW, opts,
+                      [&](const OptArg &opt) {
+                          if (opt.code == OPT_MAC && !parse_mac_list(opt.arg, macs))
+                              return report_invalid_argument(opt);
+                          return 0;
+                      }) != 0 ||
+        refuse_both(opts, OPT_JSON, OPT_BREIF) != 0 ||
+        refuse_both(opts, OPT_BASIC, OPT_NO_CFG) != 0)
         return 1;
-    if (choices.json && choices.brief)
-        return refuse_both(OPT_JSON, OPT_BREIF);
-    if (choices.basic && choices.no_cfg)
-        return refuse_both(OPT_BASIC, OPT_NO_CFG);
-    if (choices.managed != choices.unmanaged)
-        choices.leave_out(choices.managed ? WTP_FILTER_UNMANAGED : WTP_FILTER_MANAGED);
 
     WtpList list;
-    if (fetch_wtp_list(session, list, choices.filter, choices.macs) != 0)
+    if (fetch_wtp_list(session, list, filter_of(opts), macs) != 0)
         return 1;
-    print_wtp_list(list, choices);
+    print_wtp_list(list, opts);
     return 0;
 }
+
+const CommandSpec WTPS_ROW = {
+    wtps_command,
+    "wtps",
+    "Print WTP information",
+    {"--json\t\t\tprint in json format", "--managed\t\tprint managed wtps only",
+     "--unmanaged\t\tprint unmanaged wtps only", "--join\t\t\tprint joined wtps only",
+     "--password\t\tprint password MD5", "--mac MAC\t\tprint the wtp specified by mac address list",
+     "--fwresult\t\tprint the result of upgrading firmware", "--breif\t\t\tprint a breif list",
+     "--no_cfg\t\tfilter out configuration", "--basic\t\t\tprint wtp's basic info",
+     "--no_stainf\t\tfilter out station info"},
+    {{OPT_MAC},
+     {OPT_JSON},
+     {OPT_MANAGED},
+     {OPT_UNMANAGED},
+     {OPT_JOIN},
+     {OPT_PASSWORD},
+     {OPT_FWRESULT},
+     {OPT_NO_CFG},
+     {OPT_BREIF},
+     {OPT_BASIC},
+     {OPT_NO_STAINF}},
+};

@@ -23,7 +23,7 @@ public:
 
     // The place behind the bytes, with room for `count` more; they count once advance() takes them
     // over. Null, with everything as it was, when memory is short.
-    uint8_t *reserve(size_t count)
+    uint8_t *place(size_t count)
     {
         if (count > room_ - size_ && !grow(count))
             return nullptr;
@@ -34,11 +34,12 @@ public:
     // Adds a copy; false, with everything as it was, when memory is short.
     bool append(const void *from, size_t count)
     {
-        uint8_t *to = reserve(count);
+        if (count == 0)
+            return true;
+        uint8_t *to = place(count);
         if (to == nullptr)
             return false;
-        if (count > 0)
-            memcpy(to, from, count);
+        memcpy(to, from, count);
         advance(count);
         return true;
     }
@@ -53,7 +54,6 @@ public:
     uint8_t *data() { return data_; } // null when there never were any
     const uint8_t *data() const { return data_; }
     size_t size() const { return size_; }
-    size_t room() const { return room_ - size_; } // how many more fit
 
 private:
     bool grow(size_t count)

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Every one-bit and one-byte change of rich replies, through decoding and all printers: none may
 // crash, leak or use more memory than the reply is worth (under the sanitizers they would tell).
+#include "device/wtp_request.h"
 #include "report/json_report.h"
 #include "report/text_report.h"
-#include "report/wtp_request.h"
 #include "support/transcript.h"
 #include "util/output.h"
 

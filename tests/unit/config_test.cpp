@@ -25,9 +25,22 @@ static std::string hex(const void *bytes, size_t length)
 static std::string show(const TlvBuffer &buffer)
 {
     std::string text;
-    for (const TlvItem *item = buffer.first; item != nullptr; item = item->next)
-        text += std::to_string(item->type) + ":" + hex(item->index(), item->index_len) + ":" +
-                hex(item->value(), item->value_len) + " ";
+    const uint8_t *at = buffer.wire.data(), *end = at + buffer.wire_size();
+    const auto number = [&] {
+        at += 2;
+        return static_cast<size_t>(at[-2] << 8 | at[-1]);
+    };
+    const auto bytes = [&] {
+        const size_t length = number();
+        at += length;
+        return hex(at - length, length);
+    };
+    while (at < end) {
+        text += std::to_string(number()) + ":";
+        text += bytes() + ":";
+        text += bytes() + " ";
+    }
+    EXPECT_EQ(at, end);
     return text;
 }
 
@@ -38,15 +51,15 @@ TEST(TlvBuffer, Items)
     tlv_free(buffer);
     EXPECT_EQ(tlv_append(buffer, 70000, 0, nullptr, 0, nullptr), 0);
     EXPECT_EQ(tlv_append_u32(buffer, 4, 2, index, 0x01020304), 0);
-    EXPECT_EQ(buffer.wire_size, 6u + 12);
+    EXPECT_EQ(buffer.wire_size(), 6u + 12);
     EXPECT_EQ(tlv_append_u16(buffer, 5, 1, index, static_cast<uint32_t>(-60)), 0);
     EXPECT_EQ(tlv_append_string(buffer, 6, 0, nullptr, "AP1"), 0);
     EXPECT_EQ(tlv_append_string(buffer, 7, 1, index, ""), 0);
     index[0] = index[1] = 0xEE; // the buffer has its own copies
-    EXPECT_EQ(show(buffer), "70000:: 4:0102:01020304 5:01:ffc4 6::415031 7:01: ");
-    EXPECT_EQ(buffer.wire_size, 18u + 9 + 9 + 7);
+    EXPECT_EQ(show(buffer), "4464:: 4:0102:01020304 5:01:ffc4 6::415031 7:01: ");
+    EXPECT_EQ(buffer.wire_size(), 18u + 9 + 9 + 7);
     tlv_free(buffer);
-    EXPECT_TRUE(buffer.first == nullptr && buffer.last == nullptr && buffer.wire_size == 0);
+    EXPECT_EQ(buffer.wire_size(), 0u);
 }
 
 TEST(ConfigKeys, Invariants)
@@ -60,7 +73,7 @@ TEST(ConfigKeys, Invariants)
         for (const ConfigKey *key = keys; !key->path.empty(); key++) {
             const bool number = key->form == FORM_U32 || key->form == FORM_U16;
             EXPECT_TRUE(ids.insert(key->id).second && paths.emplace(key->path).second) << key->id;
-            EXPECT_EQ(key->kind, number ? json_integer : json_string) << key->id;
+            EXPECT_EQ(key->kind(), number ? json_integer : json_string) << key->id;
             EXPECT_TRUE(key->min <= key->max || (!number && key->max == -1)) << key->id;
             EXPECT_EQ(config_key_find(keys, std::string(key->path)), key);
         }

@@ -2,10 +2,10 @@
 // From bytes to device records: byte order, byte sources, the reply reader, whole replies.
 #include "support/transcript.h"
 
-#include "proto/byte_order.h"
+#include "device/wtp_request.h"
 #include "proto/reply_reader.h"
-#include "report/wtp_request.h"
 #include "util/arena.h"
+#include "util/byte_order.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -1,18 +1,13 @@
 // SPDX-License-Identifier: MIT
-// The wire order of a device record, written down once for all who read or write one.
-//
-// A `wire` visits the fields in order: wire(name, field) for one field, whose type says how it is
-// encoded; wire.rows<Count>(name, table) for a table behind its count; wire.present(section) for a
-// byte that says whether the section follows. zov reads records with it, a controller writes them.
+// The wire order of a device record, written down once for all who read or write one. See wire.h
+// for what a visitor is.
 #pragma once
 
-#include "report/cfg_layout.h"
-#include "report/wtp_record.h"
+#include "device/cfg_layout.h"
+#include "device/wire.h"
+#include "device/wtp_record.h"
 
-// What a reply may leave out.
-enum class Section { detail, stations, configuration };
-
-template <class Wire> void lay_out(Wire &wire, StationInfo &sta)
+template <RecordVisitor Wire> void lay_out(Wire &wire, StationInfo &sta)
 {
     wire("mac", sta.mac);
     wire("tx", sta.tx);
@@ -23,7 +18,7 @@ template <class Wire> void lay_out(Wire &wire, StationInfo &sta)
     wire("ip", sta.ip);
 }
 
-template <class Wire> void lay_out(Wire &wire, WlanInfo &wlan)
+template <RecordVisitor Wire> void lay_out(Wire &wire, WlanInfo &wlan)
 {
     wire("bssid", wlan.bssid);
     wire("cfg_cap", wlan.cfg_cap);
@@ -32,10 +27,10 @@ template <class Wire> void lay_out(Wire &wire, WlanInfo &wlan)
     wire("rx_pkt", wlan.rx_pkt);
     wire("rx_bytes", wlan.rx_bytes);
     if (wire.present(Section::stations))
-        wire.template rows<uint32_t>("sta", wlan.sta);
+        wire.rows("sta", wlan.sta, COUNT_U32);
 }
 
-template <class Wire> void lay_out(Wire &wire, RadioInfo &radio)
+template <RecordVisitor Wire> void lay_out(Wire &wire, RadioInfo &radio)
 {
     wire("mac", radio.mac);
     wire("type", radio.type);
@@ -46,16 +41,16 @@ template <class Wire> void lay_out(Wire &wire, RadioInfo &radio)
     wire("cur_cfg.tx_power_percent", radio.cur_cfg.tx_power_percent);
     wire("mesh.role", radio.mesh.role);
     wire("mesh.bssid", radio.mesh.bssid);
-    wire.template rows<uint32_t>("wlan", radio.wlan);
+    wire.rows("wlan", radio.wlan, COUNT_U32);
 }
 
-template <class Wire> void lay_out(Wire &wire, SwitchHwPort &port)
+template <RecordVisitor Wire> void lay_out(Wire &wire, SwitchHwPort &port)
 {
     wire("port", port.port);
     wire("port_type", port.port_type);
 }
 
-template <class Wire> void lay_out(Wire &wire, SwitchPortInfo &port)
+template <RecordVisitor Wire> void lay_out(Wire &wire, SwitchPortInfo &port)
 {
     wire("port", port.port);
     wire("enable", port.enable);
@@ -66,7 +61,7 @@ template <class Wire> void lay_out(Wire &wire, SwitchPortInfo &port)
     wire("auto_neg", port.auto_neg);
 }
 
-template <class Wire> void lay_out(Wire &wire, TrunkPortInfo &trunk)
+template <RecordVisitor Wire> void lay_out(Wire &wire, TrunkPortInfo &trunk)
 {
     wire("id", trunk.id);
     wire("mode", trunk.mode);
@@ -74,7 +69,7 @@ template <class Wire> void lay_out(Wire &wire, TrunkPortInfo &trunk)
     wire("port", trunk.port);
 }
 
-template <class Wire> void lay_out(Wire &wire, LldpDevice &device)
+template <RecordVisitor Wire> void lay_out(Wire &wire, LldpDevice &device)
 {
     wire("mac", device.mac);
     wire("localPort", device.localPort);
@@ -83,7 +78,7 @@ template <class Wire> void lay_out(Wire &wire, LldpDevice &device)
     wire("model", device.model);
 }
 
-template <class Wire> void lay_out(Wire &wire, PoePortInfo &port)
+template <RecordVisitor Wire> void lay_out(Wire &wire, PoePortInfo &port)
 {
     wire("port", port.port);
     wire("enable", port.enable);
@@ -98,14 +93,14 @@ template <class Wire> void lay_out(Wire &wire, PoePortInfo &port)
     wire("temperature", port.temperature);
 }
 
-template <class Wire> void lay_out(Wire &wire, TopoLink &link)
+template <RecordVisitor Wire> void lay_out(Wire &wire, TopoLink &link)
 {
     wire("local_port", link.local_port);
     wire("mac", link.mac);
     wire("remote_port", link.remote_port);
 }
 
-template <class Wire> void lay_out(Wire &wire, TopoDev &device)
+template <RecordVisitor Wire> void lay_out(Wire &wire, TopoDev &device)
 {
     wire("type", device.type);
     wire("system_time", device.system_time);
@@ -116,13 +111,13 @@ template <class Wire> void lay_out(Wire &wire, TopoDev &device)
     wire("ip", device.ip);
     wire("name", device.name);
     wire("model", device.model);
-    wire.template rows<uint32_t>("link", device.link);
+    wire.rows("link", device.link, COUNT_U32);
 }
 
 // The hardware ports come behind the other capacities, away from their count.
-template <class Wire> void lay_out_switch_status(Wire &wire, WtpRecord &wtp)
+template <RecordVisitor Wire> void lay_out_switch_status(Wire &wire, WtpRecord &wtp)
 {
-    const uint32_t sw_max_port = wire.template count<uint32_t>("sw_max_port", wtp.switch_hw_port);
+    const uint32_t sw_max_port = wire.count("sw_max_port", wtp.switch_hw_port, COUNT_U32);
     wire("sw_max_trunk", wtp.sw_max_trunk);
     wire("sw_max_vlan_num", wtp.sw_max_vlan_num);
     wire("sw_max_managed_ap", wtp.sw_max_managed_ap);
@@ -134,16 +129,16 @@ template <class Wire> void lay_out_switch_status(Wire &wire, WtpRecord &wtp)
     wire("sw_max_trunk_member", wtp.sw_max_trunk_member);
     wire("sw_dev_suport_type", wtp.sw_dev_suport_type);
     wire.counted_rows("switch_hw_port", wtp.switch_hw_port, sw_max_port);
-    wire.template rows<uint8_t>("switch_port", wtp.switch_port);
-    wire.template rows<uint8_t>("trunk_port", wtp.trunk_port);
-    wire.template rows<uint8_t>("lldp_dev_list", wtp.lldp_dev_list);
+    wire.rows("switch_port", wtp.switch_port, COUNT_U8);
+    wire.rows("trunk_port", wtp.trunk_port, COUNT_U8);
+    wire.rows("lldp_dev_list", wtp.lldp_dev_list, COUNT_U8);
     wire("poe_global.power_budget", wtp.poe_global.power_budget);
     wire("poe_global.allocated_power", wtp.poe_global.allocated_power);
-    wire.template rows<uint8_t>("poe_port", wtp.poe_port);
-    wire.template rows<uint16_t>("dev_list", wtp.dev_list);
+    wire.rows("poe_port", wtp.poe_port, COUNT_U8);
+    wire.rows("dev_list", wtp.dev_list, COUNT_U16);
 }
 
-template <class Wire> void lay_out(Wire &wire, WtpRecord &wtp)
+template <RecordVisitor Wire> void lay_out(Wire &wire, WtpRecord &wtp)
 {
     wire("wtp_type", wtp.wtp_type);
     wire("mac", wtp.mac);
@@ -175,13 +170,13 @@ template <class Wire> void lay_out(Wire &wire, WtpRecord &wtp)
     wire("cur_cfg.dns2", wtp.cur_cfg.dns2);
     wire("mem.total", wtp.mem.total);
     wire("mem.used", wtp.mem.used);
-    if (wtp.wtp_type == WTP_ACCESS_POINT) {
+    if (wtp.wtp_type == DEVICE_ACCESS_POINT) {
         wire("cap_code", wtp.cap_code);
         wire("sku", wtp.sku);
         wire("cfg_cap", wtp.cfg_cap);
         if (wire.present(Section::detail))
-            wire.template rows<uint8_t>("radio", wtp.radio);
-    } else if (wtp.wtp_type == WTP_SWITCH) {
+            wire.rows("radio", wtp.radio, COUNT_U8);
+    } else if (wtp.wtp_type == DEVICE_SWITCH) {
         wire("cfg_cap", wtp.cfg_cap);
         wire("flick_reboot_flag", wtp.flick_reboot_flag);
         if (wire.present(Section::detail))

@@ -1,21 +1,22 @@
 // SPDX-License-Identifier: MIT
-// The wire order of a device's stored configuration, written down once. See wtp_layout.h for what a
-// `wire` is. A field's name is the setting's name in configuration files, within its table.
+// The wire order of a device's stored configuration, written down once. See wire.h for what
+// a visitor is. A field's name is the setting's name in configuration files, within its table.
 #pragma once
 
-#include "report/wtp_record.h"
+#include "device/wire.h"
+#include "device/wtp_record.h"
 
-template <class Wire> void lay_out(Wire &wire, Mac &mac)
+template <ConfigVisitor Wire> void lay_out(Wire &wire, Mac &mac)
 {
     wire("", mac);
 }
 
-template <class Wire> void lay_out(Wire &wire, HostSlot &host)
+template <ConfigVisitor Wire> void lay_out(Wire &wire, HostSlot &host)
 {
     wire("", host);
 }
 
-template <class Wire> void lay_out_band_steering(Wire &wire, BandSteeringCfg &bandsteering)
+template <ConfigVisitor Wire> void lay_out_band_steering(Wire &wire, BandSteeringCfg &bandsteering)
 {
     wire("bandsteering.mode", bandsteering.mode);
     wire("bandsteering.percent_en", bandsteering.percent_en);
@@ -24,13 +25,13 @@ template <class Wire> void lay_out_band_steering(Wire &wire, BandSteeringCfg &ba
     wire("bandsteering.percent", bandsteering.percent);
 }
 
-template <class Wire> void lay_out_fast_handover(Wire &wire, FastHandoverCfg &fasthandover)
+template <ConfigVisitor Wire> void lay_out_fast_handover(Wire &wire, FastHandoverCfg &fasthandover)
 {
     wire("fasthandover.status", fasthandover.status);
     wire("fasthandover.rssi", fasthandover.rssi);
 }
 
-template <class Wire> void lay_out_portal(Wire &wire, PortalCfg &portal)
+template <ConfigVisitor Wire> void lay_out_portal(Wire &wire, PortalCfg &portal)
 {
     wire("portal.enable", portal.enable);
     wire("portal.login_type", portal.login_type);
@@ -60,7 +61,7 @@ template <class Wire> void lay_out_portal(Wire &wire, PortalCfg &portal)
     wire("portal.radius_server2", portal.radius_server2);
 }
 
-template <class Wire> void lay_out(Wire &wire, WlanCfg &wlan)
+template <ConfigVisitor Wire> void lay_out(Wire &wire, WlanCfg &wlan)
 {
     wire("enable", wlan.enable);
     wire("ssid", wlan.ssid);
@@ -68,7 +69,7 @@ template <class Wire> void lay_out(Wire &wire, WlanCfg &wlan)
     wire("sta_sep", wlan.sta_sep);
     wire("isolation", wlan.isolation);
     wire("layer2Isolation", wlan.layer2Isolation);
-    wire.template rows<uint32_t>("l2macWlist", wlan.l2macWlist);
+    wire.rows("l2macWlist", wlan.l2macWlist, COUNT_U32);
     wire("vlan", wlan.vlan);
     wire("downloadlimit", wlan.downloadlimit);
     wire("uploadlimit", wlan.uploadlimit);
@@ -79,7 +80,7 @@ template <class Wire> void lay_out(Wire &wire, WlanCfg &wlan)
     wire("roaming.enable", wlan.roaming.enable);
     wire("roaming.adv_search", wlan.roaming.adv_search);
     wire("acl.mode", wlan.acl.mode);
-    wire.template rows<uint32_t>("acl.mac", wlan.acl.mac);
+    wire.rows("acl.mac", wlan.acl.mac, COUNT_U32);
     wire("sec_mode", wlan.sec_mode);
     wire("wep.auth_type", wlan.wep.auth_type);
     wire("wep.in_type", wlan.wep.in_type);
@@ -112,7 +113,7 @@ template <class Wire> void lay_out(Wire &wire, WlanCfg &wlan)
     lay_out_band_steering(wire, wlan.bandsteering);
 }
 
-template <class Wire> void lay_out(Wire &wire, RadioCfg &radio)
+template <ConfigVisitor Wire> void lay_out(Wire &wire, RadioCfg &radio)
 {
     wire("country", radio.country);
     wire("op_mode", radio.op_mode);
@@ -138,17 +139,17 @@ template <class Wire> void lay_out(Wire &wire, RadioCfg &radio)
     wire("mesh.wpa_key", radio.mesh.wpa_key);
     wire("mesh.link_robust_threshold", radio.mesh.link_robust_threshold);
     lay_out_fast_handover(wire, radio.fasthandover);
-    wire.template rows<uint32_t>("wlan", radio.wlan);
+    wire.rows("wlan", radio.wlan, COUNT_U32);
 }
 
-template <class Wire> void lay_out(Wire &wire, LanPortCfg &lan_port)
+template <ConfigVisitor Wire> void lay_out(Wire &wire, LanPortCfg &lan_port)
 {
     wire("en", lan_port.en);
     wire("vid", lan_port.vid);
     wire("vlan_mode", lan_port.vlan_mode);
 }
 
-template <class Wire> void lay_out(Wire &wire, SwitchPortCfg &port)
+template <ConfigVisitor Wire> void lay_out(Wire &wire, SwitchPortCfg &port)
 {
     wire("mode", port.mode);
     wire("flow_control", port.flow_control);
@@ -156,7 +157,7 @@ template <class Wire> void lay_out(Wire &wire, SwitchPortCfg &port)
     wire("descp", port.descp);
 }
 
-template <class Wire> void lay_out(Wire &wire, PoePortCfg &port)
+template <ConfigVisitor Wire> void lay_out(Wire &wire, PoePortCfg &port)
 {
     wire("port", port.port);
     wire("enable", port.enable);
@@ -165,7 +166,7 @@ template <class Wire> void lay_out(Wire &wire, PoePortCfg &port)
     wire("priority", port.priority);
 }
 
-template <class Wire> void lay_out(Wire &wire, PdLifeguard &rule)
+template <ConfigVisitor Wire> void lay_out(Wire &wire, PdLifeguard &rule)
 {
     wire("port", rule.port);
     wire("enable", rule.enable);
@@ -181,7 +182,7 @@ template <class Wire> void lay_out(Wire &wire, PdLifeguard &rule)
     wire("status", rule.status);
 }
 
-template <class Wire> void lay_out(Wire &wire, PdlStatus &row)
+template <ConfigVisitor Wire> void lay_out(Wire &wire, PdlStatus &row)
 {
     wire("port", row.port);
     wire("state", row.state);
@@ -192,7 +193,7 @@ template <class Wire> void lay_out(Wire &wire, PdlStatus &row)
     wire("action", row.action);
 }
 
-template <class Wire> void lay_out_access_point_cfg(Wire &wire, WtpCfg &cfg)
+template <ConfigVisitor Wire> void lay_out_access_point_cfg(Wire &wire, WtpCfg &cfg)
 {
     wire("password", cfg.password_md5);
     wire("bandsteer", cfg.bandsteer);
@@ -213,25 +214,25 @@ template <class Wire> void lay_out_access_point_cfg(Wire &wire, WtpCfg &cfg)
     wire("log_remote_en", cfg.log_remote_en);
     wire("log_traffic_en", cfg.log_traffic_en);
     wire("log_remote_conf", cfg.log_remote_conf);
-    wire.template rows<int32_t>("lan_port", cfg.lan_port);
+    wire.rows("lan_port", cfg.lan_port, COUNT_I32);
     wire("mesh.enable_total", cfg.mesh.enable_total);
-    wire.template rows<uint32_t>("radio", cfg.radio);
+    wire.rows("radio", cfg.radio, COUNT_U32);
 }
 
-template <class Wire> void lay_out_switch_cfg(Wire &wire, WtpCfg &cfg)
+template <ConfigVisitor Wire> void lay_out_switch_cfg(Wire &wire, WtpCfg &cfg)
 {
     wire("sw_extra_text", cfg.sw_extra_text);
-    wire.template rows<uint32_t>("switch_port", cfg.switch_port);
+    wire.rows("switch_port", cfg.switch_port, COUNT_U32);
     wire("redundancyMode", cfg.redundancyMode);
-    wire.template rows<uint32_t>("manage_mac_list", cfg.manage_mac_list);
+    wire.rows("manage_mac_list", cfg.manage_mac_list, COUNT_U32);
     wire("power_budget", cfg.power_budget);
-    wire.template rows<uint32_t>("poe_port", cfg.poe_port);
+    wire.rows("poe_port", cfg.poe_port, COUNT_U32);
     wire("pdl_enable", cfg.pdl_enable);
-    wire.template rows<uint32_t>("pd_lifeguard", cfg.pd_lifeguard);
-    wire.template rows<uint32_t>("pdl_status", cfg.pdl_status);
+    wire.rows("pd_lifeguard", cfg.pd_lifeguard, COUNT_U32);
+    wire.rows("pdl_status", cfg.pdl_status, COUNT_U32);
 }
 
-template <class Wire> void lay_out(Wire &wire, WtpCfg &cfg, uint8_t wtp_type)
+template <ConfigVisitor Wire> void lay_out(Wire &wire, WtpCfg &cfg, uint8_t wtp_type)
 {
     wire("ip", cfg.ip);
     wire("mask", cfg.mask);
@@ -242,9 +243,9 @@ template <class Wire> void lay_out(Wire &wire, WtpCfg &cfg, uint8_t wtp_type)
     wire("location", cfg.location);
     wire("admin", cfg.admin);
     wire("timezone", cfg.timezone);
-    wire.template rows<uint32_t>("ac_list", cfg.ac_list);
-    if (wtp_type == WTP_ACCESS_POINT)
+    wire.rows("ac_list", cfg.ac_list, COUNT_U32);
+    if (wtp_type == DEVICE_ACCESS_POINT)
         lay_out_access_point_cfg(wire, cfg);
-    else if (wtp_type == WTP_SWITCH)
+    else if (wtp_type == DEVICE_SWITCH)
         lay_out_switch_cfg(wire, cfg);
 }

@@ -9,9 +9,9 @@
 //               . the record, see wtp_layout.h
 #pragma once
 
+#include "device/wtp_record.h"
 #include "proto/reply_reader.h"
 #include "proto/session.h"
-#include "report/wtp_record.h"
 #include "util/mac.h"
 
 #include <cstdint>

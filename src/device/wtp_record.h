@@ -7,15 +7,35 @@
 // belongs to an arena.
 #pragma once
 
+#include "proto/device_kind.h"
 #include "util/arena.h"
 #include "util/ipv4.h"
 #include "util/mac.h"
 
 #include <cstdint>
 
-enum WtpType : uint8_t { WTP_SWITCH = 2, WTP_ACCESS_POINT = 3 };
 enum WtpState : uint8_t { WTP_OFFLINE = 0, WTP_ONLINE = 5 };
 enum WtpSubState : uint8_t { WTP_SUB_UPGRADING = 4, WTP_SUB_WAITING = 9 };
+
+// The security modes of a WLAN that a program has to name: of 2 to 12 each uses the WPA settings,
+// and of these the enterprise ones a RADIUS server.
+enum SecurityMode : uint32_t {
+    SECURITY_OPEN = 0,
+    SECURITY_WEP = 1,
+    SECURITY_WPA_FIRST = 2,
+    SECURITY_PSK = 3,
+    SECURITY_ENTERPRISE = 6,
+    SECURITY_WPA_LAST = 12,
+};
+
+constexpr bool uses_wpa(uint32_t mode)
+{
+    return mode >= SECURITY_WPA_FIRST && mode <= SECURITY_WPA_LAST;
+}
+constexpr bool uses_radius(uint32_t mode)
+{
+    return (mode >= 5 && mode <= 7) || mode == 11 || mode == 12;
+}
 
 // What a device can be configured with, as flags of the controller's.
 struct CfgCap {
@@ -282,7 +302,7 @@ struct WtpCfg {
 };
 
 struct WtpRecord {
-    uint8_t wtp_type = 0; // a WtpType; any other value has the common members only
+    uint8_t wtp_type = 0; // a DeviceKind; any other value has the common members only
     Mac mac;
     Ipv4 ip;
     uint16_t port = 0;

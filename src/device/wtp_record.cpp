@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "report/wtp_record.h"
+#include "device/wtp_record.h"
 
 void append_wtp(WtpList &list, WtpRecord *record)
 {

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "report/wtp_request.h"
+#include "device/wtp_request.h"
 
+#include "device/wtp_layout.h"
 #include "proto/reply_reader.h"
 #include "proto/request_writer.h"
-#include "report/wtp_layout.h"
 #include "util/output.h"
 
 namespace {
@@ -17,8 +17,7 @@ public:
 
     void operator()(const char *, ArenaText &text)
     {
-        reply_.read_text("ERROR: Out of memory\n",
-                         [&](size_t length) { return text.allocate(memory_, length); });
+        reply_.read_text([&](size_t length) { return text.allocate(memory_, length); });
     }
 
     // A host name comes from a station, so from anyone: anything but printable ASCII empties it.
@@ -38,18 +37,19 @@ public:
     {
         part = memory_.make<Part>();
         if (part == nullptr)
-            report_no_memory("ERROR: Out of memory\n");
+            reply_.report_no_memory();
         return part != nullptr;
     }
 
-    template <class Count, class Row> Count count(const char *, const ArenaTable<Row> &)
+    template <class Int, class Row> Int count(const char *, const ArenaTable<Row> &, CountOf<Int>)
     {
-        return reply_.number<Count>();
+        return reply_.number<Int>();
     }
 
-    template <class Count, class Row> void rows(const char *name, ArenaTable<Row> &table)
+    template <class Int, class Row>
+    void rows(const char *name, ArenaTable<Row> &table, CountOf<Int>)
     {
-        const auto announced = reply_.number<Count>();
+        const auto announced = reply_.number<Int>();
         if (announced > 0)
             counted_rows(name, table, static_cast<uint32_t>(announced));
     }
@@ -69,21 +69,15 @@ public:
 private:
     template <class Row> void table_too_large(const ArenaTable<Row> &, uint32_t)
     {
-        report_no_memory("ERROR: Out of memory\n");
+        reply_.report_no_memory();
     }
     void table_too_large(const ArenaTable<TopoDev> &, uint32_t)
     {
-        report_no_memory("ERROR: Out of memory(switchTopoDevCount)\n");
+        reply_.report_no_memory("ERROR: Out of memory(switchTopoDevCount)\n");
     }
     void table_too_large(const ArenaTable<TopoLink> &, uint32_t announced)
     {
         fail("ERROR: Out of memory(linkCount=%d)\n", static_cast<int32_t>(announced));
-        reply_.set_failed();
-    }
-
-    void report_no_memory(const char *message)
-    {
-        fail("%s", message);
         reply_.set_failed();
     }
 
@@ -105,12 +99,10 @@ int read_wtp_list(ByteSource &source, WtpList &list)
     ReplyReader reply(source);
     while (reply.number<uint8_t>() == 0 && reply.ok()) {
         auto *record = list.memory.make<WtpRecord>();
-        if (record == nullptr) {
-            fail("ERROR: Out of memory\n");
-            reply.set_failed();
-        } else if (read_wtp_record(reply, list.memory, *record) == 0) {
+        if (record == nullptr)
+            reply.report_no_memory();
+        else if (read_wtp_record(reply, list.memory, *record) == 0)
             append_wtp(list, record);
-        }
     }
     if (reply.ok())
         return 0;
