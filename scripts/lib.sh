@@ -22,7 +22,7 @@ build_preset() {
     local preset=$1 log
     shift
     log=$(mktemp)
-    if ! { cmake --preset "$preset" -G Ninja "$@" && cmake --build "build/$preset"; } >"$log" 2>&1; then
+    if ! { cmake --preset "$preset" "$@" && cmake --build --preset "$preset"; } >"$log" 2>&1; then
         cat "$log"
         rm -f "$log"
         return 1

@@ -73,7 +73,7 @@ static void print_outputs(const MacList &wtps, const Table<Text> &outputs)
         if (outputs[i].absent())
             continue;
         out.put("WTP ");
-        out.advance(write_mac_lower(out.reserve(MAC_TEXT_ROOM), wtps[i]));
+        out.advance(write_mac_lower(out.room(MAC_TEXT_MAX), wtps[i]));
         out.put(" output:\n");
         out.put(outputs[i].c_str());
         out.put('\n');

@@ -46,7 +46,7 @@ void print_result_code(uint8_t code, const Mac &mac)
         fail("ERROR: %s\n", message.before);
         return;
     }
-    char name[MAC_TEXT_ROOM];
+    char name[MAC_TEXT_MAX + 1];
     *write_mac_lower(name, mac) = '\0';
     fail("ERROR: %s%s%s\n", message.before, name, message.after);
 }

@@ -81,7 +81,7 @@ void json_escape(Output &out, const char *text)
 {
     enum : size_t { PIECE = Output::ROOM_MAX / 2 };
     while (*text != '\0') {
-        char *to = out.reserve(2 * PIECE);
+        char *to = out.room(2 * PIECE);
         for (const char *end = text + strnlen(text, PIECE); text < end; text++) {
             const char letter = escape_letter(*text);
             if (letter != '\0')

@@ -8,7 +8,7 @@
 
 #include <cstdint>
 
-enum : unsigned { DIGEST_TEXT_ROOM = 32, DURATION_TEXT_ROOM = 32 };
+enum : unsigned { DIGEST_TEXT_MAX = 32, DURATION_TEXT_MAX = 18 };
 
 // Writes 32 lower-case hexadecimal digits, unterminated, and returns their end.
 char *write_digest(char *to, const Md5Digest &digest);

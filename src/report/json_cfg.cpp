@@ -321,7 +321,7 @@ static void print_switch_cfg(JsonWriter &json, const WtpCfg &cfg)
 // The three addresses as one string, joined by slashes.
 static void print_ipv4(JsonWriter &json, const WtpCfg &cfg)
 {
-    char text[3 * IPV4_TEXT_ROOM + 3];
+    char text[3 * IPV4_TEXT_MAX + 3];
     char *to = write_ipv4(text, cfg.ip);
     *to++ = '/';
     to = write_ipv4(to, cfg.mask);

@@ -33,15 +33,15 @@ public:
     }
     template <size_t N> void member(const char (&name)[N], const Mac &mac)
     {
-        close_string(write_mac(open_string(name, MAC_TEXT_ROOM), mac));
+        close_string(write_mac(open_string(name, MAC_TEXT_MAX), mac));
     }
     template <size_t N> void member(const char (&name)[N], Ipv4 addr)
     {
-        close_string(write_ipv4(open_string(name, IPV4_TEXT_ROOM), addr));
+        close_string(write_ipv4(open_string(name, IPV4_TEXT_MAX), addr));
     }
     template <size_t N> void member(const char (&name)[N], const Md5Digest &digest)
     {
-        close_string(write_digest(open_string(name, DIGEST_TEXT_ROOM), digest));
+        close_string(write_digest(open_string(name, DIGEST_TEXT_MAX), digest));
     }
     template <size_t N> void member(const char (&name)[N], const CfgCap &cap)
     {
@@ -122,7 +122,7 @@ public:
     }
     void element(const Mac &mac)
     {
-        char *to = next(MAC_TEXT_ROOM + 2);
+        char *to = next(MAC_TEXT_MAX + 2);
         *to++ = '"';
         close_string(write_mac(to, mac));
     }
@@ -139,7 +139,7 @@ private:
     // Room for a value of `room` bytes, and a quote behind it, after the comma if one is due.
     char *next(size_t room)
     {
-        char *to = out_.reserve(room + 2);
+        char *to = out_.room(room + 2);
         *to = ',';
         to += comma_;
         comma_ = 1;

@@ -31,15 +31,15 @@ public:
     }
     template <size_t N> void item(const char (&label)[N], const Mac &mac)
     {
-        out_.advance(write_mac(begin(label, MAC_TEXT_ROOM), mac));
+        out_.advance(write_mac(begin(label, MAC_TEXT_MAX), mac));
     }
     template <size_t N> void item(const char (&label)[N], Ipv4 addr)
     {
-        out_.advance(write_ipv4(begin(label, IPV4_TEXT_ROOM), addr));
+        out_.advance(write_ipv4(begin(label, IPV4_TEXT_MAX), addr));
     }
     template <size_t N> void item(const char (&label)[N], const Md5Digest &digest)
     {
-        out_.advance(write_digest(begin(label, DIGEST_TEXT_ROOM), digest));
+        out_.advance(write_digest(begin(label, DIGEST_TEXT_MAX), digest));
     }
     template <size_t N> void item(const char (&label)[N], const ArenaText &text)
     {
@@ -52,7 +52,7 @@ public:
     }
     template <size_t N> void duration(const char (&label)[N], uint32_t seconds)
     {
-        out_.advance(write_duration(begin(label, DURATION_TEXT_ROOM), seconds));
+        out_.advance(write_duration(begin(label, DURATION_TEXT_MAX), seconds));
         out_.put('\n');
     }
 
@@ -79,7 +79,7 @@ public:
 private:
     template <size_t N> char *begin(const char (&label)[N], size_t room)
     {
-        char *to = out_.reserve(N + room);
+        char *to = out_.room(N + room);
         memcpy(to, label, N - 1);
         return to + N - 1;
     }

@@ -105,9 +105,10 @@ bool parse_ip_dns_settings(const char *text, Ipv4 &ip, Ipv4 &mask, Ipv4 &gateway
 
 char *write_ipv4(char *to, Ipv4 addr)
 {
-    for (const uint8_t octet : addr.octet) {
-        to = write_number(to, uint32_t{octet});
+    to = write_number(to, uint32_t{addr.octet[0]});
+    for (int i = 1; i < 4; i++) {
         *to++ = '.';
+        to = write_number(to, uint32_t{addr.octet[i]});
     }
-    return to - 1;
+    return to;
 }

@@ -27,7 +27,7 @@ bool parse_ip_settings(const char *text, Ipv4 &ip, Ipv4 &mask, Ipv4 &gateway);
 bool parse_ip_dns_settings(const char *text, Ipv4 &ip, Ipv4 &mask, Ipv4 &gateway, Ipv4 &dns1,
                            Ipv4 &dns2);
 
-enum : unsigned { IPV4_TEXT_ROOM = 16 };
+enum : unsigned { IPV4_TEXT_MAX = 15 };
 
-// Writes "192.168.1.10" into IPV4_TEXT_ROOM bytes, unterminated, and returns the text's end.
+// Writes "192.168.1.10" into IPV4_TEXT_MAX bytes, unterminated, and returns the text's end.
 char *write_ipv4(char *to, Ipv4 addr);

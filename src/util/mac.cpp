@@ -64,13 +64,13 @@ bool parse_mac_list(const char *text, MacList &list)
 
 static char *write_mac(char *to, const Mac &mac, const char *digits)
 {
-    for (const uint8_t byte : mac.byte) {
-        to[0] = digits[byte >> 4];
-        to[1] = digits[byte & 15];
-        to[2] = ':';
-        to += 3;
+    for (int i = 0; i < 6; i++) {
+        if (i > 0)
+            *to++ = ':';
+        *to++ = digits[mac.byte[i] >> 4];
+        *to++ = digits[mac.byte[i] & 15];
     }
-    return to - 1;
+    return to;
 }
 
 char *write_mac(char *to, const Mac &mac)
@@ -85,7 +85,7 @@ char *write_mac_lower(char *to, const Mac &mac)
 
 const char *mac_to_text(const Mac &mac)
 {
-    static char text[MAC_TEXT_ROOM];
+    static char text[MAC_TEXT_MAX + 1];
     *write_mac(text, mac) = '\0';
     return text;
 }

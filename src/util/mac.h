@@ -28,9 +28,9 @@ bool parse_mac(const char *text, Mac &mac);
 // address or a group address, or memory is short; `list` is then empty.
 bool parse_mac_list(const char *text, MacList &list);
 
-enum : unsigned { MAC_TEXT_ROOM = 18 };
+enum : unsigned { MAC_TEXT_MAX = 17 };
 
-// Writes "AA:BB:CC:DD:EE:FF" into MAC_TEXT_ROOM bytes, unterminated, and returns the text's end.
+// Writes "AA:BB:CC:DD:EE:FF" into MAC_TEXT_MAX bytes, unterminated, and returns the text's end.
 char *write_mac(char *to, const Mac &mac);
 
 // The same in lower case.

@@ -5,7 +5,8 @@
 #include <charconv>
 #include <cstdint>
 
-enum : unsigned { NUMBER_TEXT_MAX = 20 }; // the longest 64-bit number with its sign
+// Lengths of texts never count a terminator. This is the longest 64-bit number with its sign.
+enum : unsigned { NUMBER_TEXT_MAX = 20 };
 
 // Writes the number without a terminator and returns its end. Most numbers of a report are flags
 // and small codes, so single digits take a short way.

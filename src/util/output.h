@@ -9,11 +9,11 @@
 
 class Output {
 public:
-    // The next `room` (at most ROOM_MAX) bytes of the buffer, to be written and then taken over by
+    // The next `size` (at most ROOM_MAX) bytes of the buffer, to be written and then taken over by
     // advance() with the end of what was written.
-    char *reserve(size_t room)
+    char *room(size_t size)
     {
-        if (sizeof buffer_ - used_ < room)
+        if (sizeof buffer_ - used_ < size)
             flush();
         return buffer_ + used_;
     }
@@ -23,12 +23,12 @@ public:
     void put(const char *text) { put(text, strlen(text)); }
     void put(char c)
     {
-        char *to = reserve(1);
+        char *to = room(1);
         *to = c;
         advance(to + 1);
     }
 
-    void put_number(uint32_t number) { advance(write_number(reserve(NUMBER_TEXT_MAX), number)); }
+    void put_number(uint32_t number) { advance(write_number(room(NUMBER_TEXT_MAX), number)); }
 
     // Hands everything to the system. What standard output does not take is dropped silently.
     void flush();

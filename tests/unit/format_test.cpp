@@ -23,7 +23,7 @@ TEST(Format, DataRates)
 TEST(Format, DurationsAndDigests)
 {
     std::string got;
-    char text[DURATION_TEXT_ROOM];
+    char text[DURATION_TEXT_MAX];
     for (const uint32_t seconds : {0u, 59u, 60u, 3599u, 3600u, 86399u, 86400u, 90061u, UINT32_MAX})
         got.append(" ").append(text, write_duration(text, seconds));
     EXPECT_EQ(got, " 0d:0h:0m:0s 0d:0h:0m:59s 0d:0h:1m:0s 0d:0h:59m:59s 0d:1h:0m:0s 0d:23h:59m:59s"

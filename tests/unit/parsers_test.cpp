@@ -28,7 +28,7 @@ static std::string dotted(bool good, const Ipv4 *addr, int count)
 {
     std::string text;
     for (int i = 0; i < count && good; i++) {
-        char quad[IPV4_TEXT_ROOM];
+        char quad[IPV4_TEXT_MAX];
         text.append(i == 0 ? "" : "/").append(quad, write_ipv4(quad, addr[i]));
     }
     return text;

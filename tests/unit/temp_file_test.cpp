@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 static std::string digest_of(const std::string &password)
 {
     Md5Digest digest;
-    char text[DIGEST_TEXT_ROOM];
+    char text[DIGEST_TEXT_MAX];
     testing::internal::CaptureStderr();
     const int status = password_digest(password.c_str(), digest.byte);
     const std::string message = testing::internal::GetCapturedStderr();
