@@ -2,15 +2,11 @@
 // The command line of the simulated controller.
 #pragma once
 
-#include "connection.h"
-#include "controller.h"
+#include "client.h"
 
 #include <cstdint>
 #include <netinet/in.h>
 #include <string>
-
-inline constexpr int32_t HANDSHAKE_ADMIT = 1;
-inline constexpr int32_t HANDSHAKE_BUSY = -1;
 
 struct SimOptions {
     in_addr address = {}; // loopback unless told otherwise
