@@ -395,6 +395,29 @@ class Service(unittest.TestCase):
                     self.assertEqual(controller.record(mac)["wtp_cfg"], before)
                     self.assertEqual(configure(mac, fits, times=2), b"\0\0\3\0")  # named twice, done once
 
+    def test_command_line_and_files_of_others(self):
+        def ac_sim(*options):
+            done = subprocess.run([AC_SIM, "--port", "0", *options], capture_output=True, text=True, timeout=10,
+                                  preexec_fn=end_with_test)
+            return done.returncode, done.stdout, done.stderr
+        usage = ac_sim("--help")
+        self.assertRegex(usage[1], r"^usage: ac-sim (.*\n)+  --version (.*\n)+  -h, --help ")
+        version = re.search(r"project\(zov VERSION (\S+)", Path(f"{SOURCE}/CMakeLists.txt").read_text())[1]
+        with tempfile.TemporaryDirectory() as folder, Controller() as controller:
+            kept, link = f"{folder}/kept", f"{folder}/link"
+            Path(kept).write_text("kept")
+            os.symlink(f"{folder}/nothing", link)
+            taken = "cannot create the pid file %s: File exists"
+            many = "bad argument '100001', expected a number up to 100000"
+            for option, *argument, status, out, err in (
+                    ("-h", 0, usage[1], None), ("--version", 0, f"ac-sim {version}\n", None),
+                    ("--aps", "100001", 2, "", f"--aps: {many}"), ("--others", "100001", 2, "", f"--others: {many}"),
+                    ("--pid-file", kept, 1, "", taken % kept), ("--pid-file", link, 1, "", taken % link)):
+                self.assertEqual(ac_sim(option, *argument), (status, out, f"ac-sim: {err}\n" if err else ""))
+            os.symlink(kept, f"/tmp/ac-sim.{controller.process.pid}.mem")
+            self.assertRegex(controller.ok("mem"), r"Total \d+ bytes, \d+ entries\n$")
+            self.assertEqual((Path(kept).read_text(), sorted(os.listdir(folder))), ("kept", ["kept", "link"]))
+
 
 if __name__ == "__main__":
     unittest.main(argv=sys.argv[:1], verbosity=0)
