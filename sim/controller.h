@@ -2,13 +2,17 @@
 // The simulated controller: its state, and an answer to every command.
 #pragma once
 
-#include "connection.h"
 #include "fleet.h"
-#include "proto/commands.h"
-#include "setting.h"
+#include "proto/result_code.h"
+#include "record_writer.h"
+#include "taker.h"
+#include "util/temp_file.h"
 
 #include <map>
+#include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 struct ControllerOptions {
     FleetSize fleet;
@@ -22,43 +26,81 @@ public:
     explicit Controller(const ControllerOptions &options);
     Controller(const Controller &) = delete;
     Controller &operator=(const Controller &) = delete;
-    ~Controller();
 
-    // Serves an admitted client until it says goodbye; throws Disconnected when it does not.
-    void serve(Connection &client);
+    // The length of the request that begins with these bytes; none as long as they do not tell.
+    // Throws BadRequest, as answer() may.
+    static std::optional<size_t> request_length(std::string_view bytes);
+
+    // Does what a whole request asks for, and appends the reply to it.
+    void answer(std::string_view request, std::string &reply);
+
+    // Where the memory records are, after a request for them.
+    const char *memory_path() const { return memory_path_.c_str(); }
+
+    // A line on standard error, for those who asked for it.
+    void log(const char *format, ...) __attribute__((format(printf, 2, 3)));
 
 private:
-    void answer(CommandCode code, Connection &client);
+    struct Command;
+    static const Command &command(uint8_t code);
 
-    void list_wtps(Connection &client);
-    void upgrade(Connection &client);
-    void add(Connection &client);
-    void remove(Connection &client);
-    void set_config(Connection &client);
-    void reset(Connection &client);
-    void ac_info(Connection &client);
-    void ac_memory(Connection &client);
-    void firmware_state(Connection &client);
-    void scan(Connection &client);
-    void background_scan(Connection &client);
-    void auto_channel(Connection &client);
-    void auto_tx_power(Connection &client);
-    void kick(Connection &client);
-    void debug(Connection &client);
-    void no_discovery(Connection &client);
-    void redirect(Connection &client);
-    void shell(Connection &client);
-    void firmware_list(Connection &client);
+    void list_wtps(Taker &in, std::string &reply);
+    void upgrade(Taker &in, std::string &reply);
+    void add(Taker &in, std::string &reply);
+    void remove(Taker &in, std::string &reply);
+    void set_config(Taker &in, std::string &reply);
+    void reset(Taker &in, std::string &reply);
+    void ac_info(Taker &in, std::string &reply);
+    void ac_memory(Taker &in, std::string &reply);
+    void firmware_state(Taker &in, std::string &reply);
+    void scan(Taker &in, std::string &reply);
+    void background_scan(Taker &in, std::string &reply);
+    void auto_channel(Taker &in, std::string &reply);
+    void auto_tx_power(Taker &in, std::string &reply);
+    void kick(Taker &in, std::string &reply);
+    void debug(Taker &in, std::string &reply);
+    void no_discovery(Taker &in, std::string &reply);
+    void redirect(Taker &in, std::string &reply);
+    void shell(Taker &in, std::string &reply);
+    void firmware_list(Taker &in, std::string &reply);
 
-    template <class Action> std::string for_each(const std::vector<Mac> &macs, Action action);
+    Device *find(const Mac &mac) const;
+    uint8_t check_acting(const Mac &mac, const Device *device) const;
+    template <class Action>
+    void for_each(const std::vector<Mac> &macs, std::string &reply, Action action);
     template <class Action> uint32_t for_each_radio(uint32_t band, Action action);
-    uint8_t check_acting(const Mac &mac, Device *device) const;
-    void log(const char *format, ...) __attribute__((format(printf, 2, 3)));
 
     ControllerOptions options_;
     Fleet fleet_;
-    bool debug_ = false;    // set by clients: log as if verbose
-    bool discovery_ = true; // cleared by clients
-    uint32_t firmware_state_ = 0;
-    std::string memory_path_; // the record file written last
+    std::map<Mac, Device *> by_mac_;
+    bool debug_ = false; // set by clients: log as if verbose
+    const std::string memory_path_;
+    std::optional<TempFile> memory_file_; // the records written last
 };
+
+// One result byte for each address: what keeps the device from acting, or what the action says.
+template <class Action>
+void Controller::for_each(const std::vector<Mac> &macs, std::string &reply, Action action)
+{
+    for (const Mac &mac : macs) {
+        Device *device = find(mac);
+        uint8_t code = check_acting(mac, device);
+        if (code == RESULT_SUCCESS)
+            code = action(*device);
+        put(reply, code);
+    }
+}
+
+// Calls the action for the radio of a band of every access point that can act; returns how many.
+template <class Action> uint32_t Controller::for_each_radio(uint32_t band, Action action)
+{
+    uint32_t count = 0;
+    for (const auto &device : fleet_) {
+        WtpRecord &wtp = device->record;
+        if (check_acting(wtp.mac, device.get()) != RESULT_SUCCESS || band >= wtp.radio.size())
+            continue;
+        action(wtp.radio[band]);
+        count++;
+    }
+    return count;
+}

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "fleet.h"
 
-#include <cstdio>
-#include <cstring>
+#include "factory.h"
+
 #include <random>
 
 namespace {
@@ -23,44 +23,6 @@ private:
     std::mt19937 engine_;
 };
 
-struct Model {
-    const char *name;
-    const char *sku;
-    uint32_t radios;
-};
-
-constexpr Model AP_MODELS[] = {
-    {"AP-220", "AP-220-EU", 2}, {"AP-430", "AP-430-EU", 2}, {"AP-650", "AP-650-WW", 3}};
-
-// Security modes as the controller counts them: open, WEP, pre-shared keys, enterprise.
-enum : uint32_t { SECURITY_OPEN = 0, SECURITY_WEP = 1, SECURITY_PSK = 3, SECURITY_ENTERPRISE = 6 };
-
-struct WlanTemplate {
-    const char *ssid;
-    uint32_t vlan;
-    uint32_t sec_mode;
-    const char *secret;
-};
-
-constexpr WlanTemplate WLANS[] = {{"office", 10, SECURITY_ENTERPRISE, "radius-secret"},
-                                  {"voice", 20, SECURITY_PSK, "call-me-maybe"},
-                                  {"guest \"free\"", 30, SECURITY_OPEN, ""},
-                                  {"scanners", 40, SECURITY_WEP, "0123456789"}};
-
-template <class... Parts>
-void set_text(Arena &memory, ArenaText &text, const char *format, Parts... parts)
-{
-    char buffer[128];
-    snprintf(buffer, sizeof buffer, format, parts...);
-    text.assign(memory, buffer);
-}
-
-Mac make_mac(uint8_t kind, uint32_t number)
-{
-    return {{0x02, kind, static_cast<uint8_t>(number >> 24), static_cast<uint8_t>(number >> 16),
-             static_cast<uint8_t>(number >> 8), static_cast<uint8_t>(number)}};
-}
-
 Ipv4 make_ipv4(uint8_t net, uint32_t number)
 {
     return {{10, net, static_cast<uint8_t>(number / 250), static_cast<uint8_t>(number % 250 + 1)}};
@@ -78,122 +40,6 @@ void fill_caps(CfgCap &cap, uint8_t start)
 {
     for (uint8_t &flag : cap.flag)
         flag = static_cast<uint8_t>(start++ % 4 == 0 ? 0 : 1);
-}
-
-void set_wlan(Arena &memory, WlanCfg &wlan, const WlanTemplate &from)
-{
-    wlan.enable = 1;
-    wlan.ssid.assign(memory, from.ssid);
-    wlan.vlan = from.vlan;
-    wlan.sec_mode = from.sec_mode;
-    wlan.downloadlimit = wlan.uploadlimit = -1;
-    wlan.roaming.enable = 1;
-    wlan.wpa.enc_mode = 2;
-    wlan.wpa.group_key_int = 3600;
-    wlan.wpa.pmf_enable = 1;
-    wlan.bandsteering.rssi = -70;
-    wlan.nas.port = 1812;
-    wlan.hotspot20.assign(memory, "{\"enable\":0}");
-    wlan.acl.mac.reserve(memory, 1);
-    wlan.acl.mac.append() = make_mac(0xAC, from.vlan);
-    if (from.sec_mode == SECURITY_WEP) {
-        wlan.wep.key_len = 10;
-        wlan.wep.key[0].assign(memory, from.secret);
-    } else if (from.sec_mode == SECURITY_ENTERPRISE) {
-        wlan.wpa.radius.addr = {{10, 0, 0, 18}};
-        wlan.wpa.radius.port = 1812;
-        wlan.wpa.radius.secret.assign(memory, from.secret);
-    } else if (from.sec_mode == SECURITY_PSK) {
-        wlan.wpa.passphrase.assign(memory, from.secret);
-    } else {
-        wlan.portal.enable = 1;
-        wlan.portal.userurl.assign(memory, "http://guest.example.net/welcome");
-        wlan.portal.session_timeout = 3600;
-    }
-}
-
-void set_radio(Arena &memory, RadioCfg &radio, uint32_t number)
-{
-    radio.country = 276;
-    radio.wl_mode = number == 0 ? 9 : 25;
-    radio.channel.ht = number == 0 ? 20 : 80;
-    radio.channel.val = number == 0 ? 6 : 36 + 8 * number;
-    radio.tx_power = 20;
-    radio.obey_regulatory_power = 1;
-    radio.data_rate = number == 0 ? 0 : 110;
-    radio.bit_rate = 1;
-    radio.ax_enable = 1;
-    radio.rts_cts_threshold = 2346;
-    radio.distance = 300;
-    radio.aggregation.enable = 1;
-    radio.aggregation.frames = 32;
-    radio.aggregation.maxbytes = 50000;
-    radio.limited_clients.count = 64;
-    radio.mesh.id.assign(memory, "campus-mesh");
-    radio.mesh.wpa_key.assign(memory, "mesh-key-0815");
-    radio.mesh.link_robust_threshold = -90;
-    radio.fasthandover.rssi = -80;
-    radio.wlan.reserve(memory, std::size(WLANS));
-    for (const WlanTemplate &from : WLANS)
-        set_wlan(memory, radio.wlan.append(), from);
-}
-
-void configure_access_point(Arena &memory, WtpCfg &cfg, uint32_t radios)
-{
-    cfg.bandsteering.rssi = -70;
-    cfg.bandsteering.percent = 60;
-    cfg.fasthandover.rssi = -75;
-    cfg.guest_network.addr = {{192, 168, 30, 1}};
-    cfg.guest_network.mask = {{255, 255, 255, 0}};
-    cfg.guest_network.start = {{192, 168, 30, 10}};
-    cfg.guest_network.end = {{192, 168, 30, 250}};
-    cfg.led.power = cfg.led.lan = cfg.led.wlan0 = cfg.led.wlan1 = 1;
-    cfg.log_remote_conf.assign(memory, "10.0.0.14:514");
-    cfg.lan_port.reserve(memory, 2);
-    for (int port = 0; port < 2; port++) {
-        LanPortCfg &lan_port = cfg.lan_port.append();
-        lan_port.en = 1;
-        lan_port.vid = 10 + port;
-    }
-    cfg.radio.reserve(memory, radios);
-    for (uint32_t radio = 0; radio < radios; radio++)
-        set_radio(memory, cfg.radio.append(), radio);
-}
-
-void configure_switch(Arena &memory, WtpCfg &cfg, uint32_t ports)
-{
-    cfg.power_budget = 370;
-    cfg.pdl_enable = 1;
-    cfg.switch_port.reserve(memory, ports);
-    cfg.poe_port.reserve(memory, ports);
-    for (uint32_t port = 1; port <= ports; port++) {
-        SwitchPortCfg &configured = cfg.switch_port.append();
-        configured.port = port;
-        set_text(memory, configured.descp, "desk %u", port);
-        PoePortCfg &poe = cfg.poe_port.append();
-        poe.port = port;
-        poe.enable = 1;
-        poe.priority = port % 3;
-        poe.power_limit_type = 1;
-        poe.user_power_limit = 30;
-    }
-    cfg.manage_mac_list.reserve(memory, 1);
-    cfg.manage_mac_list.append() = make_mac(0xAD, 1);
-    cfg.pd_lifeguard.reserve(memory, 1);
-    PdLifeguard &rule = cfg.pd_lifeguard.append();
-    rule.port = 1;
-    rule.enable = 1;
-    rule.ping_interval = 30;
-    rule.ping_max_count = 5;
-    rule.power_recovery_interval = 10;
-    rule.pd_bootup_time = 90;
-    rule.status.assign(memory, "watching");
-    cfg.pdl_status.reserve(memory, 1);
-    PdlStatus &status = cfg.pdl_status.append();
-    status.port = 1;
-    status.state = 1;
-    status.mac.assign(memory, "02:AA:00:00:00:01");
-    status.action.assign(memory, "none");
 }
 
 void set_identity(Arena &memory, WtpRecord &wtp, Dice &dice, uint8_t type, uint32_t number,
@@ -225,7 +71,7 @@ void add_stations(Arena &memory, WlanInfo &wlan, Dice &dice, uint32_t &next_stat
     static constexpr const char *OWNERS[] = {"anna", "ben", "carla", "dmitri", "eve", "farid"};
     static constexpr const char *SYSTEMS[] = {"Linux", "Android", "printer firmware", "unknown"};
     const uint32_t count = dice.below(4);
-    wlan.sta.reserve(memory, count);
+    make_room(memory, wlan.sta, count);
     for (uint32_t i = 0; i < count; i++) {
         StationInfo &sta = wlan.sta.append();
         sta.mac = make_mac(0x57, next_station);
@@ -242,7 +88,7 @@ void add_stations(Arena &memory, WlanInfo &wlan, Dice &dice, uint32_t &next_stat
 void serve_wlans(Arena &memory, WtpRecord &wtp, Dice &dice, uint32_t number, uint32_t radios)
 {
     uint32_t next_station = number * 64 + 1;
-    wtp.radio.reserve(memory, radios);
+    make_room(memory, wtp.radio, radios);
     for (uint32_t r = 0; r < radios; r++) {
         RadioInfo &radio = wtp.radio.append();
         radio.mac = make_mac(static_cast<uint8_t>(0xB0 + r), number + 1);
@@ -253,7 +99,7 @@ void serve_wlans(Arena &memory, WtpRecord &wtp, Dice &dice, uint32_t number, uin
         radio.cur_cfg.tx_power = 20;
         radio.cur_cfg.tx_power_percent = 87;
         const uint32_t wlans = wtp.wtp_cfg->radio[r].wlan.size();
-        radio.wlan.reserve(memory, wlans);
+        make_room(memory, radio.wlan, wlans);
         for (uint32_t w = 0; w < wlans; w++) {
             WlanInfo &wlan = radio.wlan.append();
             wlan.bssid = make_mac(static_cast<uint8_t>(0xC0 + 8 * r + w), number + 1);
@@ -279,8 +125,7 @@ std::unique_ptr<Device> make_access_point(Dice &dice, uint32_t number, time_t no
     wtp.cap_code = 0x1F;
     set_text(memory, wtp.name, "ap-floor%u-%02u", number / 8 + 1, number % 8 + 1);
     reset_configuration(*device);
-    wtp.wtp_cfg->name.assign(memory, wtp.name.c_str());
-    set_text(memory, wtp.wtp_cfg->location, "Floor %u", number / 8 + 1);
+    set_text(*device->cfg_memory, wtp.wtp_cfg->location, "Floor %u", number / 8 + 1);
     if (wtp.state == WTP_ONLINE)
         serve_wlans(memory, wtp, dice, number, model.radios);
     return device;
@@ -288,8 +133,8 @@ std::unique_ptr<Device> make_access_point(Dice &dice, uint32_t number, time_t no
 
 void add_neighbours(Arena &memory, WtpRecord &wtp, time_t now)
 {
-    wtp.lldp_dev_list.reserve(memory, 2);
-    wtp.dev_list.reserve(memory, 2);
+    make_room(memory, wtp.lldp_dev_list, 2);
+    make_room(memory, wtp.dev_list, 2);
     for (uint32_t i = 0; i < 2; i++) {
         LldpDevice &neighbour = wtp.lldp_dev_list.append();
         neighbour.localPort = i + 1;
@@ -305,7 +150,7 @@ void add_neighbours(Arena &memory, WtpRecord &wtp, time_t now)
         device.name.assign(memory, neighbour.name.c_str());
         device.model.assign(memory, "Access point,\r\nindoor");
         device.update_time = device.system_time = static_cast<uint32_t>(now);
-        device.link.reserve(memory, 1);
+        make_room(memory, device.link, 1);
         TopoLink &link = device.link.append();
         link.local_port = i + 1;
         link.mac = wtp.mac;
@@ -315,9 +160,9 @@ void add_neighbours(Arena &memory, WtpRecord &wtp, time_t now)
 
 void add_ports(Arena &memory, WtpRecord &wtp, Dice &dice, uint32_t ports)
 {
-    wtp.switch_hw_port.reserve(memory, ports);
-    wtp.switch_port.reserve(memory, ports);
-    wtp.poe_port.reserve(memory, ports);
+    make_room(memory, wtp.switch_hw_port, ports);
+    make_room(memory, wtp.switch_port, ports);
+    make_room(memory, wtp.poe_port, ports);
     wtp.poe_global.power_budget = 370;
     for (uint32_t number = 1; number <= ports; number++) {
         SwitchHwPort &hardware = wtp.switch_hw_port.append();
@@ -341,7 +186,7 @@ void add_ports(Arena &memory, WtpRecord &wtp, Dice &dice, uint32_t ports)
                dice.between(35, 50)};
         wtp.poe_global.allocated_power += watts;
     }
-    wtp.trunk_port.reserve(memory, 1);
+    make_room(memory, wtp.trunk_port, 1);
     TrunkPortInfo &trunk = wtp.trunk_port.append();
     trunk.id = 1;
     trunk.mode = 1;
@@ -351,7 +196,6 @@ void add_ports(Arena &memory, WtpRecord &wtp, Dice &dice, uint32_t ports)
 
 std::unique_ptr<Device> make_switch(Dice &dice, uint32_t number, time_t now)
 {
-    enum : uint32_t { PORTS = 10 };
     auto device = std::make_unique<Device>();
     WtpRecord &wtp = device->record;
     Arena &memory = device->memory;
@@ -369,9 +213,8 @@ std::unique_ptr<Device> make_switch(Dice &dice, uint32_t number, time_t now)
     wtp.sw_max_trunk_member = 8;
     wtp.sw_dev_suport_type = 3;
     reset_configuration(*device);
-    wtp.wtp_cfg->name.assign(memory, wtp.name.c_str());
     if (wtp.state == WTP_ONLINE) {
-        add_ports(memory, wtp, dice, PORTS);
+        add_ports(memory, wtp, dice, SWITCH_PORTS);
         add_neighbours(memory, wtp, now);
     }
     return device;
@@ -390,28 +233,6 @@ std::unique_ptr<Device> make_other(Dice &dice, uint32_t number, time_t now)
 }
 
 } // namespace
-
-void reset_configuration(Device &device)
-{
-    Arena &memory = device.memory;
-    WtpRecord &record = device.record;
-    record.wtp_cfg = memory.make<WtpCfg>();
-    WtpCfg &cfg = *record.wtp_cfg;
-    cfg.name.assign(memory, record.name.c_str());
-    cfg.admin.assign(memory, "admin");
-    cfg.timezone = 60;
-    cfg.ac_list.reserve(memory, 1);
-    strcpy(cfg.ac_list.append().text, "controller.example.net");
-    if (record.wtp_type == DEVICE_ACCESS_POINT) {
-        uint32_t radios = 2;
-        for (const Model &model : AP_MODELS)
-            if (strcmp(model.name, record.model.c_str()) == 0)
-                radios = model.radios;
-        configure_access_point(memory, cfg, radios);
-    } else if (record.wtp_type == DEVICE_SWITCH) {
-        configure_switch(memory, cfg, 10);
-    }
-}
 
 std::unique_ptr<Device> make_absent_device(const Mac &mac)
 {
@@ -435,12 +256,4 @@ Fleet make_fleet(const FleetSize &size, time_t now)
     for (const auto &device : fleet)
         device->started = now - dice.between(600, 20 * 86400);
     return fleet;
-}
-
-Device *find_device(Fleet &fleet, const Mac &mac)
-{
-    for (const auto &device : fleet)
-        if (device->record.mac == mac)
-            return device.get();
-    return nullptr;
 }

@@ -25,12 +25,16 @@ enum UpgradeState : uint8_t {
 };
 
 struct Device {
-    Arena memory; // of what the record holds
+    Arena memory;                      // of what the record holds
+    std::unique_ptr<Arena> cfg_memory; // of its configuration
     WtpRecord record;
     time_t started = 0; // what its uptime counts from
 };
 
 using Fleet = std::vector<std::unique_ptr<Device>>;
+
+inline constexpr uint32_t DEVICES_MAX = 100000;              // of a kind, at first
+inline constexpr size_t FLEET_MAX = 4 * size_t{DEVICES_MAX}; // with those that clients add
 
 struct FleetSize {
     unsigned aps = 6, switches = 2, others = 1;
@@ -43,9 +47,3 @@ Fleet make_fleet(const FleetSize &size, time_t now);
 
 // A device that has not joined yet, with its kind's default configuration.
 std::unique_ptr<Device> make_absent_device(const Mac &mac);
-
-// Puts the configuration back to what the device was delivered with.
-void reset_configuration(Device &device);
-
-// The device with an address, or null.
-Device *find_device(Fleet &fleet, const Mac &mac);

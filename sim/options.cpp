@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 #include <getopt.h>
+#include <vector>
 
 namespace {
 
@@ -19,8 +20,10 @@ constexpr const char *HELP =
     "  --address ADDR   IPv4 address to listen on (127.0.0.1)\n"
     "  --pid-file FILE  write the process id there, and remove the file at the end\n"
     "  --verbose        a line on standard error for each request\n"
+    "  --version        print the version\n"
+    "  -h, --help       print this text\n"
     "\n"
-    "The fleet; the same numbers give the same fleet:\n"
+    "The fleet; the same numbers give the same fleet. At most 100000 of a kind:\n"
     "  --aps N          access points (6)\n"
     "  --switches N     switches (2)\n"
     "  --others N       devices of another kind (1)\n"
@@ -36,49 +39,17 @@ constexpr const char *HELP =
     "\n"
     "SIGTERM and SIGINT end it.\n";
 
-enum : int {
-    OPT_PORT = 1,
-    OPT_ADDRESS,
-    OPT_PID_FILE,
-    OPT_VERBOSE,
-    OPT_APS,
-    OPT_SWITCHES,
-    OPT_OTHERS,
-    OPT_SEED,
-    OPT_MAX_WTPS,
-    OPT_BUSY,
-    OPT_REFUSE,
-    OPT_CUT,
-    OPT_TRICKLE,
-    OPT_RESULT,
-    OPT_HELP,
-};
-
-constexpr option OPTIONS[] = {
-    {"port", required_argument, nullptr, OPT_PORT},
-    {"address", required_argument, nullptr, OPT_ADDRESS},
-    {"pid-file", required_argument, nullptr, OPT_PID_FILE},
-    {"verbose", no_argument, nullptr, OPT_VERBOSE},
-    {"aps", required_argument, nullptr, OPT_APS},
-    {"switches", required_argument, nullptr, OPT_SWITCHES},
-    {"others", required_argument, nullptr, OPT_OTHERS},
-    {"seed", required_argument, nullptr, OPT_SEED},
-    {"max-wtps", required_argument, nullptr, OPT_MAX_WTPS},
-    {"busy", no_argument, nullptr, OPT_BUSY},
-    {"refuse", required_argument, nullptr, OPT_REFUSE},
-    {"cut", required_argument, nullptr, OPT_CUT},
-    {"trickle", no_argument, nullptr, OPT_TRICKLE},
-    {"result", required_argument, nullptr, OPT_RESULT},
-    {"help", no_argument, nullptr, OPT_HELP},
-    {nullptr, 0, nullptr, 0},
-};
-
 // The whole text as a number of the target's type.
 template <class Int> bool take_number(const char *text, Int &number)
 {
     const char *end = text + strlen(text);
     const auto [last, error] = std::from_chars(text, end, number);
     return error == std::errc() && last == end && end != text;
+}
+
+bool take_devices(const char *text, uint32_t &count)
+{
+    return take_number(text, count) && count <= DEVICES_MAX;
 }
 
 bool take_result(const char *text, ControllerOptions &options)
@@ -92,74 +63,65 @@ bool take_result(const char *text, ControllerOptions &options)
     return true;
 }
 
-bool take_cut(const char *text, Faults &faults)
-{
-    size_t length = 0;
-    if (!take_number(text, length))
-        return false;
-    faults.cut = length;
-    return true;
-}
+using Arg = const char *;
+using To = SimOptions &;
 
-bool take_option(int code, const char *arg, SimOptions &options)
-{
-    ControllerOptions &controller = options.controller;
-    switch (code) {
-    case OPT_PORT:
-        return take_number(arg, options.port);
-    case OPT_ADDRESS:
-        return inet_pton(AF_INET, arg, &options.address) == 1;
-    case OPT_PID_FILE:
-        options.pid_file = arg;
-        return true;
-    case OPT_VERBOSE:
-        controller.verbose = true;
-        return true;
-    case OPT_APS:
-        return take_number(arg, controller.fleet.aps);
-    case OPT_SWITCHES:
-        return take_number(arg, controller.fleet.switches);
-    case OPT_OTHERS:
-        return take_number(arg, controller.fleet.others);
-    case OPT_SEED:
-        return take_number(arg, controller.fleet.seed);
-    case OPT_MAX_WTPS:
-        return take_number(arg, controller.max_wtps);
-    case OPT_BUSY:
-        options.handshake = HANDSHAKE_BUSY;
-        return true;
-    case OPT_REFUSE:
-        return take_number(arg, options.handshake);
-    case OPT_CUT:
-        return take_cut(arg, options.faults);
-    case OPT_TRICKLE:
-        options.faults.trickle = true;
-        return true;
-    case OPT_RESULT:
-        return take_result(arg, controller);
-    default:
-        return false;
-    }
-}
+struct Option {
+    const char *name;
+    int argument;                 // 1: there is one
+    bool (*take)(Arg arg, To to); // false: the argument does not fit
+    const char *bounds = "";
+};
+
+constexpr const char *DEVICES = ", expected a number up to 100000";
+static_assert(DEVICES_MAX == 100000);
+
+constexpr Option OPTIONS[] = {
+    {"port", 1, [](Arg arg, To to) { return take_number(arg, to.port); }},
+    {"address", 1, [](Arg arg, To to) { return inet_pton(AF_INET, arg, &to.address) == 1; }},
+    {"pid-file", 1, [](Arg arg, To to) { return (to.pid_file = arg, true); }},
+    {"verbose", 0, [](Arg, To to) { return to.controller.verbose = true; }},
+    {"aps", 1, [](Arg arg, To to) { return take_devices(arg, to.controller.fleet.aps); }, DEVICES},
+    {"switches", 1, [](Arg arg, To to) { return take_devices(arg, to.controller.fleet.switches); },
+     DEVICES},
+    {"others", 1, [](Arg arg, To to) { return take_devices(arg, to.controller.fleet.others); },
+     DEVICES},
+    {"seed", 1, [](Arg arg, To to) { return take_number(arg, to.controller.fleet.seed); }},
+    {"max-wtps", 1, [](Arg arg, To to) { return take_number(arg, to.controller.max_wtps); }},
+    {"busy", 0, [](Arg, To to) { return (to.handshake = HANDSHAKE_BUSY, true); }},
+    {"refuse", 1, [](Arg arg, To to) { return take_number(arg, to.handshake); }},
+    {"cut", 1, [](Arg arg, To to) { return take_number(arg, to.faults.cut.emplace()); }},
+    {"trickle", 0, [](Arg, To to) { return to.faults.trickle = true; }},
+    {"result", 1, [](Arg arg, To to) { return take_result(arg, to.controller); }},
+};
+
+enum : int { OPT_HELP = 'h', OPT_VERSION = 'v', OPT_FIRST = 256 }; // those of the table from here
 
 } // namespace
 
 int read_options(int argc, char **argv, SimOptions &options)
 {
     options.address.s_addr = htonl(INADDR_LOOPBACK);
+    std::vector<option> known;
+    for (const Option &row : OPTIONS)
+        known.push_back(
+            {row.name, row.argument, nullptr, OPT_FIRST + static_cast<int>(known.size())});
+    known.insert(known.end(), {{"help", no_argument, nullptr, OPT_HELP},
+                               {"version", no_argument, nullptr, OPT_VERSION},
+                               {nullptr, 0, nullptr, 0}});
     for (;;) {
-        int index = 0;
-        const int code = getopt_long(argc, argv, "", OPTIONS, &index);
+        const int code = getopt_long(argc, argv, "h", known.data(), nullptr);
         if (code == -1)
             break;
-        if (code == OPT_HELP) {
-            fputs(HELP, stdout);
+        if (code == OPT_HELP || code == OPT_VERSION) {
+            fputs(code == OPT_HELP ? HELP : "ac-sim " AC_SIM_VERSION "\n", stdout);
             return 0;
         }
         if (code == '?')
             return 2;
-        if (!take_option(code, optarg, options)) {
-            fprintf(stderr, "ac-sim: --%s: bad argument '%s'\n", OPTIONS[index].name, optarg);
+        const Option &row = OPTIONS[code - OPT_FIRST];
+        if (!row.take(optarg, options)) {
+            fprintf(stderr, "ac-sim: --%s: bad argument '%s'%s\n", row.name, optarg, row.bounds);
             return 2;
         }
     }

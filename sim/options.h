@@ -2,20 +2,17 @@
 // The command line of the simulated controller.
 #pragma once
 
-#include "connection.h"
-#include "controller.h"
+#include "client.h"
+#include "proto/session.h"
 
 #include <cstdint>
 #include <netinet/in.h>
 #include <string>
 
-inline constexpr int32_t HANDSHAKE_ADMIT = 1;
-inline constexpr int32_t HANDSHAKE_BUSY = -1;
-
 struct SimOptions {
-    in_addr address = {}; // loopback unless told otherwise
-    uint16_t port = 1235; // 0: any free one
-    int32_t handshake = HANDSHAKE_ADMIT;
+    in_addr address = {};    // loopback unless told otherwise
+    uint16_t port = AC_PORT; // 0: any free one
+    int32_t handshake = HANDSHAKE_ADMITTED;
     Faults faults;
     std::string pid_file;
     ControllerOptions controller;

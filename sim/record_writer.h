@@ -21,8 +21,10 @@ template <class Field> void put(std::string &reply, const Field &field)
     }
 }
 
+// Text behind its length; cut to what the length can tell.
 inline void put_text(std::string &reply, std::string_view text)
 {
+    text = text.substr(0, UINT16_MAX);
     put(reply, static_cast<uint16_t>(text.size()));
     reply += text;
 }

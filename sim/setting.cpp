@@ -2,39 +2,80 @@
 #include "setting.h"
 
 #include "device/cfg_layout.h"
+#include "factory.h"
 #include "util/byte_order.h"
 
-#include <algorithm>
 #include <cstring>
 #include <type_traits>
 
 namespace {
 
-template <class Row> bool resize(Arena &memory, ArenaTable<Row> &table, size_t count)
+// The most rows of a table; a device has as many radios as its model says.
+template <class Row> constexpr size_t ROWS_MAX = SWITCH_PORTS;
+template <> constexpr size_t ROWS_MAX<LanPortCfg> = LAN_PORTS;
+template <> constexpr size_t ROWS_MAX<WlanCfg> = 16;
+template <> constexpr size_t ROWS_MAX<Mac> = 256;
+template <> constexpr size_t ROWS_MAX<HostSlot> = 255;
+
+constexpr const char *BAD_LENGTH = "has a bad length or index";
+constexpr const char *TOO_MANY = "asks for more than the device holds";
+
+// Gives a table so many rows, in the same room if it does not grow.
+template <class Row> void resize(Arena &memory, ArenaTable<Row> &table, size_t count)
 {
-    ArenaTable<Row> resized;
-    if (!resized.reserve(memory, count))
-        return false;
+    ArenaTable<Row> resized = table;
+    resized.clear();
+    if (count > table.size())
+        make_room(memory, resized, count);
     for (size_t i = 0; i < count; i++) {
-        Row &row = resized.append();
-        if (i < table.size())
-            row = table[i];
+        const Row row = i < table.size() ? table[i] : Row();
+        resized.append() = row;
     }
     table = resized;
-    return true;
 }
+
+void assign(Arena &memory, ArenaText &text, const char *from)
+{
+    if (!text.assign(memory, from))
+        throw std::bad_alloc();
+}
+
+// The visitor of the configuration's layout that gives the texts and tables of a copy memory of
+// their own.
+class Parting {
+public:
+    explicit Parting(Arena &memory) : memory_(memory) {}
+
+    template <class Field> void operator()(const char *, Field &) {}
+    void operator()(const char *, ArenaText &text)
+    {
+        if (!text.absent())
+            assign(memory_, text, text.c_str());
+    }
+    template <class Int, class Row> void rows(const char *, ArenaTable<Row> &table, CountOf<Int>)
+    {
+        ArenaTable<Row> own;
+        make_room(memory_, own, table.size());
+        for (const Row &row : table)
+            lay_out(*this, own.append() = row);
+        table = own;
+    }
+
+private:
+    Arena &memory_;
+};
 
 // The visitor of the configuration's layout that sets one field: the one whose name is the rest of
 // the setting's path. Where a name is a table's, the index key tells the row.
 class Setter {
 public:
-    Setter(Arena &memory, std::string_view path, std::string_view index, std::string_view value)
-        : memory_(memory), path_(path), index_(index), value_(value)
+    Setter(Arena &memory, const WtpRecord &wtp, std::string_view path, std::string_view index,
+           std::string_view value)
+        : memory_(memory), wtp_(wtp), path_(path), index_(index), value_(value)
     {
     }
 
-    bool done() const { return done_; }
-    bool fits() const { return fits_; } // false: the value or the index does not fit the field
+    const char *wrong() const { return wrong_; } // null: nothing
 
     template <class Field> void operator()(const char *name, Field &field)
     {
@@ -63,69 +104,69 @@ private:
         return index_.empty() ? 0 : static_cast<unsigned char>(index_.front());
     }
 
+    template <class Row> size_t rows_max() const
+    {
+        return std::is_same_v<Row, RadioCfg> ? radios_of(wtp_) : ROWS_MAX<Row>;
+    }
+
     template <class Row> void set_in_row(ArenaTable<Row> &table, std::string_view rest)
     {
-        done_ = true;
-        if (index_.empty()) {
-            fits_ = false;
+        if (index_.empty() || position() >= rows_max<Row>()) {
+            wrong_ = BAD_LENGTH;
             return;
         }
-        if (position() >= table.size() && !resize(memory_, table, position() + 1))
-            return;
-        Setter inner(memory_, rest, index_.substr(1), value_);
+        if (position() >= table.size())
+            resize(memory_, table, position() + 1);
+        Setter inner(memory_, wtp_, rest, index_.substr(1), value_);
         lay_out(inner, table[position()]);
-        done_ = inner.done_;
-        fits_ = inner.fits_;
+        wrong_ = inner.wrong_;
     }
 
     // A whole table: its new number of rows, or all its rows where a row is a few bytes only.
     template <class Row> void store_all(ArenaTable<Row> &table)
     {
-        done_ = true;
-        if constexpr (std::is_same_v<Row, Mac> || std::is_same_v<Row, HostSlot>) {
-            fits_ = value_.size() % sizeof(Row) == 0 &&
-                    resize(memory_, table, value_.size() / sizeof(Row));
-            if (!fits_)
-                return;
-            for (Row &row : table)
-                memcpy(static_cast<void *>(&row),
-                       value_.data() + static_cast<size_t>(&row - table.begin()) * sizeof row,
-                       sizeof row);
-        } else {
-            fits_ = value_.size() == 4;
-            if (fits_)
-                resize(memory_, table,
-                       std::min<size_t>(from_big_endian<uint32_t>(value_.data()), 256));
+        constexpr bool whole = std::is_same_v<Row, Mac> || std::is_same_v<Row, HostSlot>;
+        if (whole ? value_.size() % sizeof(Row) != 0 : value_.size() != 4) {
+            wrong_ = BAD_LENGTH;
+            return;
         }
+        const size_t count =
+            whole ? value_.size() / sizeof(Row) : from_big_endian<uint32_t>(value_.data());
+        if (count > rows_max<Row>()) {
+            wrong_ = TOO_MANY;
+            return;
+        }
+        resize(memory_, table, count);
+        if constexpr (whole)
+            for (size_t i = 0; i < count; i++)
+                memcpy(static_cast<void *>(&table[i]), value_.data() + i * sizeof(Row),
+                       sizeof(Row));
     }
 
     void store(ArenaText &text)
     {
-        done_ = true;
         text = ArenaText();
         if (!value_.empty())
-            fits_ = text.assign(memory_, std::string(value_).c_str());
+            assign(memory_, text, std::string(value_).c_str());
     }
 
     template <class Field> void store(Field &field)
     {
-        done_ = true;
-        fits_ = value_.size() == sizeof field;
-        if (!fits_)
-            return;
-        if constexpr (std::is_integral_v<Field>)
+        if (value_.size() != sizeof field)
+            wrong_ = BAD_LENGTH;
+        else if constexpr (std::is_integral_v<Field>)
             field = from_big_endian<Field>(value_.data());
         else
             memcpy(static_cast<void *>(&field), value_.data(), sizeof field);
     }
 
     Arena &memory_;
+    const WtpRecord &wtp_;
     std::string_view path_;
     std::string_view index_;
     std::string_view value_;
     size_t element_ = 0;
-    bool done_ = false;
-    bool fits_ = true;
+    const char *wrong_ = nullptr;
 };
 
 std::string_view path_of(uint16_t id, DeviceKind kind)
@@ -139,29 +180,38 @@ std::string_view path_of(uint16_t id, DeviceKind kind)
     return {};
 }
 
-std::string set(WtpCfg &cfg, Arena &memory, std::string_view path, const Item &item,
-                DeviceKind kind, std::string_view value)
-{
-    Setter setter(memory, path, item.index, value);
-    lay_out(setter, cfg, kind);
-    return setter.fits() ? "" : "item " + std::to_string(item.type) + " has a bad length or index";
-}
-
 } // namespace
 
-std::string apply_item(const Item &item, DeviceKind kind, WtpCfg &cfg, Arena &memory)
+std::string apply_item(const Item &item, const WtpRecord &wtp, WtpCfg &cfg, Arena &memory)
 {
-    std::string_view path = path_of(item.type, kind);
+    const std::string name = "item " + std::to_string(item.type);
+    std::string_view path = path_of(item.type, static_cast<DeviceKind>(wtp.wtp_type));
     if (path.empty())
-        return "item " + std::to_string(item.type) + " is unknown";
+        return name + " is unknown";
     path.remove_prefix(std::strlen("wtp_cfg."));
+    const char *wrong = nullptr;
+    const auto set = [&](std::string_view field, std::string_view value) {
+        Setter setter(memory, wtp, field, item.index, value);
+        lay_out(setter, cfg, wtp.wtp_type);
+        wrong = setter.wrong();
+    };
     if (path != "ipv4")
-        return set(cfg, memory, path, item, kind, item.value);
+        set(path, item.value);
+    else if (item.value.size() != 3 * sizeof(Ipv4))
+        wrong = BAD_LENGTH;
+    else
+        for (size_t i = 0; const char *field : {"ip", "mask", "gateway"})
+            set(field, item.value.substr(sizeof(Ipv4) * i++, sizeof(Ipv4)));
+    return wrong == nullptr ? "" : name + " " + wrong;
+}
 
-    if (item.value.size() != 12)
-        return "item " + std::to_string(item.type) + " has a bad length or index";
-    const std::string_view value = item.value;
-    set(cfg, memory, "ip", item, kind, value.substr(0, 4));
-    set(cfg, memory, "mask", item, kind, value.substr(4, 4));
-    return set(cfg, memory, "gateway", item, kind, value.substr(8, 4));
+WtpCfg *copy_configuration(const WtpCfg &from, uint8_t wtp_type, Arena &memory)
+{
+    auto *copy = memory.make<WtpCfg>();
+    if (copy == nullptr)
+        throw std::bad_alloc();
+    *copy = from;
+    Parting parting(memory);
+    lay_out(parting, *copy, wtp_type);
+    return copy;
 }

@@ -8,14 +8,17 @@
 #include <string>
 #include <string_view>
 
-// One item as it came over the wire.
+// One item as it came over the wire; views into its request.
 struct Item {
     uint16_t type = 0;
-    std::string index;
-    std::string value;
+    std::string_view index;
+    std::string_view value;
 };
 
-// Applies one item of a device of the given kind, whose texts and tables live in `memory`; settings
-// that no record carries are accepted and forgotten. Returns what is wrong with the item, or an
-// empty text.
-std::string apply_item(const Item &item, DeviceKind kind, WtpCfg &cfg, Arena &memory);
+// Applies one item to a configuration of the given device, whose texts and tables live in `memory`;
+// settings that no record carries are accepted and forgotten. Returns what is wrong with the item,
+// or an empty text. Throws bad_alloc when memory is short, as does the next.
+std::string apply_item(const Item &item, const WtpRecord &wtp, WtpCfg &cfg, Arena &memory);
+
+// A copy of a configuration that shares nothing with it.
+WtpCfg *copy_configuration(const WtpCfg &from, uint8_t wtp_type, Arena &memory);

@@ -6,15 +6,19 @@ Configuration that is sent must come back in the next list, for generated docume
 examples; actions must show; the simulator must serve, misbehave and end as it is asked to.
 """
 import contextlib
+import ctypes
 import hashlib
 import json
 import os
 import random
 import re
 import signal
+import socket
+import struct
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 from pathlib import Path
 
@@ -34,10 +38,15 @@ def key_table(kind):
     return [(path, kind, int(low), int(high), form) for form, low, high, path in rows]
 
 
+def end_with_test(prctl=ctypes.CDLL(None).prctl, PR_SET_PDEATHSIG=1):
+    """Lets the system end a program that was started when this test ends, however it does."""
+    prctl(PR_SET_PDEATHSIG, signal.SIGKILL)
+
+
 class Controller:
     def __init__(self, *options):
         self.process = subprocess.Popen([AC_SIM, "--port", "0", *options], stdout=subprocess.PIPE,
-                                        stderr=subprocess.DEVNULL, text=True)
+                                        stderr=subprocess.DEVNULL, text=True, preexec_fn=end_with_test)
         self.port = self.process.stdout.readline().strip().rsplit(":", 1)[1]
 
     def __enter__(self):
@@ -48,17 +57,32 @@ class Controller:
 
     def end(self, number):
         self.process.send_signal(number)
-        status = self.process.wait(10)
-        self.process.stdout.close()
-        return status
+        try:
+            return self.process.wait(10)
+        finally:
+            self.process.kill()
+            self.process.stdout.close()
+
+    def client(self, *requests):
+        """An admitted client that has sent something, as bytes or hexadecimal text."""
+        client = socket.create_connection(("127.0.0.1", int(self.port)), timeout=20)
+        assert client.recv(4, socket.MSG_WAITALL) == b"\0\0\0\1"
+        for request in requests:
+            client.sendall(bytes.fromhex(request) if isinstance(request, str) else request)
+        return client
+
+    def replies(self, *requests):
+        """All that a client gets before its connection is ended."""
+        with self.client(*requests) as client, client.makefile("rb") as replies:
+            return replies.read()
 
     def start(self, command, *options, output=subprocess.PIPE):
-        return subprocess.Popen([ZOV, command, "--acport", self.port, *options],
-                                stdout=output, stderr=subprocess.PIPE, text=True)
+        return subprocess.Popen([ZOV, command, "--acport", self.port, *options], stdout=output,
+                                stderr=subprocess.PIPE, text=True, preexec_fn=end_with_test)
 
     def run(self, command, *options):
         process = self.start(command, *options)
-        out, err = process.communicate(timeout=60)
+        out, err = process.communicate(timeout=30)
         return process.returncode, out, err
 
     def ok(self, command, *options):
@@ -310,14 +334,87 @@ class Service(unittest.TestCase):
             status, _, err = controller.run("scan", "--radio", "2g", "--mac", macs)
             self.assertEqual((status, err.count("was not found")), (1, 10922))
 
-    def test_ends_on_request_and_takes_its_pid_file_along(self):
-        with tempfile.TemporaryDirectory() as folder:
-            for number in (signal.SIGTERM, signal.SIGINT):
-                controller = Controller("--pid-file", f"{folder}/pid")
-                controller.ok("online")
+            # A device's output is cut to what its length can tell.
+            text = f"sh: {'x' * 65520}: not found\n"
+            self.assertEqual(controller.ok("sh", "--mac", AP, "--cmd", "x" * 65520),
+                             f"WTP {AP.lower()} output:\n{text[:65535]}\n")
+
+    def test_clients_that_do_nothing_hold_up_nobody(self):
+        everything = "01 0000003f 0000"
+        for number in (signal.SIGTERM, signal.SIGINT):
+            with tempfile.TemporaryDirectory() as folder, \
+                    Controller("--aps", "4000", "--pid-file", f"{folder}/pid") as controller, \
+                    controller.client(), controller.client("01 0000"), controller.client(everything), \
+                    controller.client(everything) as slow, slow.makefile("rb") as reply:
                 self.assertEqual(int(Path(f"{folder}/pid").read_text()), controller.process.pid)
+                self.assertRegex(controller.ok("online"), r"^online WTP: \d+/\d+\n$")
+                whole = controller.replies(everything, "00")
+                self.assertGreater(len(whole), 16 << 20)  # more than sockets hold
+                slow.sendall(b"\0")
+                self.assertEqual(len(reply.read()), len(whole))
+                asked = time.monotonic()
                 self.assertEqual(controller.end(number), 0)
+                self.assertLess(time.monotonic() - asked, 1)
                 self.assertFalse(os.path.exists(f"{folder}/pid"))
+
+    def test_requests_that_lie_about_their_length(self):
+        with Controller() as controller:
+            info = controller.replies("07", "00")
+            for lie in ("63", "02 0010 0000 0000000000000000", "06 0008 0000 00000000 0001", "0a 0004 00 0000",
+                        "0b 0008", "0c 000a", "0d 0000", "0e 0006 0001 0001 020000000001 0000", "11 0003 0000 05",
+                        "12 0009 0000 00 00000000 0001", "13 0003 0000", "13 0000 5555",  # 0x20000 bytes
+                        "05 00000007 0000 03 00000000", "05 04000000", "05 ffffffff"):
+                with self.subTest(lie):
+                    self.assertEqual(controller.replies("07", lie), info)  # to what came before
+            # Only the shell's length is that of its low bits; and what comes in pieces is one request.
+            shell = bytes.fromhex("12 0008 0000 00 00000000 ffff") + b"x" * 65535
+            self.assertEqual(controller.replies(shell[:2], shell[2:9], shell[9:], "07", "00"), info)
+
+    def test_items_that_ask_for_more_than_the_device_holds(self):
+        def item(number, value, index=b"\0"):
+            return struct.pack(">HH", number, len(index)) + index + struct.pack(">H", len(value)) + value
+
+        def configure(mac, items, times=1):
+            kind, macs = b"\2" if mac == SWITCH else b"\3", bytes.fromhex(mac.replace(":", "")) * times
+            body = struct.pack(">H", times) + macs + kind + bytes(5) + items + b"\0\0"
+            return controller.replies(b"\5" + struct.pack(">I", len(body)) + body, "00")
+        more, bad = "asks for more than the device holds", "has a bad length or index"
+        counts = ((AP, 4, 2, 3), (AP, 4, 0, 0xffffffff), (AP, 17, 16, 17), (AP, 93, 2, 3),
+                  (SWITCH, 8, 10, 11), (SWITCH, 13, 10, 11), (SWITCH, 24, 10, 256), (SWITCH, 38, 10, 11))
+        rows = [(mac, number, item(number, struct.pack(">I", fits)), item(number, struct.pack(">I", wrong)), more)
+                for mac, number, fits, wrong in counts]
+        rows += [(AP, 40, item(40, bytes(6 * 256), b"\0\0"), item(40, bytes(6 * 257), b"\0\0"), more),
+                 (AP, 5, item(5, bytes(4), b"\1"), item(5, bytes(4), b"\2"), bad)]  # a third radio
+        with Controller() as controller:
+            for mac, number, fits, wrong, why in rows:
+                with self.subTest(item=wrong[:12]):
+                    before, message = controller.record(mac)["wtp_cfg"], f"item {number} {why}".encode()
+                    self.assertEqual(configure(mac, item(2, b"far", b"") + wrong), bytes([19, len(message)]) + message)
+                    self.assertEqual(controller.record(mac)["wtp_cfg"], before)
+                    self.assertEqual(configure(mac, fits, times=2), b"\0\0\3\0")  # named twice, done once
+
+    def test_command_line_and_files_of_others(self):
+        def ac_sim(*options):
+            done = subprocess.run([AC_SIM, "--port", "0", *options], capture_output=True, text=True, timeout=10,
+                                  preexec_fn=end_with_test)
+            return done.returncode, done.stdout, done.stderr
+        usage = ac_sim("--help")
+        self.assertRegex(usage[1], r"^usage: ac-sim (.*\n)+  --version (.*\n)+  -h, --help ")
+        version = re.search(r"project\(zov VERSION (\S+)", Path(f"{SOURCE}/CMakeLists.txt").read_text())[1]
+        with tempfile.TemporaryDirectory() as folder, Controller() as controller:
+            kept, link = f"{folder}/kept", f"{folder}/link"
+            Path(kept).write_text("kept")
+            os.symlink(f"{folder}/nothing", link)
+            taken = "cannot create the pid file %s: File exists"
+            many = "bad argument '100001', expected a number up to 100000"
+            for option, *argument, status, out, err in (
+                    ("-h", 0, usage[1], None), ("--version", 0, f"ac-sim {version}\n", None),
+                    ("--aps", "100001", 2, "", f"--aps: {many}"), ("--others", "100001", 2, "", f"--others: {many}"),
+                    ("--pid-file", kept, 1, "", taken % kept), ("--pid-file", link, 1, "", taken % link)):
+                self.assertEqual(ac_sim(option, *argument), (status, out, f"ac-sim: {err}\n" if err else ""))
+            os.symlink(kept, f"/tmp/ac-sim.{controller.process.pid}.mem")
+            self.assertRegex(controller.ok("mem"), r"Total \d+ bytes, \d+ entries\n$")
+            self.assertEqual((Path(kept).read_text(), sorted(os.listdir(folder))), ("kept", ["kept", "link"]))
 
 
 if __name__ == "__main__":
