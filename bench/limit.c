@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // limit PORT FILTER ADDRESSES REPLY_BYTES OUTPUT_BYTES: the least that any client must do for a
 // device list. Connects, is admitted, sends the request with so many addresses, takes the reply
-// 64 KiB at a time without looking at it, writes so many bytes of whatever it has, says goodbye.
+// without looking at it, writes so many bytes of whatever it has, says goodbye. It holds the whole
+// reply, since a client may print nothing before the last byte of it has come.
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
@@ -17,12 +18,13 @@ static size_t at_most_a_buffer(size_t length)
     return length < sizeof buffer ? length : sizeof buffer;
 }
 
-static void take(int controller, size_t length)
+static void take(int controller, char *to, size_t length)
 {
     while (length > 0) {
-        const ssize_t got = recv(controller, buffer, at_most_a_buffer(length), 0);
+        const ssize_t got = recv(controller, to, length, 0);
         if (got <= 0)
             exit(1);
+        to += got;
         length -= (size_t)got;
     }
 }
@@ -54,7 +56,7 @@ int main(int argc, char **argv)
     setsockopt(controller, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     if (connect(controller, (const struct sockaddr *)&address, sizeof address) != 0)
         return 1;
-    take(controller, 4);
+    take(controller, buffer, 4);
 
     const size_t length = 7 + 6 * addresses;
     if (length > sizeof buffer)
@@ -70,7 +72,11 @@ int main(int argc, char **argv)
         buffer[i] = (char)head[i];
     if (send(controller, buffer, length, 0) != (ssize_t)length)
         return 1;
-    take(controller, number(argv[4]));
+    const size_t reply = number(argv[4]);
+    char *held = malloc(reply + 1);
+    if (held == NULL)
+        return 1;
+    take(controller, held, reply);
     print(number(argv[5]));
     const char goodbye = 0;
     return send(controller, &goodbye, 1, 0) == 1 && close(controller) == 0 ? 0 : 1;

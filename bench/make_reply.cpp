@@ -70,7 +70,7 @@ public:
         put(field);
     }
     void operator()(const char *, CfgCap &) { put(CfgCap{{1, 1, 15, 0, 1, 1, 1, 0, 1}}); }
-    void operator()(const char *name, ArenaText &)
+    void operator()(const char *name, std::string_view &)
     {
         std::string text;
         for (const auto &row : TEXTS)
@@ -82,7 +82,7 @@ public:
         put(static_cast<uint16_t>(text.size()));
         fwrite(text.data(), 1, text.size(), stdout);
     }
-    void hostname(const char *name, ArenaText &text) { (*this)(name, text); }
+    void hostname(const char *name, std::string_view &text) { (*this)(name, text); }
 
     bool present(Section section)
     {
@@ -95,15 +95,12 @@ public:
         part = &(cfg_ = WtpCfg());
         return true;
     }
-    template <class Int, class Row> Int count(const char *, ArenaTable<Row> &, CountOf<Int>)
-    {
-        return 0;
-    }
-    template <class Row> void counted_rows(const char *, ArenaTable<Row> &, uint32_t) {}
-    template <class Int, class Row> void rows(const char *name, ArenaTable<Row> &, CountOf<Int>)
+    template <class Int, class Row> Int count(const char *, Rows<Row> &, CountOf<Int>) { return 0; }
+    template <class Row> void counted_rows(const char *, Rows<Row> &, uint32_t) {}
+    template <class Int, class Row> void rows(const char *name, Rows<Row> &, CountOf<Int>)
     {
         const int length = strcmp(name, "radio") == 0 ? 2 : strcmp(name, "wlan") == 0 ? 8 : 0;
-        put(static_cast<Count>(length));
+        put(static_cast<Int>(length));
         for (int i = 0; i < length; i++) {
             Row row;
             lay_out(*this, row);

@@ -9,13 +9,15 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <list>
+#include <string_view>
 #include <sys/socket.h>
 
 namespace {
 
 class FieldReceiver {
 public:
-    FieldReceiver(int socket, Arena &memory) : socket_(socket), memory_(memory) {}
+    explicit FieldReceiver(int socket) : socket_(socket) {}
 
     template <class Field> void operator()(const char *, Field &field)
     {
@@ -23,31 +25,34 @@ public:
         if constexpr (std::is_integral_v<Field>)
             field = from_big_endian<Field>(&field);
     }
-    void operator()(const char *, ArenaText &text)
+    void operator()(const char *, std::string_view &text)
     {
         const auto length = number<uint16_t>();
-        if (length > 0)
-            receive(text.allocate(memory_, length), length);
+        if (length == 0)
+            return;
+        auto *bytes = static_cast<char *>(malloc(length));
+        receive(bytes, length);
+        text = {bytes, length};
     }
-    void hostname(const char *name, ArenaText &text) { (*this)(name, text); }
+    void hostname(const char *name, std::string_view &text) { (*this)(name, text); }
     bool present(Section) { return number<uint8_t>() != 0; }
     bool make(WtpCfg *&part)
     {
-        part = memory_.make<WtpCfg>();
+        part = new WtpCfg();
         return true;
     }
-    template <class Count, class Row> Count count(const char *, ArenaTable<Row> &)
+    template <class Int, class Row> Int count(const char *, Rows<Row> &, CountOf<Int>)
     {
-        return number<Count>();
+        return number<Int>();
     }
-    template <class Count, class Row> void rows(const char *name, ArenaTable<Row> &table)
+    template <class Int, class Row> void rows(const char *name, Rows<Row> &table, CountOf<Int>)
     {
-        counted_rows(name, table, static_cast<uint32_t>(number<Count>()));
+        counted_rows(name, table, static_cast<uint32_t>(number<Int>()));
     }
-    template <class Row> void counted_rows(const char *, ArenaTable<Row> &table, uint32_t length)
+    template <class Row> void counted_rows(const char *, Rows<Row> &table, uint32_t length)
     {
-        if (length > 0 && !table.reserve(memory_, length))
-            exit(1);
+        if (length > 0)
+            table = Rows<Row>(malloc(length * sizeof(Row)));
         while (table.size() < length)
             lay_out(*this, table.append());
     }
@@ -67,7 +72,6 @@ private:
     }
 
     int socket_;
-    Arena &memory_;
 };
 
 class MemberPrinter {
@@ -90,26 +94,26 @@ public:
         const uint8_t *o = addr.octet;
         printf(",\"%s\":\"%u.%u.%u.%u\"", name, o[0], o[1], o[2], o[3]);
     }
-    void operator()(const char *name, ArenaText &text)
+    void operator()(const char *name, std::string_view &text)
     {
-        printf(",\"%s\":\"%s\"", name, text.c_str());
+        printf(",\"%s\":\"%.*s\"", name, static_cast<int>(text.size()), text.data());
     }
     void operator()(const char *name, HostSlot &host) { printf(",\"%s\":\"%s\"", name, host.text); }
     void operator()(const char *name, CfgCap &cap) { print_bytes(name, cap.flag); }
     void operator()(const char *name, Md5Digest &digest) { print_bytes(name, digest.byte); }
-    void hostname(const char *name, ArenaText &text) { (*this)(name, text); }
+    void hostname(const char *name, std::string_view &text) { (*this)(name, text); }
 
     bool present(Section section) const { return section != Section::configuration || has_cfg; }
     bool make(const WtpCfg *cfg) { return cfg != nullptr; }
-    template <class Count, class Row> Count count(const char *, ArenaTable<Row> &table)
+    template <class Int, class Row> Int count(const char *, Rows<Row> &table, CountOf<Int>)
     {
-        return static_cast<Count>(table.size());
+        return static_cast<Int>(table.size());
     }
-    template <class Count, class Row> void rows(const char *name, ArenaTable<Row> &table)
+    template <class Int, class Row> void rows(const char *name, Rows<Row> &table, CountOf<Int>)
     {
         counted_rows(name, table, table.size());
     }
-    template <class Row> void counted_rows(const char *name, ArenaTable<Row> &table, uint32_t)
+    template <class Row> void counted_rows(const char *name, Rows<Row> &table, uint32_t)
     {
         printf(",\"%s\":[", name);
         for (Row &row : table)
@@ -134,22 +138,19 @@ private:
 int main(int argc, char **argv)
 {
     static AcSession session;
-    if (argc != 2 || ac_connect(session, "127.0.0.1", atoi(argv[1])) != 0)
+    if (argc != 2 || ac_connect(session, AC_ADDRESS, atoi(argv[1])) != 0)
         return 1;
     const uint8_t request[7] = {1, 0, 0, 0, 63, 0, 0};
     send_all(session, request, sizeof request);
 
-    WtpList list;
-    FieldReceiver receiver(session.socket, list.memory);
-    while (receiver.number<uint8_t>() == 0) {
-        auto *record = list.memory.make<WtpRecord>();
-        lay_out(receiver, *record);
-        append_wtp(list, record);
-    }
+    std::list<WtpRecord> devices;
+    FieldReceiver receiver(session.socket);
+    while (receiver.number<uint8_t>() == 0)
+        lay_out(receiver, devices.emplace_back());
     MemberPrinter printer;
-    for (WtpRecord *wtp = list.head; wtp != nullptr; wtp = wtp->next) {
-        printer.has_cfg = wtp->wtp_cfg != nullptr;
-        lay_out(printer, *wtp);
+    for (WtpRecord &wtp : devices) {
+        printer.has_cfg = wtp.wtp_cfg != nullptr;
+        lay_out(printer, wtp);
     }
     ac_disconnect(session);
     return 0;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Fuzz target: the reply to a device list request, through decoding and all printers.
-#include "device/wtp_request.h"
+#include "device/wtp_list.h"
 #include "proto/byte_source.h"
 #include "report/json_report.h"
 #include "report/text_report.h"
@@ -23,14 +23,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     source.at = data;
     source.end = data + size;
     WtpList list;
-    if (read_wtp_list(source, list) == 0) {
+    if (receive_wtp_list(source, list) == 0) {
         print_wtp_brief(list);
         print_wtp_details(list, true, false);
         print_wtp_details(list, false, true);
         print_wtp_json(list, true, false);
         print_wtp_json(list, false, true);
         standard_output.flush();
-    } else if (list.head != nullptr) {
+        if (list.next >= size || data[list.next] == 0) // the walk ends at the marker of the end
+            abort();
+    } else if (list.reply.size() != 0) {
         abort();
     }
     return quiet ? 0 : 1;

@@ -60,7 +60,7 @@ ConfigRequest take_config_request(Taker &in)
 std::string apply_items(std::string_view list, Device &device)
 {
     WtpRecord &wtp = device.record;
-    Arena trial_memory;
+    Memory trial_memory;
     WtpCfg *trial = copy_configuration(*wtp.wtp_cfg, wtp.wtp_type, trial_memory);
     Taker in(list);
     for (size_t count = 0;; count++) {
@@ -74,7 +74,7 @@ std::string apply_items(std::string_view list, Device &device)
             return wrong;
     }
     // Copied once more, it leaves behind what was only there for a while.
-    auto memory = std::make_unique<Arena>();
+    auto memory = std::make_unique<Memory>();
     wtp.wtp_cfg = copy_configuration(*trial, wtp.wtp_type, *memory);
     device.cfg_memory = std::move(memory);
     return "";

@@ -24,18 +24,11 @@ uint32_t radios_of(const WtpRecord &wtp);
 Mac make_mac(uint8_t kind, uint32_t number);
 
 template <class... Parts>
-void set_text(Arena &memory, ArenaText &text, const char *format, Parts... parts)
+void set_text(Memory &memory, std::string_view &text, const char *format, Parts... parts)
 {
     char buffer[128];
     snprintf(buffer, sizeof buffer, format, parts...);
-    text.assign(memory, buffer);
-}
-
-// Gives an empty table room; throws bad_alloc when memory is short.
-template <class Row> void make_room(Arena &memory, ArenaTable<Row> &table, size_t count)
-{
-    if (!table.reserve(memory, count))
-        throw std::bad_alloc();
+    text = memory.keep(buffer);
 }
 
 // Puts the configuration back to what the device was delivered with.

@@ -42,7 +42,7 @@ void fill_caps(CfgCap &cap, uint8_t start)
         flag = static_cast<uint8_t>(start++ % 4 == 0 ? 0 : 1);
 }
 
-void set_identity(Arena &memory, WtpRecord &wtp, Dice &dice, uint8_t type, uint32_t number,
+void set_identity(Memory &memory, WtpRecord &wtp, Dice &dice, uint8_t type, uint32_t number,
                   time_t now)
 {
     static constexpr const char *FIRMWARES[] = {FIRMWARE_LATEST, FIRMWARE_BETWEEN, FIRMWARE_BETWEEN,
@@ -55,8 +55,8 @@ void set_identity(Arena &memory, WtpRecord &wtp, Dice &dice, uint8_t type, uint3
     set_text(memory, wtp.sn, "SN%u%06u", static_cast<unsigned>(type), number + 1);
     wtp.managed = number % 4 != 3;
     wtp.state = online ? WTP_ONLINE : WTP_OFFLINE;
-    wtp.sw_ver.assign(memory, dice.pick(FIRMWARES));
-    wtp.cw_ver.assign(memory, "1.0");
+    wtp.sw_ver = memory.keep(dice.pick(FIRMWARES));
+    wtp.cw_ver = memory.keep("1.0");
     wtp.join_time = static_cast<uint32_t>(now - dice.between(3600, 30 * 86400));
     wtp.last_time = static_cast<uint32_t>(online ? now : now - 7200);
     wtp.change_time = wtp.join_time;
@@ -66,29 +66,29 @@ void set_identity(Arena &memory, WtpRecord &wtp, Dice &dice, uint8_t type, uint3
     fill_caps(wtp.cfg_cap, type);
 }
 
-void add_stations(Arena &memory, WlanInfo &wlan, Dice &dice, uint32_t &next_station)
+void add_stations(Memory &memory, WlanInfo &wlan, Dice &dice, uint32_t &next_station)
 {
     static constexpr const char *OWNERS[] = {"anna", "ben", "carla", "dmitri", "eve", "farid"};
     static constexpr const char *SYSTEMS[] = {"Linux", "Android", "printer firmware", "unknown"};
     const uint32_t count = dice.below(4);
-    make_room(memory, wlan.sta, count);
+    memory.make_room(wlan.sta, count);
     for (uint32_t i = 0; i < count; i++) {
         StationInfo &sta = wlan.sta.append();
         sta.mac = make_mac(0x57, next_station);
         sta.tx = dice.below(900000);
         sta.rx = dice.below(300000);
         sta.rssi = -static_cast<int32_t>(dice.between(40, 85));
-        sta.os.assign(memory, dice.pick(SYSTEMS));
+        sta.os = memory.keep(dice.pick(SYSTEMS));
         set_text(memory, sta.hostname, "%s-%u", dice.pick(OWNERS), next_station);
         sta.ip = make_ipv4(100, next_station);
         next_station++;
     }
 }
 
-void serve_wlans(Arena &memory, WtpRecord &wtp, Dice &dice, uint32_t number, uint32_t radios)
+void serve_wlans(Memory &memory, WtpRecord &wtp, Dice &dice, uint32_t number, uint32_t radios)
 {
     uint32_t next_station = number * 64 + 1;
-    make_room(memory, wtp.radio, radios);
+    memory.make_room(wtp.radio, radios);
     for (uint32_t r = 0; r < radios; r++) {
         RadioInfo &radio = wtp.radio.append();
         radio.mac = make_mac(static_cast<uint8_t>(0xB0 + r), number + 1);
@@ -99,7 +99,7 @@ void serve_wlans(Arena &memory, WtpRecord &wtp, Dice &dice, uint32_t number, uin
         radio.cur_cfg.tx_power = 20;
         radio.cur_cfg.tx_power_percent = 87;
         const uint32_t wlans = wtp.wtp_cfg->radio[r].wlan.size();
-        make_room(memory, radio.wlan, wlans);
+        memory.make_room(radio.wlan, wlans);
         for (uint32_t w = 0; w < wlans; w++) {
             WlanInfo &wlan = radio.wlan.append();
             wlan.bssid = make_mac(static_cast<uint8_t>(0xC0 + 8 * r + w), number + 1);
@@ -117,11 +117,11 @@ std::unique_ptr<Device> make_access_point(Dice &dice, uint32_t number, time_t no
 {
     auto device = std::make_unique<Device>();
     WtpRecord &wtp = device->record;
-    Arena &memory = device->memory;
+    Memory &memory = device->memory;
     const Model &model = AP_MODELS[number % std::size(AP_MODELS)];
     set_identity(memory, wtp, dice, DEVICE_ACCESS_POINT, number, now);
-    wtp.model.assign(memory, model.name);
-    wtp.sku.assign(memory, model.sku);
+    wtp.model = memory.keep(model.name);
+    wtp.sku = memory.keep(model.sku);
     wtp.cap_code = 0x1F;
     set_text(memory, wtp.name, "ap-floor%u-%02u", number / 8 + 1, number % 8 + 1);
     reset_configuration(*device);
@@ -131,38 +131,38 @@ std::unique_ptr<Device> make_access_point(Dice &dice, uint32_t number, time_t no
     return device;
 }
 
-void add_neighbours(Arena &memory, WtpRecord &wtp, time_t now)
+void add_neighbours(Memory &memory, WtpRecord &wtp, time_t now)
 {
-    make_room(memory, wtp.lldp_dev_list, 2);
-    make_room(memory, wtp.dev_list, 2);
+    memory.make_room(wtp.lldp_dev_list, 2);
+    memory.make_room(wtp.dev_list, 2);
     for (uint32_t i = 0; i < 2; i++) {
         LldpDevice &neighbour = wtp.lldp_dev_list.append();
         neighbour.localPort = i + 1;
         neighbour.mac = make_mac(0xA3, i + 1);
-        neighbour.remotePort.assign(memory, "eth0");
+        neighbour.remotePort = memory.keep("eth0");
         set_text(memory, neighbour.name, "ap-floor1-%02u", i + 1);
-        neighbour.model.assign(memory, AP_MODELS[i].name);
+        neighbour.model = memory.keep(AP_MODELS[i].name);
 
         TopoDev &device = wtp.dev_list.append();
         device.type = DEVICE_ACCESS_POINT;
         device.mac = neighbour.mac;
         device.ip = make_ipv4(DEVICE_ACCESS_POINT, i);
-        device.name.assign(memory, neighbour.name.c_str());
-        device.model.assign(memory, "Access point,\r\nindoor");
+        device.name = memory.keep(neighbour.name);
+        device.model = memory.keep("Access point,\r\nindoor");
         device.update_time = device.system_time = static_cast<uint32_t>(now);
-        make_room(memory, device.link, 1);
+        memory.make_room(device.link, 1);
         TopoLink &link = device.link.append();
         link.local_port = i + 1;
         link.mac = wtp.mac;
-        link.remote_port.assign(memory, "eth0");
+        link.remote_port = memory.keep("eth0");
     }
 }
 
-void add_ports(Arena &memory, WtpRecord &wtp, Dice &dice, uint32_t ports)
+void add_ports(Memory &memory, WtpRecord &wtp, Dice &dice, uint32_t ports)
 {
-    make_room(memory, wtp.switch_hw_port, ports);
-    make_room(memory, wtp.switch_port, ports);
-    make_room(memory, wtp.poe_port, ports);
+    memory.make_room(wtp.switch_hw_port, ports);
+    memory.make_room(wtp.switch_port, ports);
+    memory.make_room(wtp.poe_port, ports);
     wtp.poe_global.power_budget = 370;
     for (uint32_t number = 1; number <= ports; number++) {
         SwitchHwPort &hardware = wtp.switch_hw_port.append();
@@ -186,7 +186,7 @@ void add_ports(Arena &memory, WtpRecord &wtp, Dice &dice, uint32_t ports)
                dice.between(35, 50)};
         wtp.poe_global.allocated_power += watts;
     }
-    make_room(memory, wtp.trunk_port, 1);
+    memory.make_room(wtp.trunk_port, 1);
     TrunkPortInfo &trunk = wtp.trunk_port.append();
     trunk.id = 1;
     trunk.mode = 1;
@@ -198,9 +198,9 @@ std::unique_ptr<Device> make_switch(Dice &dice, uint32_t number, time_t now)
 {
     auto device = std::make_unique<Device>();
     WtpRecord &wtp = device->record;
-    Arena &memory = device->memory;
+    Memory &memory = device->memory;
     set_identity(memory, wtp, dice, DEVICE_SWITCH, number, now);
-    wtp.model.assign(memory, "SW-10P");
+    wtp.model = memory.keep("SW-10P");
     set_text(memory, wtp.name, "sw-floor%u", number + 1);
     wtp.sw_max_trunk = 8;
     wtp.sw_max_vlan_num = 256;
@@ -224,9 +224,9 @@ std::unique_ptr<Device> make_other(Dice &dice, uint32_t number, time_t now)
 {
     enum : uint8_t { TYPE_BRIDGE = 1 };
     auto device = std::make_unique<Device>();
-    Arena &memory = device->memory;
+    Memory &memory = device->memory;
     set_identity(memory, device->record, dice, TYPE_BRIDGE, number, now);
-    device->record.model.assign(memory, "BR-100");
+    device->record.model = memory.keep("BR-100");
     set_text(memory, device->record.name, "bridge-%u", number + 1);
     reset_configuration(*device);
     return device;

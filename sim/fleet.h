@@ -3,6 +3,7 @@
 #pragma once
 
 #include "device/wtp_record.h"
+#include "memory.h"
 
 #include <cstdint>
 #include <ctime>
@@ -25,8 +26,8 @@ enum UpgradeState : uint8_t {
 };
 
 struct Device {
-    Arena memory;                      // of what the record holds
-    std::unique_ptr<Arena> cfg_memory; // of its configuration
+    Memory memory;                      // of what the record holds
+    std::unique_ptr<Memory> cfg_memory; // of its configuration
     WtpRecord record;
     time_t started = 0; // what its uptime counts from
 };

@@ -60,10 +60,9 @@ void Controller::auto_tx_power(Taker &in, std::string &)
         });
 }
 
-static void drop_stations(ArenaTable<StationInfo> &stations, const std::vector<Mac> &clients)
+static void drop_stations(Rows<StationInfo> &stations, const std::vector<Mac> &clients)
 {
-    ArenaTable<StationInfo> rest = stations; // in the same room
-    rest.clear();
+    Rows<StationInfo> rest(stations.begin()); // in the same room
     for (const StationInfo sta : stations)
         if (std::find(clients.begin(), clients.end(), sta.mac) == clients.end())
             rest.append() = sta;
@@ -77,7 +76,7 @@ void Controller::kick(Taker &in, std::string &reply)
     const auto wlan = in.number<uint8_t>(); // from 1, as the reports number them
     const std::vector<Mac> clients = in.mac_list();
     for_each(in.mac_list(), reply, [&](Device &device) -> uint8_t {
-        ArenaTable<RadioInfo> &radios = device.record.radio;
+        Rows<RadioInfo> &radios = device.record.radio;
         if (band >= radios.size() || wlan == 0 || wlan > radios[band].wlan.size())
             return RESULT_NOT_SUPPORTED;
         drop_stations(radios[band].wlan[wlan - 1U].sta, clients);

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "device/wtp_layout.h"
-#include "device/wtp_request.h"
+#include "device/wtp_list.h"
 #include "util/byte_order.h"
 
 #include <string>
@@ -41,8 +41,8 @@ public:
     }
 
     template <class Field> void operator()(const char *, const Field &field) { put(reply_, field); }
-    void operator()(const char *, const ArenaText &text) { put_text(reply_, text.c_str()); }
-    void hostname(const char *, const ArenaText &text) { put_text(reply_, text.c_str()); }
+    void operator()(const char *, std::string_view text) { put_text(reply_, text); }
+    void hostname(const char *, std::string_view text) { put_text(reply_, text); }
 
     bool present(Section section)
     {
@@ -53,19 +53,18 @@ public:
     }
     bool make(const WtpCfg *) { return true; }
 
-    template <class Int, class Row>
-    Int count(const char *, const ArenaTable<Row> &table, CountOf<Int>)
+    template <class Int, class Row> Int count(const char *, const Rows<Row> &table, CountOf<Int>)
     {
         const auto rows = static_cast<Int>(table.size());
         put(reply_, rows);
         return rows;
     }
     template <class Int, class Row>
-    void rows(const char *name, ArenaTable<Row> &table, CountOf<Int> width)
+    void rows(const char *name, Rows<Row> &table, CountOf<Int> width)
     {
         counted_rows(name, table, static_cast<uint32_t>(count(name, table, width)));
     }
-    template <class Row> void counted_rows(const char *, ArenaTable<Row> &table, uint32_t)
+    template <class Row> void counted_rows(const char *, Rows<Row> &table, uint32_t)
     {
         for (Row &row : table)
             lay_out(*this, row);

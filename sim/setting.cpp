@@ -21,12 +21,11 @@ constexpr const char *BAD_LENGTH = "has a bad length or index";
 constexpr const char *TOO_MANY = "asks for more than the device holds";
 
 // Gives a table so many rows, in the same room if it does not grow.
-template <class Row> void resize(Arena &memory, ArenaTable<Row> &table, size_t count)
+template <class Row> void resize(Memory &memory, Rows<Row> &table, size_t count)
 {
-    ArenaTable<Row> resized = table;
-    resized.clear();
+    Rows<Row> resized(table.begin());
     if (count > table.size())
-        make_room(memory, resized, count);
+        memory.make_room(resized, count);
     for (size_t i = 0; i < count; i++) {
         const Row row = i < table.size() ? table[i] : Row();
         resized.append() = row;
@@ -34,42 +33,36 @@ template <class Row> void resize(Arena &memory, ArenaTable<Row> &table, size_t c
     table = resized;
 }
 
-void assign(Arena &memory, ArenaText &text, const char *from)
-{
-    if (!text.assign(memory, from))
-        throw std::bad_alloc();
-}
-
 // The visitor of the configuration's layout that gives the texts and tables of a copy memory of
 // their own.
 class Parting {
 public:
-    explicit Parting(Arena &memory) : memory_(memory) {}
+    explicit Parting(Memory &memory) : memory_(memory) {}
 
     template <class Field> void operator()(const char *, Field &) {}
-    void operator()(const char *, ArenaText &text)
+    void operator()(const char *, std::string_view &text)
     {
-        if (!text.absent())
-            assign(memory_, text, text.c_str());
+        if (!text.empty())
+            text = memory_.keep(text);
     }
-    template <class Int, class Row> void rows(const char *, ArenaTable<Row> &table, CountOf<Int>)
+    template <class Int, class Row> void rows(const char *, Rows<Row> &table, CountOf<Int>)
     {
-        ArenaTable<Row> own;
-        make_room(memory_, own, table.size());
+        Rows<Row> own;
+        memory_.make_room(own, table.size());
         for (const Row &row : table)
             lay_out(*this, own.append() = row);
         table = own;
     }
 
 private:
-    Arena &memory_;
+    Memory &memory_;
 };
 
 // The visitor of the configuration's layout that sets one field: the one whose name is the rest of
 // the setting's path. Where a name is a table's, the index key tells the row.
 class Setter {
 public:
-    Setter(Arena &memory, const WtpRecord &wtp, std::string_view path, std::string_view index,
+    Setter(Memory &memory, const WtpRecord &wtp, std::string_view path, std::string_view index,
            std::string_view value)
         : memory_(memory), wtp_(wtp), path_(path), index_(index), value_(value)
     {
@@ -85,8 +78,7 @@ public:
             store(field);
     }
 
-    template <class Int, class Row>
-    void rows(const char *name, ArenaTable<Row> &table, CountOf<Int>)
+    template <class Int, class Row> void rows(const char *name, Rows<Row> &table, CountOf<Int>)
     {
         const std::string_view table_name(name);
         if (!path_.starts_with(table_name) || !path_.substr(table_name.size()).starts_with("[]"))
@@ -109,7 +101,7 @@ private:
         return std::is_same_v<Row, RadioCfg> ? radios_of(wtp_) : ROWS_MAX<Row>;
     }
 
-    template <class Row> void set_in_row(ArenaTable<Row> &table, std::string_view rest)
+    template <class Row> void set_in_row(Rows<Row> &table, std::string_view rest)
     {
         if (index_.empty() || position() >= rows_max<Row>()) {
             wrong_ = BAD_LENGTH;
@@ -123,7 +115,7 @@ private:
     }
 
     // A whole table: its new number of rows, or all its rows where a row is a few bytes only.
-    template <class Row> void store_all(ArenaTable<Row> &table)
+    template <class Row> void store_all(Rows<Row> &table)
     {
         constexpr bool whole = std::is_same_v<Row, Mac> || std::is_same_v<Row, HostSlot>;
         if (whole ? value_.size() % sizeof(Row) != 0 : value_.size() != 4) {
@@ -143,12 +135,7 @@ private:
                        sizeof(Row));
     }
 
-    void store(ArenaText &text)
-    {
-        text = ArenaText();
-        if (!value_.empty())
-            assign(memory_, text, std::string(value_).c_str());
-    }
+    void store(std::string_view &text) { text = memory_.keep(value_.substr(0, value_.find('\0'))); }
 
     template <class Field> void store(Field &field)
     {
@@ -160,7 +147,7 @@ private:
             memcpy(static_cast<void *>(&field), value_.data(), sizeof field);
     }
 
-    Arena &memory_;
+    Memory &memory_;
     const WtpRecord &wtp_;
     std::string_view path_;
     std::string_view index_;
@@ -182,7 +169,7 @@ std::string_view path_of(uint16_t id, DeviceKind kind)
 
 } // namespace
 
-std::string apply_item(const Item &item, const WtpRecord &wtp, WtpCfg &cfg, Arena &memory)
+std::string apply_item(const Item &item, const WtpRecord &wtp, WtpCfg &cfg, Memory &memory)
 {
     const std::string name = "item " + std::to_string(item.type);
     std::string_view path = path_of(item.type, static_cast<DeviceKind>(wtp.wtp_type));
@@ -205,7 +192,7 @@ std::string apply_item(const Item &item, const WtpRecord &wtp, WtpCfg &cfg, Aren
     return wrong == nullptr ? "" : name + " " + wrong;
 }
 
-WtpCfg *copy_configuration(const WtpCfg &from, uint8_t wtp_type, Arena &memory)
+WtpCfg *copy_configuration(const WtpCfg &from, uint8_t wtp_type, Memory &memory)
 {
     auto *copy = memory.make<WtpCfg>();
     if (copy == nullptr)

@@ -13,13 +13,13 @@ std::string canned_output(const Device &device, const std::string &command, uint
         out = "up " + std::to_string(std::max<time_t>(0, time(nullptr) - device.started) / 60) +
               " min, load average: 0.08, 0.03, 0.01\n";
     else if (command == "uname -a")
-        out = std::string("Linux ") + wtp.name.c_str() + " 5.10.0 armv7l GNU/Linux\n";
+        out = std::string("Linux ").append(wtp.name) + " 5.10.0 armv7l GNU/Linux\n";
     else if (command == "free")
         out = "              total        used        free\nMem:         " +
               std::to_string(wtp.mem.total) + "      " + std::to_string(wtp.mem.used) + "      " +
               std::to_string(wtp.mem.total - wtp.mem.used) + "\n";
     else if (command == "cat /etc/version")
-        out = std::string(wtp.sw_ver.c_str()) + "\n";
+        out = std::string(wtp.sw_ver) + "\n";
     else
         return type == STANDARD_OUTPUT ? "" : "sh: " + command + ": not found\n";
     return type == STANDARD_ERROR ? "" : out;

@@ -7,10 +7,10 @@
 
 unsigned upgrade_steps(const Device &device)
 {
-    const char *version = device.record.sw_ver.c_str();
-    if (strcmp(version, FIRMWARE_LEGACY) == 0)
+    const std::string_view version = device.record.sw_ver;
+    if (version == FIRMWARE_LEGACY)
         return 2;
-    return strcmp(version, FIRMWARE_LATEST) == 0 ? 0 : 1;
+    return version == FIRMWARE_LATEST ? 0 : 1;
 }
 
 uint8_t start_upgrade(Device &device)
@@ -25,10 +25,9 @@ uint8_t start_upgrade(Device &device)
     wtp.upg_state = UPGRADE_WAITING;
     wtp.sub_state = WTP_SUB_WAITING;
     wtp.progress = 0;
-    wtp.new_fw_ver.assign(device.memory, steps == 2 ? FIRMWARE_BETWEEN : FIRMWARE_LATEST);
-    wtp.new_fw_img.assign(
-        device.memory,
-        (std::string(wtp.model.c_str()) + "-" + wtp.new_fw_ver.c_str() + ".img").c_str());
+    wtp.new_fw_ver = device.memory.keep(steps == 2 ? FIRMWARE_BETWEEN : FIRMWARE_LATEST);
+    wtp.new_fw_img =
+        device.memory.keep(std::string(wtp.model).append("-").append(wtp.new_fw_ver) + ".img");
     return RESULT_SUCCESS;
 }
 
@@ -51,8 +50,8 @@ void advance_upgrade(Device &device, time_t now)
         wtp.sub_state = 0;
         wtp.progress = 100;
         wtp.sw_ver = wtp.new_fw_ver;
-        wtp.new_fw_ver = ArenaText();
-        wtp.new_fw_img = ArenaText();
+        wtp.new_fw_ver = std::string_view();
+        wtp.new_fw_img = std::string_view();
         device.started = now;
         break;
     default:

@@ -2,7 +2,9 @@
 # SPDX-License-Identifier: MIT
 """zov where its parent left something unusual: closed descriptors, pipes that do not wait, signals
 that are ignored, variables; process lists and files of odd kinds.  surroundings.py ZOV"""
+import contextlib
 import os
+import resource
 import signal
 import socket
 import subprocess
@@ -68,6 +70,26 @@ class Parents(unittest.TestCase):
     def test_options_count_wherever_they_stand(self):
         self.assertEqual(run("initfw", "word", "--fwstat", "7", environment={"POSIXLY_CORRECT": "1"}),
                          (0, b"", "", bytes.fromhex("09 00000007 00")))
+
+    def test_an_endless_list_costs_its_bytes_until_memory_is_short(self):
+        record = bytes([0, 1]) + bytes(79)  # the smallest there is
+        listener = socket.create_server(("127.0.0.1", 0))
+
+        def serve():
+            client, _ = listener.accept()
+            with client, contextlib.suppress(OSError):
+                client.sendall(ADMITTED)
+                while True:
+                    client.sendall(record * 10000)
+        threading.Thread(target=serve, daemon=True).start()
+        # Address space for a reply of 128 MiB while that becomes one of 256.
+        process = subprocess.Popen([ZOV, "online", "--acport", str(listener.getsockname()[1])],
+                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                                   preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (600 << 20,) * 2))
+        out, err = process.communicate(timeout=60)
+        self.assertEqual((process.returncode, out, err), (1, b"", b"ERROR: Out of memory\n"))
+        self.assertLess(resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss, (256 + 4) << 10)
+        listener.close()
 
     def test_nothing_is_inherited_by_shell_commands(self):
         with tempfile.TemporaryDirectory() as folder:

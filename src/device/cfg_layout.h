@@ -86,7 +86,7 @@ template <ConfigVisitor Wire> void lay_out(Wire &wire, WlanCfg &wlan)
     wire("wep.in_type", wlan.wep.in_type);
     wire("wep.key_len", wlan.wep.key_len);
     wire("wep.def_key", wlan.wep.def_key);
-    for (ArenaText &key : wlan.wep.key)
+    for (std::string_view &key : wlan.wep.key)
         wire("wep.key[]", key);
     wire("wpa.enc_mode", wlan.wpa.enc_mode);
     wire("wpa.suiteb_en", wlan.wpa.suiteb_en);

@@ -33,8 +33,8 @@ inline constexpr CountOf<int32_t> COUNT_I32; // negative: no rows
 // that look for one field by its name. A visitor that only ever sees configurations need not have
 // hostname, count, counted_rows, present and make.
 template <class Wire>
-concept ConfigVisitor = requires(Wire wire, uint32_t number, ArenaText text, Ipv4 addr,
-                                 ArenaTable<Mac> table)
+concept ConfigVisitor = requires(Wire wire, uint32_t number, std::string_view text, Ipv4 addr,
+                                 Rows<Mac> table)
 {
     wire("name", number);
     wire("name", text);
@@ -44,7 +44,7 @@ concept ConfigVisitor = requires(Wire wire, uint32_t number, ArenaText text, Ipv
 
 template <class Wire>
 concept RecordVisitor = ConfigVisitor<Wire> &&
-    requires(Wire wire, ArenaText text, ArenaTable<SwitchHwPort> table, WtpCfg *part)
+    requires(Wire wire, std::string_view text, Rows<SwitchHwPort> table, WtpCfg *part)
 {
     wire.hostname("name", text);
     {

@@ -2,17 +2,17 @@
 // A device as the controller reports it. Members are named as the JSON report names them; the order
 // on the wire is in wtp_layout.h.
 //
-// Integers are in host order, addresses as they came. A text is absent when the controller sent an
-// empty one. Everything is zero or absent until it is read. Nothing here owns anything: all memory
-// belongs to an arena.
+// Integers are in host order, addresses as they came. Everything is zero or empty until it is read.
+// Nothing here owns anything: texts and tables are views of memory that somebody else keeps.
 #pragma once
 
 #include "proto/device_kind.h"
-#include "util/arena.h"
 #include "util/ipv4.h"
 #include "util/mac.h"
+#include "util/rows.h"
 
 #include <cstdint>
+#include <string_view>
 
 enum WtpState : uint8_t { WTP_OFFLINE = 0, WTP_ONLINE = 5 };
 enum WtpSubState : uint8_t { WTP_SUB_UPGRADING = 4, WTP_SUB_WAITING = 9 };
@@ -55,8 +55,8 @@ struct StationInfo {
     Mac mac;
     uint32_t tx = 0, rx = 0; // kilobytes
     int32_t rssi = 0;        // dBm
-    ArenaText os;
-    ArenaText hostname; // printable ASCII; emptied when the controller sent anything else
+    std::string_view os;
+    std::string_view hostname; // printable ASCII; emptied when the controller sent anything else
     Ipv4 ip;
 };
 
@@ -64,7 +64,7 @@ struct WlanInfo {
     Mac bssid;
     CfgCap cfg_cap;
     uint32_t tx_pkt = 0, tx_bytes = 0, rx_pkt = 0, rx_bytes = 0;
-    ArenaTable<StationInfo> sta;
+    Rows<StationInfo> sta;
 };
 
 struct RadioInfo {
@@ -80,7 +80,7 @@ struct RadioInfo {
         int32_t role = 0;
         Mac bssid;
     } mesh;
-    ArenaTable<WlanInfo> wlan;
+    Rows<WlanInfo> wlan;
 };
 
 struct SwitchHwPort {
@@ -94,13 +94,13 @@ struct SwitchPortInfo {
 
 struct TrunkPortInfo {
     uint32_t id = 0, mode = 0;
-    ArenaText active_port, port; // port: the member ports
+    std::string_view active_port, port; // port: the member ports
 };
 
 struct LldpDevice {
     uint32_t localPort = 0;
     Mac mac;
-    ArenaText remotePort, name, model;
+    std::string_view remotePort, name, model;
 };
 
 struct PoePortInfo {
@@ -112,16 +112,16 @@ struct PoePortInfo {
 struct TopoLink {
     uint32_t local_port = 0;
     Mac mac;
-    ArenaText remote_port;
+    std::string_view remote_port;
 };
 
 struct TopoDev {
     uint32_t type = 0;
     Mac mac;
     Ipv4 ip;
-    ArenaText name, model; // model: the neighbour's description
+    std::string_view name, model; // model: the neighbour's description
     uint32_t update_time = 0, system_time = 0, link_info_last_time = 0, no_link_info_first_time = 0;
-    ArenaTable<TopoLink> link;
+    Rows<TopoLink> link;
 };
 
 // The configuration that the controller has stored for a device.
@@ -136,37 +136,37 @@ struct FastHandoverCfg {
 
 struct PortalCfg {
     uint32_t enable = 0, login_type = 0;
-    ArenaText userurl;
+    std::string_view userurl;
     struct {
         uint32_t enable = 0;
-        ArenaText pages;
+        std::string_view pages;
     } walled_garden;
     uint32_t session_timeout = 0, session_timeout_enable = 0;
     uint32_t idle_timeout = 0, idle_timeout_enable = 0;
     uint32_t auth_type = 0;
-    ArenaText external_server, external_secret, uamformat, local_auth;
+    std::string_view external_server, external_secret, uamformat, local_auth;
     Ipv4 radius_server;
     uint16_t radius_port = 0;
-    ArenaText radius_secret;
+    std::string_view radius_secret;
     uint32_t accounting_enable = 0;
     Ipv4 account_server;
     uint16_t accounting_port = 0;
-    ArenaText accounting_secret;
+    std::string_view accounting_secret;
     uint32_t accounting_time = 0;
     uint16_t port = 0;
     uint32_t https_enable = 0;
-    ArenaText radius_secret2;
+    std::string_view radius_secret2;
     Ipv4 radius_server2;
     uint32_t network_type = 0; // WLANs only
 };
 
 struct WlanCfg {
     uint32_t enable = 0;
-    ArenaText ssid;
+    std::string_view ssid;
     uint32_t supr_ssid = 0, sta_sep = 0, isolation = 0, vlan = 0;
     struct {
         uint32_t mode = 0;
-        ArenaTable<Mac> mac;
+        Rows<Mac> mac;
     } acl;
     struct {
         uint32_t enable = 0, adv_search = 0;
@@ -176,16 +176,16 @@ struct WlanCfg {
     uint32_t sec_mode = 0;
     struct {
         uint32_t auth_type = 0, in_type = 0, key_len = 0, def_key = 0;
-        ArenaText key[4];
+        std::string_view key[4];
     } wep;
     struct {
         uint32_t enc_mode = 0;
-        ArenaText passphrase;
+        std::string_view passphrase;
         uint32_t group_key_int = 0;
         struct {
             Ipv4 addr;
             uint16_t port = 0;
-            ArenaText secret;
+            std::string_view secret;
         } radius;
         uint32_t pmf_enable = 0, suiteb_en = 0;
     } wpa;
@@ -193,14 +193,14 @@ struct WlanCfg {
         uint32_t enable = 0;
         Ipv4 addr;
         uint16_t port = 0;
-        ArenaText secret;
+        std::string_view secret;
         uint32_t interval = 0;
     } acc;
     uint32_t layer2Isolation = 0;
-    ArenaTable<Mac> l2macWlist;
+    Rows<Mac> l2macWlist;
     struct {
         uint32_t id_enable = 0;
-        ArenaText id;
+        std::string_view id;
         uint32_t port_enable = 0;
         uint16_t port = 0;
         uint32_t ip_enable = 0;
@@ -208,7 +208,7 @@ struct WlanCfg {
     } nas;
     PortalCfg portal;
     BandSteeringCfg bandsteering;
-    ArenaText hotspot20; // a JSON value
+    std::string_view hotspot20; // a JSON value
 };
 
 struct RadioCfg {
@@ -226,11 +226,11 @@ struct RadioCfg {
         uint32_t enable = 0, frames = 0, maxbytes = 0;
     } aggregation;
     uint32_t distance = 0;
-    ArenaTable<WlanCfg> wlan;
+    Rows<WlanCfg> wlan;
     PortalCfg portal;
     struct {
         int32_t enable = 0;
-        ArenaText id, wpa_key;
+        std::string_view id, wpa_key;
         int16_t link_robust_threshold = 0;
     } mesh;
     FastHandoverCfg fasthandover;
@@ -242,7 +242,7 @@ struct LanPortCfg {
 
 struct SwitchPortCfg {
     uint32_t port = 0, mode = 0, flow_control = 0;
-    ArenaText descp;
+    std::string_view descp;
 };
 
 struct PoePortCfg {
@@ -254,21 +254,21 @@ struct PdLifeguard {
     Ipv4 specified_ip;
     uint32_t ping_interval = 0, ping_max_count = 0, power_recovery_interval = 0,
              reboot_max_retry_count = 0, reboot_count = 0, pd_bootup_time = 0;
-    ArenaText status;
+    std::string_view status;
 };
 
 struct PdlStatus {
     uint32_t port = 0, state = 0, mode = 0, polling_method = 0;
-    ArenaText mac; // in text form
+    std::string_view mac; // in text form
     Ipv4 management_ip;
-    ArenaText action;
+    std::string_view action;
 };
 
 struct WtpCfg {
     Ipv4 ip, mask, gateway, dns1, dns2; // ip 0.0.0.0: DHCP
-    ArenaText name, location, admin;
+    std::string_view name, location, admin;
     int32_t timezone = 0;
-    ArenaTable<HostSlot> ac_list;
+    Rows<HostSlot> ac_list;
 
     // Access points only.
     Md5Digest password_md5;
@@ -282,23 +282,23 @@ struct WtpCfg {
         int32_t power = 0, lan = 0, wlan0 = 0, wlan1 = 0, wlan2 = 0, mesh = 0;
     } led;
     int32_t manage_vlan_id = 0, log_remote_en = 0, log_traffic_en = 0;
-    ArenaText log_remote_conf;
-    ArenaTable<LanPortCfg> lan_port;
+    std::string_view log_remote_conf;
+    Rows<LanPortCfg> lan_port;
     struct {
         int32_t enable_total = 0;
     } mesh;
-    ArenaTable<RadioCfg> radio;
+    Rows<RadioCfg> radio;
 
     // Switches only.
-    ArenaText sw_extra_text; // sent by the controller, shown nowhere
-    ArenaTable<SwitchPortCfg> switch_port;
+    std::string_view sw_extra_text; // sent by the controller, shown nowhere
+    Rows<SwitchPortCfg> switch_port;
     int32_t redundancyMode = 0;
-    ArenaTable<Mac> manage_mac_list;
+    Rows<Mac> manage_mac_list;
     uint32_t power_budget = 0;
-    ArenaTable<PoePortCfg> poe_port;
+    Rows<PoePortCfg> poe_port;
     uint32_t pdl_enable = 0;
-    ArenaTable<PdLifeguard> pd_lifeguard;
-    ArenaTable<PdlStatus> pdl_status;
+    Rows<PdLifeguard> pd_lifeguard;
+    Rows<PdlStatus> pdl_status;
 };
 
 struct WtpRecord {
@@ -306,13 +306,13 @@ struct WtpRecord {
     Mac mac;
     Ipv4 ip;
     uint16_t port = 0;
-    ArenaText model, sn;
+    std::string_view model, sn;
     uint8_t managed = 0, unavaiable_fw = 0;
     uint8_t upg_img = 0; // not 0: flagged for an upgrade
-    ArenaText new_fw_img, new_fw_ver;
+    std::string_view new_fw_img, new_fw_ver;
     uint8_t upg_state = 0, unavaiable_addr = 0;
     uint8_t state = 0, sub_state = 0, progress = 0;
-    ArenaText sw_ver, cw_ver, name;
+    std::string_view sw_ver, cw_ver, name;
     uint32_t uptime = 0;                                    // seconds
     uint32_t join_time = 0, last_time = 0, change_time = 0; // seconds since 1970
     struct {
@@ -325,39 +325,23 @@ struct WtpRecord {
 
     // Access points only.
     uint32_t cap_code = 0;
-    ArenaText sku;
-    ArenaTable<RadioInfo> radio;
+    std::string_view sku;
+    Rows<RadioInfo> radio;
 
     // Switches only.
     uint32_t flick_reboot_flag = 0;
     uint32_t sw_max_trunk = 0, sw_max_vlan_num = 0, sw_max_managed_ap = 0, sw_max_mirror_num = 0,
              sw_max_multicast_num = 0, sw_max_power_budget = 0, sw_min_power_budget = 0,
              sw_max_static_mac_num = 0, sw_max_trunk_member = 0, sw_dev_suport_type = 0;
-    ArenaTable<SwitchHwPort> switch_hw_port; // its length is the report's sw_max_port
-    ArenaTable<SwitchPortInfo> switch_port;
-    ArenaTable<TrunkPortInfo> trunk_port;
-    ArenaTable<LldpDevice> lldp_dev_list;
+    Rows<SwitchHwPort> switch_hw_port; // its length is the report's sw_max_port
+    Rows<SwitchPortInfo> switch_port;
+    Rows<TrunkPortInfo> trunk_port;
+    Rows<LldpDevice> lldp_dev_list;
     struct {
         uint32_t power_budget = 0, allocated_power = 0; // watts
     } poe_global;
-    ArenaTable<PoePortInfo> poe_port;
-    ArenaTable<TopoDev> dev_list;
+    Rows<PoePortInfo> poe_port;
+    Rows<TopoDev> dev_list;
 
     WtpCfg *wtp_cfg = nullptr; // null when the reply carried none
-
-    WtpRecord *next = nullptr;
 };
-
-// Records in the order in which the controller sent them. They and all that they hold live in the
-// list's memory.
-struct WtpList {
-    WtpRecord *head = nullptr;
-    WtpRecord *tail = nullptr;
-    Arena memory;
-};
-
-// Adds a record, made in the list's memory, at the end.
-void append_wtp(WtpList &list, WtpRecord *record);
-
-// Releases every record and leaves the list empty.
-void free_wtp_list(WtpList &list);

@@ -21,18 +21,14 @@ static void set_option(int socket, int option)
     setsockopt(socket, IPPROTO_TCP, option, &on, sizeof on);
 }
 
-static ssize_t refill_from_socket(ByteSource &source)
+static ssize_t receive_from_socket(ByteSource &source, void *to, size_t room)
 {
-    auto &session = static_cast<AcSession &>(source);
-    set_option(session.socket, TCP_QUICKACK);
+    const int socket = static_cast<AcSession &>(source).socket;
+    set_option(socket, TCP_QUICKACK);
     ssize_t got;
     do
-        got = recv(session.socket, session.in, sizeof session.in, 0);
+        got = recv(socket, to, room, 0);
     while (got < 0 && errno == EINTR);
-    if (got > 0) {
-        session.at = session.in;
-        session.end = session.in + got;
-    }
     return got;
 }
 
@@ -61,7 +57,9 @@ int ac_connect(AcSession &session, const char *address, int port)
     if (session.socket < 0)
         return fail("ERROR: create socket failed.\n");
     set_option(session.socket, TCP_NODELAY);
-    session.refill = refill_from_socket;
+    session.receive = receive_from_socket;
+    session.ahead = session.in;
+    session.ahead_room = sizeof session.in;
 
     sockaddr_in ac = {};
     ac.sin_family = AF_INET;

@@ -62,7 +62,7 @@ static void print_ac_info(const AcInfo &info, bool as_json)
         return;
     }
     TextWriter out(standard_output);
-    out.text_item("Capwap Ver\t", info.cw_ver.c_str());
+    out.item("Capwap Ver\t", info.cw_ver.c_str());
     out.put("\n");
     out.line("Max WTPs\t", info.max_wtps);
     out.line("Managed WTPs\t", info.managed_wtps);

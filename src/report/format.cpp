@@ -77,17 +77,23 @@ static char escape_letter(char c)
     }
 }
 
-void json_escape(Output &out, const char *text)
+char *write_escaped(char *to, std::string_view text)
+{
+    for (const char c : text) {
+        const char letter = escape_letter(c);
+        if (letter != '\0')
+            *to++ = '\\';
+        *to++ = letter != '\0' ? letter : c;
+    }
+    return to;
+}
+
+void json_escape(Output &out, std::string_view text)
 {
     enum : size_t { PIECE = Output::ROOM_MAX / 2 };
-    while (*text != '\0') {
-        char *to = out.room(2 * PIECE);
-        for (const char *end = text + strnlen(text, PIECE); text < end; text++) {
-            const char letter = escape_letter(*text);
-            if (letter != '\0')
-                *to++ = '\\';
-            *to++ = letter != '\0' ? letter : *text;
-        }
-        out.advance(to);
+    while (!text.empty()) {
+        const std::string_view piece = text.substr(0, PIECE);
+        out.advance(write_escaped(out.room(2 * piece.size()), piece));
+        text.remove_prefix(piece.size());
     }
 }

@@ -7,6 +7,7 @@
 #include "util/output.h"
 
 #include <cstdint>
+#include <string_view>
 
 enum : unsigned { DIGEST_TEXT_MAX = 32, DURATION_TEXT_MAX = 18 };
 
@@ -25,4 +26,7 @@ const char *time_text(uint32_t seconds);
 
 // Writes the body of a JSON string: backspace, tab, line feed, form feed, carriage return, double
 // quote, slash and backslash escaped with a backslash, all other bytes unchanged.
-void json_escape(Output &out, const char *text);
+void json_escape(Output &out, std::string_view text);
+
+// The same into room for twice the text; returns the end.
+char *write_escaped(char *to, std::string_view text);

@@ -5,7 +5,7 @@
 #include <cstring>
 
 template <size_t N>
-static void print_macs(JsonWriter &json, const char (&name)[N], const ArenaTable<Mac> &macs)
+static void print_macs(JsonWriter &json, const char (&name)[N], const Rows<Mac> &macs)
 {
     json.array(name);
     for (const Mac &mac : macs)
@@ -78,7 +78,7 @@ static void print_wep(JsonWriter &json, const WlanCfg &wlan)
     json.member("key_len", wlan.wep.key_len);
     json.member("def_key", wlan.wep.def_key);
     json.array("key");
-    for (const ArenaText &key : wlan.wep.key)
+    for (const std::string_view key : wlan.wep.key)
         json.escaped_element(key);
     json.end_array();
     json.end_object();
@@ -153,7 +153,7 @@ static void print_wlan_cfg(JsonWriter &json, const WlanCfg &wlan)
     json.member("interval", wlan.acc.interval);
     json.end_object();
     print_portal(json, wlan.portal, PortalOf::wlan);
-    json.ready("hotspot20", *wlan.hotspot20.c_str() == '\0' ? "null" : wlan.hotspot20.c_str());
+    json.ready("hotspot20", wlan.hotspot20.empty() ? "null" : wlan.hotspot20);
     print_band_steering(json, wlan.bandsteering);
     print_security(json, wlan);
     json.end_object();
@@ -326,8 +326,8 @@ static void print_ipv4(JsonWriter &json, const WtpCfg &cfg)
     *to++ = '/';
     to = write_ipv4(to, cfg.mask);
     *to++ = '/';
-    *write_ipv4(to, cfg.gateway) = '\0';
-    json.member("ipv4", text);
+    to = write_ipv4(to, cfg.gateway);
+    json.member("ipv4", std::string_view(text, static_cast<size_t>(to - text)));
 }
 
 void print_cfg_json(JsonWriter &json, const WtpRecord &wtp, bool password)
@@ -342,7 +342,7 @@ void print_cfg_json(JsonWriter &json, const WtpRecord &wtp, bool password)
     json.member("dns2", cfg.dns2);
     json.array("ac_list");
     for (const HostSlot &host : cfg.ac_list)
-        json.element(host.text, strnlen(host.text, sizeof host.text));
+        json.element({host.text, strnlen(host.text, sizeof host.text)});
     json.end_array();
     if (wtp.wtp_type == DEVICE_ACCESS_POINT)
         print_access_point_cfg(json, cfg, password);

@@ -243,11 +243,11 @@ static void print_wtp(JsonWriter &json, const WtpRecord &wtp, bool password, boo
     json.end_object();
 }
 
-void print_wtp_json(const WtpList &list, bool password, bool basic)
+void print_wtp_json(WtpList &list, bool password, bool basic)
 {
     JsonWriter json(standard_output);
     json.array("wtp_list");
-    for (const WtpRecord *wtp = list.head; wtp != nullptr; wtp = wtp->next)
+    for (const WtpRecord *wtp = first_wtp(list); wtp != nullptr; wtp = next_wtp(list))
         print_wtp(json, *wtp, password, basic);
     json.end_array();
     standard_output.put('\n');

@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 
 class JsonWriter {
 public:
@@ -52,43 +53,38 @@ public:
     }
 
     // A string with its text as it stands, whatever it holds.
-    template <size_t N> void member(const char (&name)[N], const char *text)
+    template <size_t N> void member(const char (&name)[N], std::string_view text)
     {
-        const size_t length = strlen(text);
-        if (length > Output::ROOM_MAX / 2) {
+        if (text.size() > Output::ROOM_MAX / 2) {
             out_.advance(open_string(name, 0));
-            out_.put(text, length);
+            out_.put(text.data(), text.size());
             out_.put('"');
             return;
         }
-        char *to = open_string(name, length);
-        memcpy(to, text, length);
-        close_string(to + length);
-    }
-    template <size_t N> void member(const char (&name)[N], const ArenaText &text)
-    {
-        member(name, text.c_str());
+        char *to = open_string(name, text.size());
+        memcpy(to, text.data(), text.size());
+        close_string(to + text.size());
     }
 
     // A string with its text escaped.
-    template <size_t N> void escaped(const char (&name)[N], const ArenaText &text)
+    template <size_t N> void escaped(const char (&name)[N], std::string_view text)
     {
-        out_.advance(open_string(name, 0));
-        json_escape(out_, text.c_str());
-        out_.put('"');
+        if (text.size() > Output::ROOM_MAX / 4) {
+            out_.advance(open_string(name, 0));
+            json_escape(out_, text);
+            out_.put('"');
+            return;
+        }
+        close_string(write_escaped(open_string(name, 2 * text.size()), text));
     }
 
     // A string without its carriage returns and line feeds.
-    template <size_t N> void unbroken(const char (&name)[N], const ArenaText &text)
+    template <size_t N> void unbroken(const char (&name)[N], std::string_view text)
     {
         out_.advance(open_string(name, 0));
-        const char *rest = text.c_str();
-        while (*rest != '\0') {
-            const size_t length = strcspn(rest, "\r\n");
-            out_.put(rest, length);
-            rest += length;
-            rest += strspn(rest, "\r\n");
-        }
+        for (const char c : text)
+            if (c != '\r' && c != '\n')
+                out_.put(c);
         out_.put('"');
     }
 
@@ -99,10 +95,10 @@ public:
     }
 
     // A value that is JSON already.
-    template <size_t N> void ready(const char (&name)[N], const char *json)
+    template <size_t N> void ready(const char (&name)[N], std::string_view json)
     {
         out_.advance(key(name, 0));
-        out_.put(json);
+        out_.put(json.data(), json.size());
     }
 
     template <size_t N> void object(const char (&name)[N]) { open(key(name, 1), '{'); }
@@ -112,13 +108,13 @@ public:
     template <size_t N> void array(const char (&name)[N]) { open(key(name, 1), '['); }
     void end_array() { close(']'); }
 
-    // An array's element that is a string with its text as it stands.
-    void element(const char *text, size_t length)
+    // An array's elements that are strings, with their texts as they stand or escaped.
+    void element(std::string_view text)
     {
-        char *to = next(length + 2);
+        char *to = next(text.size() + 2);
         *to++ = '"';
-        memcpy(to, text, length);
-        close_string(to + length);
+        memcpy(to, text.data(), text.size());
+        close_string(to + text.size());
     }
     void element(const Mac &mac)
     {
@@ -126,12 +122,12 @@ public:
         *to++ = '"';
         close_string(write_mac(to, mac));
     }
-    void escaped_element(const ArenaText &text)
+    void escaped_element(std::string_view text)
     {
         char *to = next(1);
         *to = '"';
         out_.advance(to + 1);
-        json_escape(out_, text.c_str());
+        json_escape(out_, text);
         out_.put('"');
     }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // zov online: how many devices are online.
-#include "device/wtp_request.h"
+#include "device/wtp_list.h"
 #include "options/option_checks.h"
 #include "report/text_writer.h"
 
@@ -19,7 +19,7 @@ static int online_command(AcSession &session, const OptArgList &opts)
         return 1;
 
     uint32_t total = 0, online = 0;
-    for (const WtpRecord *wtp = list.head; wtp != nullptr; wtp = wtp->next) {
+    for (const WtpRecord *wtp = first_wtp(list); wtp != nullptr; wtp = next_wtp(list)) {
         total++;
         if (wtp->state == WTP_ONLINE)
             online++;

@@ -12,7 +12,7 @@ static void print_security(TextWriter &out, const WlanCfg &wlan)
     out.line("        Key Length\t\t\t", wlan.wep.key_len);
     out.line("        Default Key Id\t\t\t", wlan.wep.def_key);
     uint32_t key_number = 0;
-    for (const ArenaText &key : wlan.wep.key) {
+    for (std::string_view key : wlan.wep.key) {
         out.item("        Key", ++key_number);
         out.line("\t\t\t\t", key);
     }
@@ -113,7 +113,7 @@ static void print_radio_cfg(TextWriter &out, const RadioCfg &radio, uint32_t num
     out.line("      Value\t\t\t\t", radio.channel.val);
     out.line("    Tx Power\t\t\t\t", radio.tx_power);
     out.line("    Obey Regulatory Power\t\t", radio.obey_regulatory_power);
-    out.text_item("    Data Rate\t\t\t\t", data_rate_text(radio.data_rate));
+    out.item("    Data Rate\t\t\t\t", data_rate_text(radio.data_rate));
     out.put("\n");
     out.line("    Bit Rate\t\t\t\t", radio.bit_rate);
     out.line("    AX Enable\t\t\t\t", radio.ax_enable);

@@ -15,9 +15,9 @@ static void print_brief_line(TextWriter &out, const WtpRecord &wtp)
     out.item("  ", wtp.ip);
     out.item(":", wtp.port);
     out.item("\t", wtp.model);
-    out.text_item("\t", wtp.managed != 0 ? "y " : "n ");
-    out.text_item(" ", wtp.unavaiable_addr != 0 ? "x " : "o ");
-    out.text_item(" ", wtp.unavaiable_fw != 0 ? "x " : "o ");
+    out.item("\t", wtp.managed != 0 ? "y " : "n ");
+    out.item(" ", wtp.unavaiable_addr != 0 ? "x " : "o ");
+    out.item(" ", wtp.unavaiable_fw != 0 ? "x " : "o ");
     out.item(" ", wtp.upg_state);
     out.item("\t", wtp.state);
     out.item("/", wtp.sub_state);
@@ -25,12 +25,12 @@ static void print_brief_line(TextWriter &out, const WtpRecord &wtp)
     out.duration("\t", wtp.uptime);
 }
 
-void print_wtp_brief(const WtpList &list)
+void print_wtp_brief(WtpList &list)
 {
     TextWriter out(standard_output);
     out.put("mac\t\t   address\t\tmodel\t\tmg ip fw ug\tstate\tversion\t\tuptime\n");
     uint32_t count = 0;
-    for (const WtpRecord *wtp = list.head; wtp != nullptr; wtp = wtp->next) {
+    for (const WtpRecord *wtp = first_wtp(list); wtp != nullptr; wtp = next_wtp(list)) {
         print_brief_line(out, *wtp);
         count++;
     }
@@ -63,9 +63,9 @@ static void print_common(TextWriter &out, const WtpRecord &wtp)
     out.line("Capwap Ver\t", wtp.cw_ver);
     out.line("Name\t\t", wtp.name);
     out.duration("Uptime\t\t", wtp.uptime);
-    out.text_item("Join Time\t", time_text(wtp.join_time));
-    out.text_item("Last Active\t", time_text(wtp.last_time));
-    out.text_item("State Change\t", time_text(wtp.change_time));
+    out.item("Join Time\t", time_text(wtp.join_time));
+    out.item("Last Active\t", time_text(wtp.last_time));
+    out.item("State Change\t", time_text(wtp.change_time));
     out.item("Memory Usage\t", wtp.mem.used);
     out.line("/", wtp.mem.total);
 }
@@ -191,11 +191,11 @@ static void print_wtp(TextWriter &out, const WtpRecord &wtp, bool password, bool
         print_cfg_text(out, wtp, password);
 }
 
-void print_wtp_details(const WtpList &list, bool password, bool basic)
+void print_wtp_details(WtpList &list, bool password, bool basic)
 {
     TextWriter out(standard_output);
     uint32_t count = 0;
-    for (const WtpRecord *wtp = list.head; wtp != nullptr; wtp = wtp->next) {
+    for (const WtpRecord *wtp = first_wtp(list); wtp != nullptr; wtp = next_wtp(list)) {
         print_wtp(out, *wtp, password, basic);
         count++;
     }

@@ -2,15 +2,15 @@
 // The text reports of a device list.
 #pragma once
 
-#include "device/wtp_record.h"
+#include "device/wtp_list.h"
 #include "report/text_writer.h"
 
 // One line a device under a column header.
-void print_wtp_brief(const WtpList &list);
+void print_wtp_brief(WtpList &list);
 
 // Every field the controller returned. `basic` leaves out radios and ports, `password` adds the
 // digest of the device's password.
-void print_wtp_details(const WtpList &list, bool password, bool basic);
+void print_wtp_details(WtpList &list, bool password, bool basic);
 
 // The configuration lines of one record that has a configuration (text_cfg.cpp).
 void print_cfg_text(TextWriter &out, const WtpRecord &wtp, bool password);

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 
 class TextWriter {
 public:
@@ -41,14 +42,16 @@ public:
     {
         out_.advance(write_digest(begin(label, DIGEST_TEXT_MAX), digest));
     }
-    template <size_t N> void item(const char (&label)[N], const ArenaText &text)
+    template <size_t N> void item(const char (&label)[N], std::string_view text)
     {
-        text_item(label, text.c_str());
-    }
-    template <size_t N> void text_item(const char (&label)[N], const char *text)
-    {
-        out_.put(label, N - 1);
-        out_.put(text);
+        if (text.size() > Output::ROOM_MAX / 2) {
+            out_.put(label, N - 1);
+            out_.put(text.data(), text.size());
+            return;
+        }
+        char *to = begin(label, text.size());
+        memcpy(to, text.data(), text.size());
+        out_.advance(to + text.size());
     }
     template <size_t N> void duration(const char (&label)[N], uint32_t seconds)
     {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // zov wtpflag: firmware upgrades in progress.
-#include "device/wtp_request.h"
+#include "device/wtp_list.h"
 #include "options/option_checks.h"
 #include "report/text_writer.h"
 
@@ -10,10 +10,10 @@ enum : uint32_t {
     FLAG_FILTER = WTP_FILTER_MANAGED | WTP_FILTER_UNMANAGED | WTP_FILTER_UNJOINED | WTP_FILTER_CFG,
 };
 
-static void print_upgrade_counts(const WtpList &list)
+static void print_upgrade_counts(WtpList &list)
 {
     uint32_t all = 0, waiting = 0, offline = 0;
-    for (const WtpRecord *wtp = list.head; wtp != nullptr; wtp = wtp->next) {
+    for (const WtpRecord *wtp = first_wtp(list); wtp != nullptr; wtp = next_wtp(list)) {
         if (wtp->upg_img == 0)
             continue;
         all++;
@@ -28,10 +28,10 @@ static void print_upgrade_counts(const WtpList &list)
     out.line("Offline WTPs=", offline);
 }
 
-static void print_upgrading_count(const WtpList &list)
+static void print_upgrading_count(WtpList &list)
 {
     uint32_t count = 0;
-    for (const WtpRecord *wtp = list.head; wtp != nullptr; wtp = wtp->next)
+    for (const WtpRecord *wtp = first_wtp(list); wtp != nullptr; wtp = next_wtp(list))
         if (wtp->sub_state == WTP_SUB_UPGRADING || wtp->upg_img != 0)
             count++;
     TextWriter(standard_output).line("", count);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // zov wtps: the devices that the controller knows.
-#include "device/wtp_request.h"
+#include "device/wtp_list.h"
 #include "options/option_checks.h"
 #include "report/json_report.h"
 #include "report/text_report.h"
@@ -41,10 +41,10 @@ static int refuse_both(const OptArgList &opts, OptionCode one, OptionCode other)
                 option_name(other));
 }
 
-static void print_fw_results(const WtpList &list)
+static void print_fw_results(WtpList &list)
 {
     Output &out = standard_output;
-    for (const WtpRecord *wtp = list.head; wtp != nullptr; wtp = wtp->next) {
+    for (const WtpRecord *wtp = first_wtp(list); wtp != nullptr; wtp = next_wtp(list)) {
         out.put(mac_to_text(wtp->mac));
         out.put('=');
         out.put_number(wtp->upg_state);
@@ -52,7 +52,7 @@ static void print_fw_results(const WtpList &list)
     }
 }
 
-static void print_wtp_list(const WtpList &list, const OptArgList &opts)
+static void print_wtp_list(WtpList &list, const OptArgList &opts)
 {
     const bool password = opts.given(OPT_PASSWORD), basic = opts.given(OPT_BASIC);
     if (opts.given(OPT_FWRESULT))

@@ -1,15 +1,18 @@
 // SPDX-License-Identifier: MIT
-// What the kinds of tables have in common: an array with its length, whose items come into being
-// one by one as they are appended.
+// A table that does not own its memory.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <new>
 
+// Its items come into being one by one, as they are appended in the room that was made for them.
 template <class Item> class Rows {
 public:
-    // Adds a default item at the end, within the room that was made, and returns it.
+    Rows() = default;
+    explicit Rows(void *room) : items_(static_cast<Item *>(room)) {}
+
+    // Adds a default item at the end, within the room, and returns it.
     Item &append() { return *new (&items_[size_++]) Item(); }
 
     uint32_t size() const { return size_; }

@@ -14,6 +14,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <unistd.h>
@@ -21,6 +22,8 @@
 extern "C" {
 void *__real_malloc(size_t size);
 void *__real_realloc(void *old, size_t size);
+void *__real_mmap(void *at, size_t size, int protection, int flags, int fd, off_t offset);
+void *__real_mremap(void *old, size_t size, size_t new_size, int flags, void *to);
 int __real_socket(int domain, int type, int protocol);
 int __real_close(int fd);
 ssize_t __real_send(int socket, const void *bytes, size_t length, int flags);
@@ -28,6 +31,8 @@ ssize_t __real_recv(int socket, void *bytes, size_t length, int flags);
 
 void *__wrap_malloc(size_t size);
 void *__wrap_realloc(void *old, size_t size);
+void *__wrap_mmap(void *at, size_t size, int protection, int flags, int fd, off_t offset);
+void *__wrap_mremap(void *old, size_t size, size_t new_size, int flags, void *to);
 int __wrap_socket(int domain, int type, int protocol);
 int __wrap_close(int fd);
 ssize_t __wrap_send(int socket, const void *bytes, size_t length, int flags);
@@ -65,6 +70,16 @@ void *__wrap_malloc(size_t size)
 void *__wrap_realloc(void *old, size_t size)
 {
     return allocation_fails() ? nullptr : __real_realloc(old, size);
+}
+
+void *__wrap_mmap(void *at, size_t size, int protection, int flags, int fd, off_t offset)
+{
+    return allocation_fails() ? MAP_FAILED : __real_mmap(at, size, protection, flags, fd, offset);
+}
+
+void *__wrap_mremap(void *old, size_t size, size_t new_size, int flags, void *to)
+{
+    return allocation_fails() ? MAP_FAILED : __real_mremap(old, size, new_size, flags, to);
 }
 
 int __wrap_socket(int domain, int type, int protocol)

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Every one-bit and one-byte change of rich replies, through decoding and all printers: none may
 // crash, leak or use more memory than the reply is worth (under the sanitizers they would tell).
-#include "device/wtp_request.h"
+#include "device/wtp_list.h"
 #include "report/json_report.h"
 #include "report/text_report.h"
 #include "support/transcript.h"
@@ -61,11 +61,12 @@ bool read_and_print(const std::string &reply)
     source.at = reinterpret_cast<const uint8_t *>(reply.data());
     source.end = source.at + reply.size();
     WtpList list;
-    if (read_wtp_list(source, list) != 0)
+    if (receive_wtp_list(source, list) != 0)
         return false;
     print_wtp_brief(list);
     print_wtp_details(list, true, false);
     print_wtp_json(list, true, false);
+    EXPECT_NE(reply[list.next], '\0'); // the walk ends at the marker of the end
     return true;
 }
 

@@ -2,9 +2,8 @@
 // From bytes to device records: byte order, byte sources, the reply reader, whole replies.
 #include "support/transcript.h"
 
-#include "device/wtp_request.h"
+#include "device/wtp_list.h"
 #include "proto/reply_reader.h"
-#include "util/arena.h"
 #include "util/byte_order.h"
 
 #include <algorithm>
@@ -44,25 +43,29 @@ TEST(ByteOrder, AroundPowersOfTwo)
 // Gives its bytes in pieces, and then the end of the stream (0) or a failure (-1).
 struct Pieces : ByteSource {
     Pieces(std::string content, size_t piece_size, ssize_t last = 0)
-        : bytes(content.begin(), content.end()), piece(piece_size), ending(last)
+        : bytes(std::move(content)), piece(piece_size), ending(last), read_ahead(piece_size)
     {
-        refill = [](ByteSource &source) { return static_cast<Pieces &>(source).next_piece(); };
+        receive = [](ByteSource &source, void *to, size_t room) {
+            return static_cast<Pieces &>(source).next_piece(to, room);
+        };
+        ahead = read_ahead.data();
+        ahead_room = read_ahead.size();
     }
 
-    ssize_t next_piece()
+    ssize_t next_piece(void *to, size_t room)
     {
-        refills++;
+        receives++;
         errno = EIO;
-        at = bytes.data() + used;
-        used += std::min(piece, bytes.size() - used);
-        end = bytes.data() + used;
-        return at == end ? ending : end - at;
+        const size_t count = bytes.copy(static_cast<char *>(to), std::min(piece, room), used);
+        used += count;
+        return count == 0 ? ending : static_cast<ssize_t>(count);
     }
 
-    std::vector<uint8_t> bytes; // exactly these, so that a read beyond them is noticed
+    std::string bytes;
     size_t piece, used = 0;
     ssize_t ending;
-    int refills = 0;
+    std::vector<uint8_t> read_ahead; // exactly as large, so that a read beyond it is noticed
+    int receives = 0;
 };
 
 TEST(RecvAll, PiecesOfEverySize)
@@ -89,12 +92,12 @@ TEST(ReplyReader, RemembersTheFirstFailure)
         EXPECT_EQ(reply.number<uint16_t>(), 0x0102);
         EXPECT_TRUE(reply.ok());
         EXPECT_EQ(reply.number<uint32_t>(), 0u); // three of its bytes came
-        const int refills = source.refills;
+        const int receives = source.receives;
         Text text;
         reply.read(text);
         EXPECT_TRUE(text.absent());
         EXPECT_EQ(reply.number<uint8_t>(), 0);
-        EXPECT_EQ(source.refills, refills);
+        EXPECT_EQ(source.receives, receives);
         EXPECT_FALSE(reply.ok());
         const std::string error = "ERROR: reading socket failed for reason: Input/output error\n";
         EXPECT_EQ(GetCapturedStderr(), ending == 0 ? "" : error);
@@ -120,7 +123,7 @@ TEST(ReplyReader, TextLengths)
 static int read_list(const std::string &reply, WtpList &list)
 {
     Pieces source(reply, reply.size());
-    return read_wtp_list(source, list);
+    return receive_wtp_list(source, list);
 }
 
 // The replies of a transcript file; the first is rich, with another number in every field.
@@ -146,8 +149,8 @@ TEST(Records, CutAtEveryByte)
             for (size_t length = 0; length <= reply.size(); length++) {
                 Pieces source(reply.substr(0, length), 1 + length % 97);
                 WtpList list;
-                ASSERT_EQ(read_wtp_list(source, list), length < reply.size()) << length;
-                ASSERT_EQ(list.head == nullptr, length < reply.size()) << length;
+                ASSERT_EQ(receive_wtp_list(source, list), length < reply.size()) << length;
+                ASSERT_EQ(list.reply.size(), length < reply.size() ? 0 : length);
             }
     EXPECT_EQ(GetCapturedStderr(), "");
 }
@@ -157,9 +160,10 @@ TEST(Records, UnusualOrders)
 {
     WtpList list;
     ASSERT_EQ(read_list(replies("wtps_switch.txt")[0], list), 0);
-    EXPECT_EQ(list.head->lldp_dev_list[0].localPort, 3000001220u);
-    EXPECT_EQ(list.head->dev_list[0].update_time, 3000001266u);
-    EXPECT_STREQ(list.head->wtp_cfg->sw_extra_text.c_str(), "sw_extra_text/1291");
+    const WtpRecord &wtp = *first_wtp(list);
+    EXPECT_EQ(wtp.lldp_dev_list[0].localPort, 3000001220u);
+    EXPECT_EQ(wtp.dev_list[0].update_time, 3000001266u);
+    EXPECT_EQ(wtp.wtp_cfg->sw_extra_text, "sw_extra_text/1291");
 }
 
 // No table has more than 2^31 - 1 rows, however much memory there is: each has its message.
@@ -194,7 +198,7 @@ TEST(Records, HostileCounts)
                 const int status = read_list(reply, list);
                 EXPECT_LT(clock() - start, 5 * CLOCKS_PER_SEC)
                     << at; // seconds: tables are not touched
-                EXPECT_EQ(list.head == nullptr, status == 1) << at;
+                EXPECT_EQ(list.reply.size() == 0, status == 1) << at;
             }
     GetCapturedStderr();
     rusage usage = {};

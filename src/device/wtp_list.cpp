@@ -1,0 +1,289 @@
+// SPDX-License-Identifier: MIT
+#include "device/wtp_list.h"
+
+#include "device/wtp_layout.h"
+#include "proto/request_writer.h"
+#include "util/byte_order.h"
+#include "util/output.h"
+
+#include <cstring>
+#include <new>
+#include <string_view>
+
+namespace {
+
+// How much of a record's memory an object or a table takes.
+constexpr size_t in_memory(size_t size)
+{
+    return (size + alignof(std::max_align_t) - 1) & ~(alignof(std::max_align_t) - 1);
+}
+
+// The first pass, which receives the reply as far as it needs it: a visitor of wtp_layout.h that
+// passes over the fields. It looks at the bytes only where they decide what follows, so that the
+// fields between are one addition.
+class ReplyChecker {
+public:
+    ReplyChecker(ByteSource &source, WtpList &list) : source_(source), list_(list) {}
+
+    bool ok() const { return !failed_; }
+
+    // The marker before the next record, or before the end.
+    uint8_t marker() { return number<uint8_t>(); }
+
+    void check(WtpRecord &record)
+    {
+        needed_ = 0;
+        if (!need(sizeof record))
+            report_no_memory("ERROR: Out of memory\n");
+        lay_out(*this, record);
+        reach();
+    }
+
+    template <class Field> void operator()(const char *, Field &) { at_ += sizeof(Field); }
+    void operator()(const char *, uint8_t &field) { field = number<uint8_t>(); }
+    void operator()(const char *, std::string_view &) { at_ += number<uint16_t>(); }
+    void hostname(const char *name, std::string_view &text) { (*this)(name, text); }
+
+    bool present(Section) { return number<uint8_t>() != 0; }
+
+    bool make(WtpCfg *&part)
+    {
+        part = &cfg_;
+        if (!need(sizeof cfg_))
+            report_no_memory("ERROR: Out of memory\n");
+        return ok();
+    }
+
+    template <class Int, class Row> Int count(const char *, const Rows<Row> &, CountOf<Int>)
+    {
+        return number<Int>();
+    }
+
+    template <class Int, class Row> void rows(const char *name, Rows<Row> &table, CountOf<Int>)
+    {
+        const auto announced = number<Int>();
+        if (announced > 0)
+            counted_rows(name, table, static_cast<uint32_t>(announced));
+    }
+
+    template <class Row> void counted_rows(const char *, Rows<Row> &table, uint32_t announced)
+    {
+        if (announced == 0 || failed_)
+            return;
+        if (announced > INT32_MAX || !need(size_t{announced} * sizeof(Row))) {
+            table_too_large(table, announced);
+            return;
+        }
+        Row row;
+        for (uint32_t i = 0; i < announced && ok(); i++) {
+            lay_out(*this, row);
+            reach();
+        }
+    }
+
+private:
+    template <class Int> Int number()
+    {
+        const size_t from = at_;
+        at_ += sizeof(Int);
+        reach();
+        return failed_ ? Int{0} : from_big_endian<Int>(list_.reply.data() + from);
+    }
+
+    // Receives on until what was passed over is there.
+    void reach()
+    {
+        while (at_ > list_.reply.size() && !failed_)
+            receive();
+    }
+
+    // The bytes go straight to their place; the block doubles without being copied once it is
+    // large.
+    [[gnu::noinline]] void receive()
+    {
+        enum : size_t { ROOM = size_t{512} << 10 };
+        uint8_t *to = list_.reply.place(ROOM);
+        if (to == nullptr) {
+            report_no_memory("ERROR: Out of memory\n");
+            return;
+        }
+        const ssize_t got = recv_some(source_, to, ROOM);
+        if (got > 0) {
+            list_.reply.advance(static_cast<size_t>(got));
+            return;
+        }
+        failed_ = true;
+        if (got < 0)
+            fail_errno("ERROR: reading socket failed for reason");
+    }
+
+    // Makes sure of memory for `size` more bytes of the record.
+    bool need(size_t size)
+    {
+        needed_ += in_memory(size);
+        return list_.memory.reserve(needed_);
+    }
+
+    template <class Row> void table_too_large(const Rows<Row> &, uint32_t)
+    {
+        report_no_memory("ERROR: Out of memory\n");
+    }
+    void table_too_large(const Rows<TopoDev> &, uint32_t)
+    {
+        report_no_memory("ERROR: Out of memory(switchTopoDevCount)\n");
+    }
+    void table_too_large(const Rows<TopoLink> &, uint32_t announced)
+    {
+        fail("ERROR: Out of memory(linkCount=%d)\n", static_cast<int32_t>(announced));
+        failed_ = true;
+    }
+    void report_no_memory(const char *message)
+    {
+        if (!failed_)
+            fail("%s", message);
+        failed_ = true;
+    }
+
+    ByteSource &source_;
+    WtpList &list_;
+    WtpCfg cfg_;        // is passed over
+    size_t at_ = 0;     // can be ahead of what has been received
+    size_t needed_ = 0; // memory for the record so far
+    bool failed_ = false;
+};
+
+// The second pass, over bytes that are known to be whole: the visitor that fills a record.
+class RecordReader {
+public:
+    RecordReader(const uint8_t *at, uint8_t *memory) : at_(at), memory_(memory) {}
+
+    const uint8_t *at() const { return at_; }
+
+    template <class Field> void operator()(const char *, Field &field)
+    {
+        if constexpr (std::is_integral_v<Field>)
+            field = from_big_endian<Field>(at_);
+        else
+            memcpy(&field, at_, sizeof field);
+        at_ += sizeof field;
+    }
+
+    // A NUL within a text ends it.
+    void operator()(const char *, std::string_view &text)
+    {
+        const auto length = number<uint16_t>();
+        const auto *bytes = reinterpret_cast<const char *>(at_);
+        text = {bytes, strnlen(bytes, length)};
+        at_ += length;
+    }
+
+    // A host name comes from a station, so from anyone: anything but printable ASCII empties it.
+    void hostname(const char *name_of_field, std::string_view &name)
+    {
+        (*this)(name_of_field, name);
+        for (const char c : name)
+            if (c < 0x20 || c > 0x7E)
+                name = {};
+    }
+
+    bool present(Section) { return number<uint8_t>() != 0; }
+
+    bool make(WtpCfg *&part)
+    {
+        part = new (take(sizeof(WtpCfg))) WtpCfg();
+        return true;
+    }
+
+    template <class Int, class Row> Int count(const char *, const Rows<Row> &, CountOf<Int>)
+    {
+        return number<Int>();
+    }
+
+    template <class Int, class Row> void rows(const char *name, Rows<Row> &table, CountOf<Int>)
+    {
+        const auto announced = number<Int>();
+        if (announced > 0)
+            counted_rows(name, table, static_cast<uint32_t>(announced));
+    }
+
+    template <class Row> void counted_rows(const char *, Rows<Row> &table, uint32_t announced)
+    {
+        table = Rows<Row>(take(size_t{announced} * sizeof(Row)));
+        for (uint32_t i = 0; i < announced; i++)
+            lay_out(*this, table.append());
+    }
+
+private:
+    template <class Int> Int number()
+    {
+        const Int number = from_big_endian<Int>(at_);
+        at_ += sizeof number;
+        return number;
+    }
+
+    void *take(size_t size)
+    {
+        void *taken = memory_;
+        memory_ += in_memory(size);
+        return taken;
+    }
+
+    const uint8_t *at_;
+    uint8_t *memory_;
+};
+
+} // namespace
+
+// Makes the record that stands at `at` in the checked reply, and moves `at` behind it.
+static const WtpRecord *read_wtp_record(WtpList &list, size_t &at)
+{
+    uint8_t *memory = list.memory.data();
+    auto *record = new (memory) WtpRecord();
+    RecordReader reader(list.reply.data() + at, memory + in_memory(sizeof *record));
+    lay_out(reader, *record);
+    at = static_cast<size_t>(reader.at() - list.reply.data());
+    return record;
+}
+
+int receive_wtp_list(ByteSource &source, WtpList &list)
+{
+    ReplyChecker checker(source, list);
+    WtpRecord passed_over;
+    while (checker.marker() == 0 && checker.ok())
+        checker.check(passed_over);
+    if (checker.ok())
+        return 0;
+    free_wtp_list(list);
+    return 1;
+}
+
+int fetch_wtp_list(AcSession &session, WtpList &list, uint32_t filter, const MacList &macs)
+{
+    RequestWriter request(session, COMMAND_WTP_LIST);
+    request.u32(filter);
+    request.mac_list(macs);
+    if (request.finish() != 0)
+        return 1;
+    return receive_wtp_list(session, list);
+}
+
+const WtpRecord *first_wtp(WtpList &list)
+{
+    list.next = 0;
+    return next_wtp(list);
+}
+
+const WtpRecord *next_wtp(WtpList &list)
+{
+    if (list.next >= list.reply.size() || list.reply.data()[list.next] != 0)
+        return nullptr;
+    list.next++; // the marker
+    return read_wtp_record(list, list.next);
+}
+
+void free_wtp_list(WtpList &list)
+{
+    list.reply.clear();
+    list.memory.clear();
+    list.next = 0;
+}

@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: MIT
+#include "util/mapping.h"
+
+#include <algorithm>
+#include <sys/mman.h>
+
+enum : size_t { ROOM_FIRST = size_t{512} << 10, HUGE_PAGE = size_t{2} << 20 };
+
+// Address space of `size` bytes at a multiple of HUGE_PAGE; MAP_FAILED when there is none.
+static void *reserve_aligned(size_t size)
+{
+    void *wide = mmap(nullptr, size + HUGE_PAGE, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (wide == MAP_FAILED)
+        return wide;
+    auto *begin = static_cast<uint8_t *>(wide);
+    const size_t before = -reinterpret_cast<uintptr_t>(begin) & (HUGE_PAGE - 1);
+    if (before > 0)
+        munmap(begin, before);
+    munmap(begin + before + size, HUGE_PAGE - before);
+    return begin + before;
+}
+
+// Pages that moved within huge pages stay so only when both addresses are multiples of their size.
+static void *move_aligned(void *from, size_t size, size_t new_size)
+{
+    void *to = reserve_aligned(new_size);
+    if (to == MAP_FAILED)
+        return to;
+    void *moved = mremap(from, size, new_size, MREMAP_MAYMOVE | MREMAP_FIXED, to);
+    if (moved == MAP_FAILED)
+        munmap(to, new_size);
+    else
+        madvise(moved, new_size, MADV_HUGEPAGE);
+    return moved;
+}
+
+bool Mapping::grow(size_t count)
+{
+    size_t room = std::max(2 * room_, size_t{ROOM_FIRST});
+    while (room - size_ < count)
+        room *= 2;
+    void *block = nullptr;
+    if (room_ == 0)
+        block = mmap(nullptr, room, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    else if (room < HUGE_PAGE)
+        block = mremap(data_, room_, room, MREMAP_MAYMOVE);
+    else
+        block = move_aligned(data_, room_, room);
+    if (block == MAP_FAILED)
+        return false;
+    data_ = static_cast<uint8_t *>(block);
+    room_ = room;
+    return true;
+}
+
+void Mapping::clear()
+{
+    if (room_ > 0)
+        munmap(data_, room_);
+    data_ = nullptr;
+    size_ = room_ = 0;
+}
