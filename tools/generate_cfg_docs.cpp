@@ -8,9 +8,9 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <fstream>
 #include <iostream>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -98,7 +98,8 @@ static const SettingText &text_of(string_view path)
     for (const SettingText &text : TEXTS)
         if (last_names(text.path) == last_names(path) && !text.title.empty())
             return text;
-    throw std::out_of_range("settings.def: no text for " + string(path));
+    fail("settings.def: no text for '%s'\n", string(path).c_str());
+    exit(1);
 }
 
 // --- What a row accepts, in words ----------------------------------------------------------------

@@ -138,7 +138,7 @@ template <RecordVisitor Wire> void lay_out_switch_status(Wire &wire, WtpRecord &
     wire.rows("dev_list", wtp.dev_list, COUNT_U16);
 }
 
-template <RecordVisitor Wire> void lay_out(Wire &wire, WtpRecord &wtp)
+template <RecordVisitor Wire> void lay_out_basics(Wire &wire, WtpRecord &wtp)
 {
     wire("wtp_type", wtp.wtp_type);
     wire("mac", wtp.mac);
@@ -170,6 +170,11 @@ template <RecordVisitor Wire> void lay_out(Wire &wire, WtpRecord &wtp)
     wire("cur_cfg.dns2", wtp.cur_cfg.dns2);
     wire("mem.total", wtp.mem.total);
     wire("mem.used", wtp.mem.used);
+}
+
+template <RecordVisitor Wire> void lay_out(Wire &wire, WtpRecord &wtp)
+{
+    lay_out_basics(wire, wtp);
     if (wtp.wtp_type == DEVICE_ACCESS_POINT) {
         wire("cap_code", wtp.cap_code);
         wire("sku", wtp.sku);

@@ -18,10 +18,29 @@ constexpr size_t in_memory(size_t size)
     return (size + alignof(std::max_align_t) - 1) & ~(alignof(std::max_align_t) - 1);
 }
 
+// What both passes do about counts: a `number<Int>()` of theirs gives the next one.
+template <class Pass> class CountReader {
+public:
+    template <class Int, class Row> Int count(const char *, const Rows<Row> &, CountOf<Int>)
+    {
+        return pass().template number<Int>();
+    }
+
+    template <class Int, class Row> void rows(const char *name, Rows<Row> &table, CountOf<Int>)
+    {
+        const auto announced = pass().template number<Int>();
+        if (announced > 0)
+            pass().counted_rows(name, table, static_cast<uint32_t>(announced));
+    }
+
+private:
+    Pass &pass() { return static_cast<Pass &>(*this); }
+};
+
 // The first pass, which receives the reply as far as it needs it: a visitor of wtp_layout.h that
 // passes over the fields. It looks at the bytes only where they decide what follows, so that the
 // fields between are one addition.
-class ReplyChecker {
+class ReplyChecker : public CountReader<ReplyChecker> {
 public:
     ReplyChecker(ByteSource &source, WtpList &list) : source_(source), list_(list) {}
 
@@ -30,10 +49,11 @@ public:
     // The marker before the next record, or before the end.
     uint8_t marker() { return number<uint8_t>(); }
 
+    // One record; where it begins is noted in the list.
     void check(WtpRecord &record)
     {
         needed_ = 0;
-        if (!need(sizeof record))
+        if (!list_.starts.append(&at_, sizeof at_) || !need(sizeof record))
             report_no_memory("ERROR: Out of memory\n");
         lay_out(*this, record);
         reach();
@@ -54,18 +74,6 @@ public:
         return ok();
     }
 
-    template <class Int, class Row> Int count(const char *, const Rows<Row> &, CountOf<Int>)
-    {
-        return number<Int>();
-    }
-
-    template <class Int, class Row> void rows(const char *name, Rows<Row> &table, CountOf<Int>)
-    {
-        const auto announced = number<Int>();
-        if (announced > 0)
-            counted_rows(name, table, static_cast<uint32_t>(announced));
-    }
-
     template <class Row> void counted_rows(const char *, Rows<Row> &table, uint32_t announced)
     {
         if (announced == 0 || failed_)
@@ -81,40 +89,46 @@ public:
         }
     }
 
-private:
     template <class Int> Int number()
     {
-        const size_t from = at_;
         at_ += sizeof(Int);
-        reach();
-        return failed_ ? Int{0} : from_big_endian<Int>(list_.reply.data() + from);
+        return reach() ? from_big_endian<Int>(bytes_ + at_ - sizeof(Int)) : Int{0};
     }
 
-    // Receives on until what was passed over is there.
-    void reach()
-    {
-        while (at_ > list_.reply.size() && !failed_)
-            receive();
-    }
+private:
+    // Makes sure that what was passed over is there.
+    bool reach() { return at_ <= size_ || receive(); }
 
-    // The bytes go straight to their place; the block doubles without being copied once it is
-    // large.
-    [[gnu::noinline]] void receive()
+    // Receives on until it is there. The bytes go straight to their place.
+    [[gnu::noinline]] bool receive()
     {
         enum : size_t { ROOM = size_t{512} << 10 };
-        uint8_t *to = list_.reply.place(ROOM);
-        if (to == nullptr) {
-            report_no_memory("ERROR: Out of memory\n");
-            return;
-        }
-        const ssize_t got = recv_some(source_, to, ROOM);
-        if (got > 0) {
+        while (at_ > size_ && !failed_) {
+            uint8_t *to = list_.reply.place(ROOM);
+            if (to == nullptr) {
+                report_no_memory("ERROR: Out of memory\n");
+                break;
+            }
+            const ssize_t got = recv_some(source_, to, ROOM);
+            if (got < 0)
+                fail_errno("ERROR: reading socket failed for reason");
+            if (got <= 0) {
+                set_failed();
+                break;
+            }
             list_.reply.advance(static_cast<size_t>(got));
-            return;
+            bytes_ = list_.reply.data();
+            size_ = list_.reply.size();
         }
+        return !failed_;
+    }
+
+    // From now on nothing is there.
+    void set_failed()
+    {
         failed_ = true;
-        if (got < 0)
-            fail_errno("ERROR: reading socket failed for reason");
+        size_ = 0;
+        at_ = 1;
     }
 
     // Makes sure of memory for `size` more bytes of the record.
@@ -135,25 +149,27 @@ private:
     void table_too_large(const Rows<TopoLink> &, uint32_t announced)
     {
         fail("ERROR: Out of memory(linkCount=%d)\n", static_cast<int32_t>(announced));
-        failed_ = true;
+        set_failed();
     }
     void report_no_memory(const char *message)
     {
         if (!failed_)
             fail("%s", message);
-        failed_ = true;
+        set_failed();
     }
 
     ByteSource &source_;
     WtpList &list_;
-    WtpCfg cfg_;        // is passed over
-    size_t at_ = 0;     // can be ahead of what has been received
+    WtpCfg cfg_;                     // is passed over
+    const uint8_t *bytes_ = nullptr; // what has been received
+    size_t size_ = 0;
+    size_t at_ = 0;     // can be ahead of that
     size_t needed_ = 0; // memory for the record so far
     bool failed_ = false;
 };
 
 // The second pass, over bytes that are known to be whole: the visitor that fills a record.
-class RecordReader {
+class RecordReader : public CountReader<RecordReader> {
 public:
     RecordReader(const uint8_t *at, uint8_t *memory) : at_(at), memory_(memory) {}
 
@@ -194,18 +210,6 @@ public:
         return true;
     }
 
-    template <class Int, class Row> Int count(const char *, const Rows<Row> &, CountOf<Int>)
-    {
-        return number<Int>();
-    }
-
-    template <class Int, class Row> void rows(const char *name, Rows<Row> &table, CountOf<Int>)
-    {
-        const auto announced = number<Int>();
-        if (announced > 0)
-            counted_rows(name, table, static_cast<uint32_t>(announced));
-    }
-
     template <class Row> void counted_rows(const char *, Rows<Row> &table, uint32_t announced)
     {
         table = Rows<Row>(take(size_t{announced} * sizeof(Row)));
@@ -213,7 +217,6 @@ public:
             lay_out(*this, table.append());
     }
 
-private:
     template <class Int> Int number()
     {
         const Int number = from_big_endian<Int>(at_);
@@ -221,6 +224,7 @@ private:
         return number;
     }
 
+private:
     void *take(size_t size)
     {
         void *taken = memory_;
@@ -234,14 +238,16 @@ private:
 
 } // namespace
 
-// Makes the record that stands at `at` in the checked reply, and moves `at` behind it.
-static const WtpRecord *read_wtp_record(WtpList &list, size_t &at)
+// Makes the record that begins at `start` in the checked reply.
+static const WtpRecord *read_wtp_record(WtpList &list, size_t start)
 {
     uint8_t *memory = list.memory.data();
     auto *record = new (memory) WtpRecord();
-    RecordReader reader(list.reply.data() + at, memory + in_memory(sizeof *record));
-    lay_out(reader, *record);
-    at = static_cast<size_t>(reader.at() - list.reply.data());
+    RecordReader reader(list.reply.data() + start, memory + in_memory(sizeof *record));
+    if (list.part == WtpPart::basics)
+        lay_out_basics(reader, *record);
+    else
+        lay_out(reader, *record);
     return record;
 }
 
@@ -267,23 +273,27 @@ int fetch_wtp_list(AcSession &session, WtpList &list, uint32_t filter, const Mac
     return receive_wtp_list(session, list);
 }
 
-const WtpRecord *first_wtp(WtpList &list)
+const WtpRecord *first_wtp(WtpList &list, WtpPart part)
 {
+    list.part = part;
     list.next = 0;
     return next_wtp(list);
 }
 
 const WtpRecord *next_wtp(WtpList &list)
 {
-    if (list.next >= list.reply.size() || list.reply.data()[list.next] != 0)
+    size_t start;
+    if (list.next == list.starts.size())
         return nullptr;
-    list.next++; // the marker
-    return read_wtp_record(list, list.next);
+    memcpy(&start, list.starts.data() + list.next, sizeof start);
+    list.next += sizeof start;
+    return read_wtp_record(list, start);
 }
 
 void free_wtp_list(WtpList &list)
 {
     list.reply.clear();
+    list.starts.clear();
     list.memory.clear();
     list.next = 0;
 }

@@ -16,6 +16,7 @@
 #include "device/wtp_record.h"
 #include "proto/session.h"
 #include "util/block.h"
+#include "util/bytes.h"
 #include "util/mac.h"
 #include "util/mapping.h"
 
@@ -32,11 +33,16 @@ enum WtpFilter : uint32_t {
     WTP_FILTER_ALL = 63,
 };
 
+// How much of each record a walk reads: the members that every device has up to its memory, or all.
+enum class WtpPart { basics, whole };
+
 // Devices in the order in which the controller sent them.
 struct WtpList {
     Mapping reply;   // as it came
     Block memory;    // of the record that the walk is at, and its tables
-    size_t next = 0; // where in the reply the next marker stands
+    Bytes starts;    // where each record begins, a size_t each
+    size_t next = 0; // the walk's place among them
+    WtpPart part = WtpPart::whole;
 };
 
 // Receives the reply into the empty `list`. Returns 0; or 1, with the list empty and the message
@@ -48,7 +54,7 @@ int fetch_wtp_list(AcSession &session, WtpList &list, uint32_t filter, const Mac
 
 // The walk: the first device, and then the next one, or null behind the last. A record is valid
 // until the next step; its texts are those of the reply.
-const WtpRecord *first_wtp(WtpList &list);
+const WtpRecord *first_wtp(WtpList &list, WtpPart part);
 const WtpRecord *next_wtp(WtpList &list);
 
 // Releases the reply and leaves the list empty.

@@ -247,7 +247,8 @@ void print_wtp_json(WtpList &list, bool password, bool basic)
 {
     JsonWriter json(standard_output);
     json.array("wtp_list");
-    for (const WtpRecord *wtp = first_wtp(list); wtp != nullptr; wtp = next_wtp(list))
+    for (const WtpRecord *wtp = first_wtp(list, WtpPart::whole); wtp != nullptr;
+         wtp = next_wtp(list))
         print_wtp(json, *wtp, password, basic);
     json.end_array();
     standard_output.put('\n');

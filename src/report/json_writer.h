@@ -46,10 +46,14 @@ public:
     }
     template <size_t N> void member(const char (&name)[N], const CfgCap &cap)
     {
-        array(name);
-        for (const uint8_t flag : cap.flag)
-            out_.advance(write_number(next(NUMBER_TEXT_MAX), uint32_t{flag}));
-        end_array();
+        char *to = key(name, sizeof cap.flag * strlen("255,") + 1);
+        *to++ = '[';
+        for (const uint8_t flag : cap.flag) {
+            to = write_number(to, flag);
+            *to++ = ',';
+        }
+        to[-1] = ']';
+        out_.advance(to);
     }
 
     // A string with its text as it stands, whatever it holds.

@@ -19,7 +19,8 @@ static int online_command(AcSession &session, const OptArgList &opts)
         return 1;
 
     uint32_t total = 0, online = 0;
-    for (const WtpRecord *wtp = first_wtp(list); wtp != nullptr; wtp = next_wtp(list)) {
+    for (const WtpRecord *wtp = first_wtp(list, WtpPart::basics); wtp != nullptr;
+         wtp = next_wtp(list)) {
         total++;
         if (wtp->state == WTP_ONLINE)
             online++;

@@ -30,7 +30,8 @@ void print_wtp_brief(WtpList &list)
     TextWriter out(standard_output);
     out.put("mac\t\t   address\t\tmodel\t\tmg ip fw ug\tstate\tversion\t\tuptime\n");
     uint32_t count = 0;
-    for (const WtpRecord *wtp = first_wtp(list); wtp != nullptr; wtp = next_wtp(list)) {
+    for (const WtpRecord *wtp = first_wtp(list, WtpPart::basics); wtp != nullptr;
+         wtp = next_wtp(list)) {
         print_brief_line(out, *wtp);
         count++;
     }
@@ -195,7 +196,8 @@ void print_wtp_details(WtpList &list, bool password, bool basic)
 {
     TextWriter out(standard_output);
     uint32_t count = 0;
-    for (const WtpRecord *wtp = first_wtp(list); wtp != nullptr; wtp = next_wtp(list)) {
+    for (const WtpRecord *wtp = first_wtp(list, WtpPart::whole); wtp != nullptr;
+         wtp = next_wtp(list)) {
         print_wtp(out, *wtp, password, basic);
         count++;
     }

@@ -13,7 +13,8 @@ enum : uint32_t {
 static void print_upgrade_counts(WtpList &list)
 {
     uint32_t all = 0, waiting = 0, offline = 0;
-    for (const WtpRecord *wtp = first_wtp(list); wtp != nullptr; wtp = next_wtp(list)) {
+    for (const WtpRecord *wtp = first_wtp(list, WtpPart::basics); wtp != nullptr;
+         wtp = next_wtp(list)) {
         if (wtp->upg_img == 0)
             continue;
         all++;
@@ -31,7 +32,8 @@ static void print_upgrade_counts(WtpList &list)
 static void print_upgrading_count(WtpList &list)
 {
     uint32_t count = 0;
-    for (const WtpRecord *wtp = first_wtp(list); wtp != nullptr; wtp = next_wtp(list))
+    for (const WtpRecord *wtp = first_wtp(list, WtpPart::basics); wtp != nullptr;
+         wtp = next_wtp(list))
         if (wtp->sub_state == WTP_SUB_UPGRADING || wtp->upg_img != 0)
             count++;
     TextWriter(standard_output).line("", count);

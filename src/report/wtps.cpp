@@ -44,7 +44,8 @@ static int refuse_both(const OptArgList &opts, OptionCode one, OptionCode other)
 static void print_fw_results(WtpList &list)
 {
     Output &out = standard_output;
-    for (const WtpRecord *wtp = first_wtp(list); wtp != nullptr; wtp = next_wtp(list)) {
+    for (const WtpRecord *wtp = first_wtp(list, WtpPart::basics); wtp != nullptr;
+         wtp = next_wtp(list)) {
         out.put(mac_to_text(wtp->mac));
         out.put('=');
         out.put_number(wtp->upg_state);

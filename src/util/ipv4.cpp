@@ -105,10 +105,10 @@ bool parse_ip_dns_settings(const char *text, Ipv4 &ip, Ipv4 &mask, Ipv4 &gateway
 
 char *write_ipv4(char *to, Ipv4 addr)
 {
-    to = write_number(to, uint32_t{addr.octet[0]});
+    to = write_number(to, addr.octet[0]);
     for (int i = 1; i < 4; i++) {
         *to++ = '.';
-        to = write_number(to, uint32_t{addr.octet[i]});
+        to = write_number(to, addr.octet[i]);
     }
     return to;
 }

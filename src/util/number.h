@@ -19,6 +19,17 @@ inline char *write_number(char *to, uint32_t number)
     return std::to_chars(to, to + NUMBER_TEXT_MAX, number).ptr;
 }
 
+// The same for a number of at most three digits.
+inline char *write_number(char *to, uint8_t number)
+{
+    if (number >= 100)
+        *to++ = static_cast<char>('0' + number / 100);
+    if (number >= 10)
+        *to++ = static_cast<char>('0' + number / 10 % 10);
+    *to++ = static_cast<char>('0' + number % 10);
+    return to;
+}
+
 inline char *write_number(char *to, int32_t number)
 {
     return std::to_chars(to, to + NUMBER_TEXT_MAX, number).ptr;

@@ -66,7 +66,6 @@ bool read_and_print(const std::string &reply)
     print_wtp_brief(list);
     print_wtp_details(list, true, false);
     print_wtp_json(list, true, false);
-    EXPECT_NE(reply[list.next], '\0'); // the walk ends at the marker of the end
     return true;
 }
 

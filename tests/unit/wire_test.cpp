@@ -160,7 +160,7 @@ TEST(Records, UnusualOrders)
 {
     WtpList list;
     ASSERT_EQ(read_list(replies("wtps_switch.txt")[0], list), 0);
-    const WtpRecord &wtp = *first_wtp(list);
+    const WtpRecord &wtp = *first_wtp(list, WtpPart::whole);
     EXPECT_EQ(wtp.lldp_dev_list[0].localPort, 3000001220u);
     EXPECT_EQ(wtp.dev_list[0].update_time, 3000001266u);
     EXPECT_EQ(wtp.wtp_cfg->sw_extra_text, "sw_extra_text/1291");
