@@ -318,7 +318,7 @@ if __name__ == "__main__":
     folder = Path(sys.argv[1])
     folder.mkdir(parents=True, exist_ok=True)
     for name, kind in (("access_point", 3), ("switch", 2)):
-        (folder / name).write_bytes(reply([rich(kind)]))
+        (folder / name).write_bytes(reply([rich(kind, counts=(2,), macs=(2,), words=WORDS[3:6])]))
         for seed in range(8):
             record = Maker(seed, counts=(1, 2)).record(kind, cfg=True, detail=True)
             (folder / f"{name}.{seed}").write_bytes(reply([record]))

@@ -40,6 +40,7 @@ class Outcome:
     received: bytes = b""
     complaint: str = ""
     left: list = field(default_factory=list)  # temporary files that are still there
+    files: list = field(default_factory=list)  # names in the run's folder
 
 
 class Complaint(Exception):
@@ -114,6 +115,7 @@ def run(words, script=(), *, handshake=ADMITTED, absent=False, pieces=False, env
         outcome.status = process.returncode if process.returncode >= 0 else 128 - process.returncode
         names = (f"ps.{process.pid}", f"{process.pid:x}.pwd.tmp", f"{process.pid:x}.md5.tmp")
         outcome.left = [name for name in names if os.path.lexists(f"/tmp/zov.{name}")]
+        outcome.files = os.listdir(folder) if files is not None else []
         for stream, name in ((out, "out"), (err, "err")):
             stream.seek(0)
             setattr(outcome, name, stream.read())
@@ -135,7 +137,7 @@ class Case(unittest.TestCase):
             self.fail(f"output differs at {at}: {outcome.out[near]!r} instead of {out[near]!r}")
 
 
-def main(**options):
-    """Runs the tests of the calling file; words behind the program's name choose among them."""
+def main():
+    """Runs the tests of the calling file."""
     signal.signal(signal.SIGPIPE, signal.SIG_IGN)
-    unittest.main(argv=[sys.argv[0], *sys.argv[2:]], verbosity=0, **options)
+    unittest.main(argv=sys.argv[:1], verbosity=0)

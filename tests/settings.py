@@ -9,6 +9,7 @@ import json
 import os
 import random
 import struct
+import sys
 from pathlib import Path
 from typing import NamedTuple
 
@@ -136,21 +137,29 @@ def extremes(row):
     return (row.low, row.high) if row.is_number else texts.get(row.form, ("x" * row.low, "y" * longest))
 
 
+def words(kind):
+    """The command line that sends the file f."""
+    return ["cfg", "--mac", DEVICE, "--type", str(AP - kind), "--file", "f"]
+
+
+def script(kind, items):
+    """The request with these items, and its reply."""
+    device = bytes.fromhex(DEVICE.replace(":", ""))
+    request = b"\0\1" + device + bytes([kind, 0, 0, 0, 0, 0]) + items + b"\0\0"
+    return [(">", struct.pack(">BI", 5, len(request)) + request), ("<", b"\0\0")]
+
+
 class Settings(Case):
-    def cfg(self, kind, content, script=()):
+    def cfg(self, kind, content, steps=()):
         """One run with a file of this content, which is a document or its text."""
         text = content if isinstance(content, str) else json.dumps(content, ensure_ascii=False)
-        return run(["cfg", "--mac", DEVICE, "--type", str(AP - kind), "--file", "f"], script,
-                   files={"f": text.encode()})
+        return run(words(kind), steps, files={"f": text.encode()})
 
     def takes(self, kind, content, items=None):
         """The file is sent, as these items or as those that the walk finds."""
         items = Walk(kind).walk(content) if items is None else items
-        device = bytes.fromhex(DEVICE.replace(":", ""))
-        request = b"\0\1" + device + bytes([kind, 0, 0, 0, 0, 0]) + items + b"\0\0"
-        script = [(">", struct.pack(">BI", 5, len(request)) + request), ("<", b"\0\0")]
         with self.subTest(content=str(content)[:300], kind=kind):
-            self.expect(self.cfg(kind, content, script))
+            self.expect(self.cfg(kind, content, script(kind, items)))
 
     def refuses(self, kind, content, message):
         """The file is refused with this message or, if that is empty, in silence, and nothing is sent."""
@@ -361,5 +370,19 @@ class Documents:
         return members or {"x": 1}
 
 
+def write_documents(folder, examples):
+    """Writes seeds for fuzzing: documents, each behind a character for the kind: 0 access point, 1 switch."""
+    folder.mkdir(parents=True, exist_ok=True)
+    texts = [path.read_text() for path in sorted(examples.iterdir())]
+    for kind, rows in TABLE.items():
+        made = [document(*((row.path, extremes(row)[which]) for row in rows.values())) for which in (0, 1)]
+        made += [{"wtp_cfg": Documents(seed, kind).group("wtp_cfg")} for seed in range(20)]
+        for number, text in enumerate([*texts, *map(json.dumps, made)]):
+            (folder / f"{kind}.{number}").write_text(f"{AP - kind}{text}")
+
+
 if __name__ == "__main__":
-    main()
+    if sys.argv[1] == "--documents":
+        write_documents(*map(Path, sys.argv[2:]))
+    else:
+        main()
