@@ -244,13 +244,25 @@ class Settings(Case):
             "200.0.0.1/192.0.0.0/224.0.0.1", "190.0.0.1/192.0.0.0/191.255.0.1",
             "0.0.0.0/255.0.0.0/0.0.0.0", "10.0.0.1 /255.0.0.0/10.0.0.2", "200.0.0.1/128.0.0.0/239.0.0.1")
         for kind in TABLE:
-            for text in good:
-                self.takes(kind, document(("wtp_cfg.ipv4", text)), b"\0\3\0\0\0\x0c" + quads(text))
-            self.takes(kind, document(("wtp_cfg.ipv4", good[0] + "9x/")),
-                       b"\0\3\0\0\0\x0c" + quads(good[0] + "9"))
+            for text in (*good, good[0] + "9x/"):
+                sent = quads(text.removesuffix("x/"))
+                self.takes(kind, document(("wtp_cfg.ipv4", text)), b"\0\3\0\0\0\x0c" + sent)
             for text in bad:
                 self.refuses(kind, document(("wtp_cfg.ipv4", text)),
                              f"Invalid config value '{text}' for 'wtp_cfg.ipv4'.")
+        # The same rules hold for --ip, which knows name servers as well and does without what is at the end.
+        servers = ("10.0.0.0", "10.0.0.255", "127.0.0.1", "255.255.255.255", "224.0.0.1", "191.255.0.1", "1.1")
+        more = [f"{good[0]}/{before}{server}" for server in servers for before in ("", "8.8.8.8/", "0.0.0.0/")]
+        short = ("10.0.0.1", "0.0.0", "10.0.0.1/255.255.255", "10.0.0.1/255.0.0.0/1", "0.0.0.0/" * 4 + "1.1.1.1")
+        for text in (*good, good[0] + "/9.9.9.9", good[0] + "/0.0.0.0/8.0.0.1", good[1][:18]):
+            with self.subTest(text=text):
+                item = struct.pack(">HHHH", 26, 3, 0, 20) + quads(text).ljust(20, b"\0")
+                steps = [(">", b"\3" + bytes.fromhex(DEVICE.replace(":", "")) + item), ("<", b"\0")]
+                self.expect(run(["cfg", "--mac", DEVICE, "--add", "--ip", text], steps))
+        for text in (*bad, *more, *short):
+            with self.subTest(text=text):
+                self.expect(run(["cfg", "--mac", DEVICE, "--ip", text]),
+                            err=f"ERROR: Invalid --ip argument '{text}'.\n".encode())
 
     def test_lists(self):
         rows = [(kind, row) for kind, rows in TABLE.items() for row in rows.values() if row.form in LISTS]

@@ -51,6 +51,8 @@ def read_bytes(tokens, closing=None):
         elif found := re.fullmatch(r'(8|16|)"(.*)"', token):
             text = unescape(found[2])
             out += (len(text).to_bytes(int(found[1]) // 8, "big") if found[1] else b"") + text
+        elif token.startswith("."):
+            out += int(token[1:], 16).to_bytes(4, "big")
         elif ":" in token:
             out += bytes(int(part, 16) for part in token.split(":"))
         else:
