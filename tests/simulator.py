@@ -31,11 +31,11 @@ NOT_IN_RECORDS = {"switch": {"wtp_cfg.password", "wtp_cfg.pd_lifeguard[].clear_r
 
 
 def key_table(kind):
-    """The rows (path, kind, min, max, form) of one of zov's key tables, read from its source."""
-    source = Path(f"{SOURCE}/src/config/settings.def").read_text()
-    macro = {"ap": "AP", "switch": "SWITCH"}[kind]
-    rows = re.findall(rf'^{macro}\(\d+, (\w+), (-?\d+), (-?\d+), "([^"]+)"', source, re.M)
-    return [(path, kind, int(low), int(high), form) for form, low, high, path in rows]
+    """The rows (path, kind, min, max, form) of a kind's settings, from the tests' own table."""
+    import settings
+    forms = {"server": "SERVER_ADDRESS", "ipset": "IP_SETTINGS", "macs": "MAC_LIST", "rate": "DATA_RATE"}
+    rows = settings.TABLE[{"ap": settings.AP, "switch": settings.SWITCH}[kind]].values()
+    return [(row.path, row.form, row.low, row.high, forms.get(row.form, row.form.upper())) for row in rows]
 
 
 def end_with_test(prctl=ctypes.CDLL(None).prctl, PR_SET_PDEATHSIG=1):

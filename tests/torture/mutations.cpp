@@ -4,7 +4,7 @@
 #include "device/wtp_list.h"
 #include "report/json_report.h"
 #include "report/text_report.h"
-#include "support/transcript.h"
+#include "support/rich_reply.h"
 #include "util/output.h"
 
 #include <fcntl.h>
@@ -13,21 +13,6 @@
 #include <unistd.h>
 
 namespace {
-
-// The longest reply among a file's transcripts.
-std::string rich_reply(const std::string &file)
-{
-    std::string longest;
-    for (const Transcript &transcript : read_transcripts(TRANSCRIPT_DIR "/" + file)) {
-        std::string reply;
-        for (const Step &step : transcript.steps)
-            if (step.kind == Step::reply)
-                reply += step.bytes;
-        if (reply.size() > longest.size())
-            longest = reply;
-    }
-    return longest;
-}
 
 // Sends what is printed nowhere while it lives.
 class Quiet {
@@ -103,4 +88,4 @@ TEST_P(Mutations, OfOneBitAndOneByte)
 #endif
 }
 
-INSTANTIATE_TEST_SUITE_P(RichReplies, Mutations, testing::Values("wtps_ap.txt", "wtps_switch.txt"));
+INSTANTIATE_TEST_SUITE_P(RichReplies, Mutations, testing::Values("access_point", "switch"));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // From bytes to device records: byte order, byte sources, the reply reader, whole replies.
-#include "support/transcript.h"
+#include "support/rich_reply.h"
 
 #include "device/wtp_list.h"
 #include "proto/reply_reader.h"
@@ -126,61 +126,17 @@ static int read_list(const std::string &reply, WtpList &list)
     return receive_wtp_list(source, list);
 }
 
-// The replies of a transcript file; the first is rich, with another number in every field.
-static std::vector<std::string> replies(const std::string &file)
-{
-    std::vector<std::string> all;
-    for (const Transcript &transcript : read_transcripts(TRANSCRIPT_DIR "/" + file)) {
-        std::string reply;
-        for (const Step &step : transcript.steps)
-            if (step.kind == Step::reply)
-                reply += step.bytes;
-        if (std::find(all.begin(), all.end(), reply) == all.end())
-            all.push_back(reply);
-    }
-    return all;
-}
-
 TEST(Records, CutAtEveryByte)
 {
     CaptureStderr();
-    for (const char *file : {"wtps_ap.txt", "wtps_switch.txt"})
-        for (const std::string &reply : replies(file))
-            for (size_t length = 0; length <= reply.size(); length++) {
-                Pieces source(reply.substr(0, length), 1 + length % 97);
-                WtpList list;
-                ASSERT_EQ(receive_wtp_list(source, list), length < reply.size()) << length;
-                ASSERT_EQ(list.reply.size(), length < reply.size() ? 0 : length);
-            }
+    for (const std::string &reply : {rich_reply("access_point"), rich_reply("switch")})
+        for (size_t length = 0; length <= reply.size(); length++) {
+            Pieces source(reply.substr(0, length), 1 + length % 97);
+            WtpList list;
+            ASSERT_EQ(receive_wtp_list(source, list), length < reply.size()) << length;
+            ASSERT_EQ(list.reply.size(), length < reply.size() ? 0 : length);
+        }
     EXPECT_EQ(GetCapturedStderr(), "");
-}
-
-// Two orders that differ from the reports', and a text that is in none.
-TEST(Records, UnusualOrders)
-{
-    WtpList list;
-    ASSERT_EQ(read_list(replies("wtps_switch.txt")[0], list), 0);
-    const WtpRecord &wtp = *first_wtp(list, WtpPart::whole);
-    EXPECT_EQ(wtp.lldp_dev_list[0].localPort, 3000001220u);
-    EXPECT_EQ(wtp.dev_list[0].update_time, 3000001266u);
-    EXPECT_EQ(wtp.wtp_cfg->sw_extra_text, "sw_extra_text/1291");
-}
-
-// No table has more than 2^31 - 1 rows, however much memory there is: each has its message.
-TEST(Records, CountsWithTheirHighestBitSet)
-{
-    const std::string reply = replies("wtps_switch.txt")[0];
-    WtpList list;
-    const auto message = [&](const std::string &before) {
-        std::string hostile = reply;
-        const size_t at = hostile.find(before) + before.size();
-        hostile.replace(at, 4, wire_bytes(0x80000000));
-        testing::internal::CaptureStderr();
-        EXPECT_EQ(read_list(hostile, list), 1);
-        return testing::internal::GetCapturedStderr();
-    };
-    EXPECT_EQ(message("sw_extra_text/1291"), "ERROR: Out of memory\n"); // switch_port_count
-    EXPECT_EQ(message("model/1284"), "ERROR: Out of memory(linkCount=-2147483648)\n");
 }
 
 // Tables that are announced and never come: it must not take long, nor cost memory, nor leave
@@ -188,7 +144,7 @@ TEST(Records, CountsWithTheirHighestBitSet)
 TEST(Records, HostileCounts)
 {
     CaptureStderr();
-    for (const std::string &rich : {replies("wtps_ap.txt")[0], replies("wtps_switch.txt")[0]})
+    for (const std::string &rich : {rich_reply("access_point"), rich_reply("switch")})
         for (const uint32_t count : {40000u, 1u << 22, 0x7FFFFFFFu, 0xFFFFFFFFu})
             for (size_t at = 1; at + 4 <= rich.size(); at++) {
                 std::string reply = rich;

@@ -1,0 +1,100 @@
+# SPDX-License-Identifier: MIT
+"""exit and kill, without touching any process but children of this test: acctl.py ZOV
+
+kill sees a fake ps that stands first in PATH, exit a pid file that names a child.
+"""
+import fcntl
+import os
+import signal
+import subprocess
+import tempfile
+from pathlib import Path
+
+from harness import Case, main, run
+from transcripts import FLAGS, WITH_ARGUMENT
+
+PID_FILE = Path("/var/run/ac.pid")
+
+
+class ProcessControl(Case):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory(prefix="zov-acctl.")
+        self.addCleanup(folder.cleanup)
+        self.ps = Path(folder.name, "ps")
+        self.path = {"PATH": f"{folder.name}:{os.environ['PATH']}"}
+        self.fake_ps("exit 9")
+        self.start_victim()
+
+    def start_victim(self):
+        """A child that waits to be ended."""
+        self.victim = subprocess.Popen(["sleep", "600"])
+        self.addCleanup(self.victim.wait)
+        self.addCleanup(self.victim.kill)
+
+    def fake_ps(self, script):
+        """What ps does from now on."""
+        self.ps.write_text(f"#!/bin/sh\n{script}\n")
+        self.ps.chmod(0o700)
+
+    def zov(self, *words, **options):
+        """One run that cannot see other processes."""
+        return run(words, environment=self.path, **options)
+
+    def test_kill_ends_the_first_process_that_is_the_controller(self):
+        for command in ("/usr/sbin/ac -d", "ac -d", "x\tac -d", "12 ac 13 "):
+            with self.subTest(command=command):
+                self.fake_ps(f"""echo '  PID TTY      STAT   TIME COMMAND'
+                    echo '    1 ?        Ss     0:01 /sbin/init'
+                    echo '  /usr/sbin/ac without-a-number '
+                    printf '%s\\n' ' {self.victim.pid} ?  Ss  0:00 {command}'
+                    echo ' 99999999 ?  Ss  0:00 /usr/sbin/ac -d'""")
+                self.expect(self.zov("kill"))
+                self.assertEqual(self.victim.wait(), -signal.SIGKILL)
+                self.start_victim()
+
+    def test_kill_leaves_other_processes_alone(self):
+        for command in ("/usr/sbin/ac", "/usr/sbin/acx -d", "mac -d", "trac -d", "/ac\t-d", "AC -d"):
+            with self.subTest(command=command):
+                self.fake_ps(f"printf '%s\\n' ' {self.victim.pid} ?  Ss  0:00 {command}'")
+                self.expect(self.zov("kill"))
+                self.assertIsNone(self.victim.poll())
+
+    def test_kill_reports_a_command_that_fails(self):
+        for script, message in (("exit 3", r"ERROR: execute 'ps x > /tmp/zov\.ps\.\d+' error=768\n"),
+                                ('rm "$(readlink /proc/$$/fd/1)"', r"open /tmp/zov\.ps\.\d+ failed\n"),
+                                ("echo ' 99999999 ?  Ss  0:00 /usr/sbin/ac -d'",
+                                 r"(?s:.*\n)?ERROR: execute 'kill -9 99999999' error=256\n")):
+            with self.subTest(script=script):
+                self.fake_ps(script)
+                outcome = self.zov("kill")
+                self.assertRegex(outcome.err.decode(), f"^{message}$")
+                self.expect(outcome, err=outcome.err)
+
+    def test_exit_ends_the_process_of_the_pid_file(self):
+        if os.geteuid() != 0:
+            self.skipTest(f"only root can write {PID_FILE}")
+        # The file is the machine's: one test at a time, and never instead of a real one.
+        lock = os.open(PID_FILE.parent, os.O_RDONLY)
+        self.addCleanup(os.close, lock)
+        fcntl.flock(lock, fcntl.LOCK_EX)
+        if PID_FILE.exists():
+            self.skipTest(f"{PID_FILE} is there already")
+        self.addCleanup(PID_FILE.unlink, missing_ok=True)
+        PID_FILE.write_text(f"{self.victim.pid}\n")
+        self.expect(self.zov("exit"))
+        self.assertEqual(self.victim.wait(), -signal.SIGTERM)
+        PID_FILE.unlink()
+        outcome = self.zov("exit")
+        self.expect(outcome, err=outcome.err, status=1)
+
+    def test_neither_takes_options_or_does_without_a_controller(self):
+        for command in ("exit", "kill"):
+            self.expect(self.zov(command, absent=True), err=b"ERROR: AC is not running.\n")
+            for option in (*FLAGS, *WITH_ARGUMENT):
+                words = [f"--{option}", "1"][:1 + (option in WITH_ARGUMENT)]
+                self.expect(self.zov(command, *words, "--json"),
+                            err=f"ERROR: Unknown option --{option}.\n".encode())
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,143 @@
+# SPDX-License-Identifier: MIT
+"""Plays the controller for one run of the real program, and keeps what came of it.
+
+ZOV names the program (else the first argument of the test does), ZOV_WRAPPER a command to run it under,
+such as "valgrind -q --error-exitcode=99". A program outlives no test: it ends when its peer is gone, and
+has a minute of processor time at most.
+"""
+import contextlib
+import os
+import resource
+import select
+import signal
+import socket
+import subprocess
+import sys
+import tempfile
+import unittest
+from dataclasses import dataclass, field
+
+ADMITTED = b"\0\0\0\1"
+PATIENCE = 60  # seconds that a peer may stay silent
+WRAPPER = os.environ.get("ZOV_WRAPPER", "").split()
+
+_listener = socket.create_server(("127.0.0.1", 0), backlog=8)
+_deaf = socket.socket()
+_deaf.bind(("127.0.0.1", 0))
+
+
+def program():
+    """The path of the program under test."""
+    return os.path.abspath(os.environ.get("ZOV") or sys.argv[1])
+
+
+@dataclass
+class Outcome:
+    """What a run left behind; `complaint` is what the controller missed, or nothing."""
+    out: bytes = b""
+    err: bytes = b""
+    status: int = -1  # exit status, or 128 + signal
+    received: bytes = b""
+    complaint: str = ""
+    left: list = field(default_factory=list)  # temporary files that are still there
+    files: list = field(default_factory=list)  # names in the run's folder
+
+
+class Complaint(Exception):
+    """What the controller did not get, or got instead."""
+
+
+def _receive(client, size, outcome):
+    start = len(outcome.received)
+    while (left := size + start - len(outcome.received)) and (piece := client.recv(min(left, 1 << 20))):
+        outcome.received += piece
+    return outcome.received[start:]
+
+
+def _serve(client, script, handshake, pieces, outcome):
+    client.settimeout(PATIENCE)
+    client.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
+    client.sendall(handshake)
+    for kind, *data in script:
+        if kind == "x":
+            client.shutdown(socket.SHUT_WR)
+        elif kind == "<" and pieces:
+            for byte in data[0]:
+                client.sendall(bytes([byte]))
+        elif kind == "<":
+            client.sendall(data[0])
+        elif (got := _receive(client, len(data[0]), outcome)) != data[0]:
+            raise Complaint(f"request {got.hex()} instead of {data[0].hex()}")
+    goodbye = b"\0" if handshake == ADMITTED else b""
+    if (rest := _receive(client, 1 << 20, outcome)) != goodbye:
+        raise Complaint(f"at the end {rest.hex()} instead of {goodbye.hex()}")
+
+
+def run(words, script=(), *, handshake=ADMITTED, absent=False, pieces=False, environment=None, files=None,
+        zov=None):
+    """Runs the program with these words, in a folder with these files (name: bytes), and plays the script.
+
+    A script is a list of (">", bytes) to expect, ("<", bytes) to send and ("x",) to hang up; the goodbye
+    byte is expected behind it. `absent`: nobody listens. `pieces`: replies go out byte by byte.
+    """
+    outcome, zov = Outcome(), zov or program()
+    port = (_deaf if absent else _listener).getsockname()[1]
+    words = [*words[:1], "--acport", str(port), *words[1:]] if words else []
+    settings = {**os.environ, "TZ": "UTC", **(environment or {})}
+    if WRAPPER:  # it looks for the program in PATH, by the name that the usage text shows
+        settings["PATH"] = f"{os.path.dirname(zov)}:{settings['PATH']}"
+    with contextlib.ExitStack() as stack:
+        folder = "/"
+        if files is not None:
+            folder = stack.enter_context(tempfile.TemporaryDirectory(prefix="zov-test."))
+        for name, content in (files or {}).items():
+            with open(os.path.join(folder, name), "wb") as file:
+                file.write(content)
+        out, err = (stack.enter_context(open(os.memfd_create(name), "r+b")) for name in ("out", "err"))
+        process = subprocess.Popen([*WRAPPER, "zov", *words], executable=None if WRAPPER else zov,
+                                   cwd=folder, env=settings, stdin=subprocess.DEVNULL, stdout=out, stderr=err)
+        resource.prlimit(process.pid, resource.RLIMIT_CPU, (PATIENCE, PATIENCE + 1))
+        end = os.pidfd_open(process.pid)
+        stack.callback(os.close, end)
+        try:
+            if not absent:
+                ready = select.select([_listener, end], [], [], PATIENCE)[0]
+                if _listener not in ready:
+                    raise Complaint("no client came")
+                with _listener.accept()[0] as client:
+                    _serve(client, script, handshake, pieces, outcome)
+        except (Complaint, OSError) as error:
+            outcome.complaint = str(error) or repr(error)
+        if not select.select([end], [], [], PATIENCE)[0]:
+            process.kill()
+            outcome.complaint += " and the program does not end"
+        process.wait()
+        outcome.status = process.returncode if process.returncode >= 0 else 128 - process.returncode
+        names = (f"ps.{process.pid}", f"{process.pid:x}.pwd.tmp", f"{process.pid:x}.md5.tmp")
+        outcome.left = [name for name in names if os.path.lexists(f"/tmp/zov.{name}")]
+        outcome.files = os.listdir(folder) if files is not None else []
+        for stream, name in ((out, "out"), (err, "err")):
+            stream.seek(0)
+            setattr(outcome, name, stream.read())
+    return outcome
+
+
+class Case(unittest.TestCase):
+    """A test case that compares outcomes."""
+    maxDiff = None
+
+    def expect(self, outcome, out=b"", err=b"", status=None):
+        """Everything of an outcome; the status is 0 when nothing was complained of, unless it is told."""
+        status = (1 if err else 0) if status is None else status
+        self.assertEqual((outcome.err, outcome.status, outcome.complaint), (err, status, ""))
+        self.assertEqual(outcome.left, [])
+        if outcome.out != out:  # the first difference tells more than all of it
+            at = len(os.path.commonprefix([outcome.out, out]))
+            near = slice(max(0, at - 60), at + 60)
+            self.fail(f"output differs at {at}: {outcome.out[near]!r} instead of {out[near]!r}")
+
+
+def main():
+    """Runs the tests of the calling file."""
+    signal.signal(signal.SIGPIPE, signal.SIG_IGN)
+    unittest.main(argv=sys.argv[:1], verbosity=0)

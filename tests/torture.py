@@ -1,0 +1,142 @@
+# SPDX-License-Identifier: MIT
+"""Everything that can fail around zov, failing in turn: torture.py ZOV_FAULTY
+
+The program is built with faults.cpp, whose variables choose what fails. A case is a transcript: of each
+command and form the one with the most bytes; and rich lists and configuration files.
+"""
+import errno
+import functools
+import os
+import re
+import tempfile
+from pathlib import Path
+
+import fields
+import settings
+from harness import Case, main, run
+from reports import request
+from transcripts import Transcript, read_transcripts
+
+FORMS = {"--json", "--breif", "--add", "--del", "--all", "--fwresult"}
+LOG = os.path.join(tempfile.gettempdir(), f"zov-fault.{os.getpid()}")
+
+
+def size_of(case):
+    """Bytes of both sides and of the files."""
+    return sum(len(step[1]) for step in case.steps if step[1:]) + sum(map(len, (case.files or {}).values()))
+
+
+def case_of(place, words, steps, out=b"", files=None):
+    """A case that stands in no transcript."""
+    case = Transcript(place, [("", words)])
+    case.steps, case.out, case.files = steps, out, files
+    return case
+
+
+@functools.cache
+def cases():
+    """What is played under every fault."""
+    largest = {}
+    for path in sorted(Path(__file__).with_name("transcripts").glob("*.txt")):
+        for case in read_transcripts(path):
+            form = (path.stem, *case.words[:1], *sorted(FORMS & set(case.words)))
+            if case.words and case.status == 0 and not case.absent and size_of(case) < 10000:
+                largest[form] = max(largest.get(form, case), case, key=size_of)
+    for kind in (3, 2):
+        records = [fields.rich(kind, counts=(2,), macs=(2,), words=[b"ab/"]) for _ in range(2)]
+        for words in ("--json --password", "--password"):
+            form = fields.report(records, words.split()[0].strip("-").replace("password", "text"), "password")
+            largest[words, kind] = case_of(words, ["wtps", *words.split()],
+                                           [request(63), ("<", fields.reply(records))], form)
+        rows = settings.TABLE[kind].values()
+        document = settings.document(*((row.path, settings.extremes(row)[1]) for row in rows))
+        items = settings.Walk(kind).walk(document)
+        largest["cfg", kind] = case_of("settings", settings.words(kind), settings.script(kind, items),
+                                       files={"f": settings.json.dumps(document).encode()})
+    return list(largest.values())
+
+
+class Torture(Case):
+    def play(self, case, **faults):
+        """One run with these faults: what came of it, and whether one was met."""
+        variables = {f"FAULT_{name.upper()}": str(value) for name, value in faults.items()}
+        outcome = run(case.words, case.steps, files=case.files, environment={**variables, "FAULT_LOG": LOG})
+        met = os.path.exists(LOG)
+        if met:
+            os.remove(LOG)
+        self.assertEqual(outcome.left, [])
+        return outcome, met
+
+    def in_turn(self, call, check, more=(), **faults):
+        """Plays every case with its first, second, ... call failing, until none is left to fail."""
+        for case in [*cases(), *more]:
+            number, met = 0, True
+            while met:
+                number += 1
+                outcome, met = self.play(case, **{call: number}, **faults)
+                with self.subTest(place=case.place, words=case.words[:3], call=call, number=number):
+                    if met:
+                        check(case, outcome)
+                    else:
+                        self.expect(outcome, case.out, case.err, 0)
+
+    def test_every_allocation_fails_in_turn(self):
+        messages = []
+
+        def check(case, outcome):
+            # What a device answered before stands before it.
+            *before, last = outcome.err.decode().splitlines(True)
+            self.assertTrue(case.err.startswith("".join(before).encode()), outcome.err)
+            self.assertRegex(last, r"^ERROR: (Out of memory.*|Invalid --(mac|client) argument .*)\n$")
+            self.assertEqual((outcome.status, outcome.out, outcome.received[-1:]), (1, b"", b"\0"))
+            messages.append(re.sub(r"\d+|argument.*", "", last))
+        # A reply that outgrows its first pages several times.
+        records = [fields.rich(3, counts=(2,))] * 1000
+        large = case_of("large", ["wtps", "--breif"], [request(55), ("<", fields.reply(records))],
+                        fields.report(records, "brief"))
+        self.in_turn("alloc", check, [large])
+        self.assertGreater(len(messages), 200)
+        for end in ("Out of memory", "Out of memory.", "Out of memory(switchTopoDevCount)",
+                    "Out of memory(linkCount=)", "Invalid --mac ", "Invalid --client "):
+            self.assertIn(f"ERROR: {end}\n", messages)
+
+    def test_every_transfer_fails_in_turn(self):
+        for call, message in (("send", "writing"), ("recv", "reading")):
+            for error in (errno.ECONNRESET, errno.EPIPE):
+                line = f"ERROR: {message} socket failed for reason: {os.strerror(error)}\n".encode()
+
+                def check(case, outcome):
+                    # Only the goodbye may fail without consequences.
+                    whole = call == "send" and outcome.err == case.err + line and outcome.status == 0
+                    self.assertTrue(outcome.err.endswith(line), outcome.err)
+                    self.assertEqual((outcome.status, outcome.out), (0, case.out) if whole else (1, b""))
+                self.in_turn(call, check, errno=error)
+
+    def test_no_socket_and_a_failing_close(self):
+        case = case_of("online", ["online"], [request(7), ("<", b"\1")], b"online WTP: 0/0\n")
+        outcome, met = self.play(case, socket=1)
+        self.assertEqual((met, outcome.status, outcome.out), (True, 1, b""))
+        self.assertEqual(outcome.err, b"ERROR: create socket failed.\n")
+        outcome, met = self.play(case, close=1)
+        self.expect(outcome, case.out, b"ERROR: : Input/output error\n", 0)
+
+    def test_interruptions_and_short_counts_change_nothing(self):
+        for case in cases():
+            for fault in ("eintr", "one_byte"):
+                outcome, met = self.play(case, **{fault: 1})
+                with self.subTest(place=case.place, fault=fault):
+                    self.assertTrue(met)
+                    self.expect(outcome, case.out, case.err, 0)
+
+    def test_signals_during_a_large_reply(self):
+        record = fields.rich(3, counts=(2,))
+        records = [record] * (10_000_000 // len(fields.record_bytes(record)))
+        case = case_of("large", ["wtps", "--json"], [request(63), ("<", fields.reply(records))])
+        outcome, met = self.play(case, timer=1)
+        self.assertTrue(met)
+        one = fields.report([record], "json").removeprefix(b'"wtp_list":[').removesuffix(b"]\n")
+        self.expect(outcome, b'"wtp_list":[' + b",".join([one] * len(records)) + b"]\n")
+
+
+if __name__ == "__main__":
+    main()
