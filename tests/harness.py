@@ -74,13 +74,14 @@ def _serve(client, script, handshake, pieces, outcome):
 
 
 def run(words, script=(), *, handshake=ADMITTED, absent=False, pieces=False, environment=None, files=None,
-        zov=None):
+        output=None):
     """Runs the program with these words, in a folder with these files (name: bytes), and plays the script.
 
     A script is a list of (">", bytes) to expect, ("<", bytes) to send and ("x",) to hang up; the goodbye
-    byte is expected behind it. `absent`: nobody listens. `pieces`: replies go out byte by byte.
+    byte is expected behind it. `absent`: nobody listens. `pieces`: replies go out byte by byte. `output`: a
+    file that standard output is, instead of being kept.
     """
-    outcome, zov = Outcome(), zov or program()
+    outcome, zov = Outcome(), program()
     port = (_deaf if absent else _listener).getsockname()[1]
     words = [*words[:1], "--acport", str(port), *words[1:]] if words else []
     settings = {**os.environ, "TZ": "UTC", **(environment or {})}
@@ -94,8 +95,9 @@ def run(words, script=(), *, handshake=ADMITTED, absent=False, pieces=False, env
             with open(os.path.join(folder, name), "wb") as file:
                 file.write(content)
         out, err = (stack.enter_context(open(os.memfd_create(name), "r+b")) for name in ("out", "err"))
-        process = subprocess.Popen([*WRAPPER, "zov", *words], executable=None if WRAPPER else zov,
-                                   cwd=folder, env=settings, stdin=subprocess.DEVNULL, stdout=out, stderr=err)
+        stdout = stack.enter_context(open(output, "wb")) if output else out
+        process = subprocess.Popen([*WRAPPER, "zov", *words], executable=None if WRAPPER else zov, cwd=folder,
+                                   env=settings, stdin=subprocess.DEVNULL, stdout=stdout, stderr=err)
         resource.prlimit(process.pid, resource.RLIMIT_CPU, (PATIENCE, PATIENCE + 1))
         end = os.pidfd_open(process.pid)
         stack.callback(os.close, end)

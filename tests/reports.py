@@ -71,6 +71,8 @@ class Reports(Case):
         records = [fields.Maker(1).record(kind % 5) for kind in range(300)]
         self.check(records, FORMS)
         self.check(records[:5], (TEXT, JSON), pieces=True)
+        script = [request(63), ("<", fields.reply(records))]
+        self.expect(run(["wtps"], script, output="/dev/full"))  # what cannot be written is lost
 
 
 class Requests(Case):
