@@ -22,20 +22,14 @@ import time
 import unittest
 from pathlib import Path
 
+import settings
+
 ZOV, AC_SIM, SOURCE = sys.argv[1:4]
 AP, SWITCH = "02:A3:00:00:00:01", "02:A2:00:00:00:01"
 
 # Settings that are sent to the controller but stand in no record.
-NOT_IN_RECORDS = {"switch": {"wtp_cfg.password", "wtp_cfg.pd_lifeguard[].clear_reboot_count"},
-                  "ap": set()}
-
-
-def key_table(kind):
-    """The rows (path, kind, min, max, form) of a kind's settings, from the tests' own table."""
-    import settings
-    forms = {"server": "SERVER_ADDRESS", "ipset": "IP_SETTINGS", "macs": "MAC_LIST", "rate": "DATA_RATE"}
-    rows = settings.TABLE[{"ap": settings.AP, "switch": settings.SWITCH}[kind]].values()
-    return [(row.path, row.form, row.low, row.high, forms.get(row.form, row.form.upper())) for row in rows]
+NOT_IN_RECORDS = {settings.SWITCH: {"wtp_cfg.password", "wtp_cfg.pd_lifeguard[].clear_reboot_count"},
+                  settings.AP: set()}
 
 
 def end_with_test(prctl=ctypes.CDLL(None).prctl, PR_SET_PDEATHSIG=1):
@@ -97,7 +91,7 @@ class Controller:
         with tempfile.NamedTemporaryFile("w", suffix=".json") as file:
             json.dump(document, file)
             file.flush()
-            self.ok("cfg", "--mac", mac, "--type", "1" if kind == "switch" else "0", "--file", file.name)
+            self.ok("cfg", "--mac", mac, "--type", str(settings.AP - kind), "--file", file.name)
 
 
 def flatten(value, path=""):
@@ -110,62 +104,39 @@ def flatten(value, path=""):
     return {path: value}
 
 
-class Generator:
-    """Makes a document that holds every setting of a kind, in as many rows as the device has."""
+def document(kind, seed, rows):
+    """Every setting of a kind, in as many rows as the device has (by the arrays' paths, else 3)."""
+    chance = random.Random(seed)
 
-    def __init__(self, seed, rows):
-        self.random = random.Random(seed)
-        self.rows = rows  # how many elements an array has, by its path
+    def value(row):
+        if row.is_number:
+            return chance.randint(row.low, min(row.high, 65535 if row.form == "u16" else row.high))
+        texts = {"rate": chance.choice(["auto", "MCS7", "MCS31", "VHTMCS9", "5.5M", "11M", "54M"]),
+                 "ipset": f"10.{chance.randint(0, 255)}.7.9/255.255.0.0/0.0.0.0",
+                 "macs": "02:" + ":".join(f"{byte:02x}" for byte in chance.randbytes(5)),
+                 **dict.fromkeys(("ipv4", "server"), ".".join(map(str, chance.choices(range(1, 255), k=4))))}
+        if row.path.endswith(".hotspot20"):
+            return json.dumps({"enable": chance.randint(0, 1), "name": 'a "b"'})
+        if row.path.endswith(".ssid"):
+            return chance.choice(['two "quotes"', "a/b\\c", "tab\there", "caf\u00e9", ""])
+        plain = "".join(chance.choices("abc KLM0123-_", k=chance.randint(max(row.low, 1), min(row.high or 30, 30))))
+        return texts.get(row.form, plain)
 
-    def text(self, low, high):
-        length = self.random.randint(max(low, 1), min(high, 30))
-        return "".join(self.random.choice("abcdefghij KLMNOP0123456789-_") for _ in range(length))
-
-    def address(self):
-        return ".".join(str(self.random.randint(1, 254)) for _ in range(4))
-
-    def mac(self):
-        return ":".join(["02"] + [f"{self.random.randint(0, 255):02x}" for _ in range(5)])
-
-    def value(self, path, low, high, form):
-        if form == "U32":
-            return self.random.randint(low, high)
-        if form == "U16":
-            return self.random.randint(low, min(high, 65535))
-        if form in ("IPV4", "SERVER_ADDRESS"):
-            return self.address()
-        if form == "IP_SETTINGS":
-            return f"10.{self.random.randint(0, 255)}.7.9/255.255.0.0/0.0.0.0"
-        if form == "MAC_LIST":
-            return self.mac()
-        if form == "DATA_RATE":
-            return self.random.choice(["auto", "MCS7", "MCS31", "VHTMCS9", "5.5M", "11M", "54M"])
-        if path.endswith(".hotspot20"):
-            return json.dumps({"enable": self.random.randint(0, 1), "name": self.text(1, 20)})
-        if path.endswith(".ssid"):
-            return self.random.choice(['two "quotes"', "a/b\\c", "tab\there", "café", ""])
-        return self.text(low, high)
-
-    def document(self, table):
-        root = {}
-        for path, _, low, high, form in table:
-            self.place(root, path.split("."), "", lambda: self.value(path, low, high, form))
-        return root
-
-    def place(self, node, parts, above, make):
+    def place(node, parts, above, row):
         name, path = parts[0], f"{above}.{parts[0]}" if above else parts[0]
-        if not name.endswith("[]"):
-            if len(parts) == 1:
-                node[name] = make()
-            else:
-                self.place(node.setdefault(name, {}), parts[1:], path, make)
-            return
-        count = self.rows.get(path, 3)
-        if len(parts) == 1:
-            node[name[:-2]] = [make() for _ in range(count)]
-            return
-        for element in node.setdefault(name[:-2], [{} for _ in range(count)]):
-            self.place(element, parts[1:], path, make)
+        plain, is_array, last = name.removesuffix("[]"), name.endswith("[]"), len(parts) == 1
+        count = rows.get(path, 3)
+        if last:
+            node[plain] = [value(row) for _ in range(count)] if is_array else value(row)
+        elif is_array:
+            for element in node.setdefault(plain, [{} for _ in range(count)]):
+                place(element, parts[1:], path, row)
+        else:
+            place(node.setdefault(plain, {}), parts[1:], path, row)
+    root = {}
+    for row in settings.TABLE[kind].values():
+        place(root, row.path.split("."), "", row)
+    return root
 
 
 def as_reported(path, value):
@@ -211,29 +182,25 @@ class RoundTrip(unittest.TestCase):
         self.assertLessEqual(changed, set(expected))
 
     def test_access_point_documents(self):
-        table = key_table("ap")
-        self.assertEqual(len(table), 162)
+        rows = {"wtp_cfg.radio[]": 2, "wtp_cfg.radio[].wlan[]": 4, "wtp_cfg.lan_port[]": 2,
+                "wtp_cfg.radio[].wlan[].wep.key[]": 4}
         for seed, mode in enumerate([0, 1, 3, 6, 12, 13]):
-            rows = {"wtp_cfg.radio[]": 2, "wtp_cfg.radio[].wlan[]": 4, "wtp_cfg.lan_port[]": 2,
-                    "wtp_cfg.radio[].wlan[].wep.key[]": 4}
-            document = Generator(seed, rows).document(table)
-            for radio in document["wtp_cfg"]["radio"]:
+            made = document(settings.AP, seed, rows)
+            for radio in made["wtp_cfg"]["radio"]:
                 for wlan in radio["wlan"]:
                     wlan["sec_mode"] = mode
             with self.subTest(seed=seed):
-                self.check("ap", AP, document)
+                self.check(settings.AP, AP, made)
 
     def test_switch_documents(self):
-        table = key_table("switch")
-        self.assertEqual(len(table), 41)
+        rows = {"wtp_cfg.switch_port[]": 10, "wtp_cfg.poe_port[]": 10, "wtp_cfg.pd_lifeguard[]": 1,
+                "wtp_cfg.pdl_status[]": 1}
         for seed in range(3):
-            rows = {"wtp_cfg.switch_port[]": 10, "wtp_cfg.poe_port[]": 10,
-                    "wtp_cfg.pd_lifeguard[]": 1, "wtp_cfg.pdl_status[]": 1}
             with self.subTest(seed=seed):
-                self.check("switch", SWITCH, Generator(seed, rows).document(table))
+                self.check(settings.SWITCH, SWITCH, document(settings.SWITCH, seed, rows))
 
     def test_examples(self):
-        for kind, mac, name in (("ap", AP, "office-ap"), ("switch", SWITCH, "poe-switch")):
+        for kind, mac, name in ((settings.AP, AP, "office-ap"), (settings.SWITCH, SWITCH, "poe-switch")):
             with self.subTest(name=name):
                 self.check(kind, mac, json.loads(Path(f"{SOURCE}/examples/{name}.json").read_text()))
 
