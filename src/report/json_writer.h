@@ -7,6 +7,7 @@
 #include "util/number.h"
 #include "util/output.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -65,9 +66,7 @@ public:
             out_.put('"');
             return;
         }
-        char *to = open_string(name, text.size());
-        memcpy(to, text.data(), text.size());
-        close_string(to + text.size());
+        close_string(std::copy(text.begin(), text.end(), open_string(name, text.size())));
     }
 
     // A string with its text escaped.
@@ -117,8 +116,7 @@ public:
     {
         char *to = next(text.size() + 2);
         *to++ = '"';
-        memcpy(to, text.data(), text.size());
-        close_string(to + text.size());
+        close_string(std::copy(text.begin(), text.end(), to));
     }
     void element(const Mac &mac)
     {

@@ -6,6 +6,7 @@
 #include "util/number.h"
 #include "util/output.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -49,9 +50,7 @@ public:
             out_.put(text.data(), text.size());
             return;
         }
-        char *to = begin(label, text.size());
-        memcpy(to, text.data(), text.size());
-        out_.advance(to + text.size());
+        out_.advance(std::copy(text.begin(), text.end(), begin(label, text.size())));
     }
     template <size_t N> void duration(const char (&label)[N], uint32_t seconds)
     {
