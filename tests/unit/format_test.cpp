@@ -30,7 +30,8 @@ TEST(Format, DurationsAndDigests)
                    " 1d:0h:0m:0s 1d:1h:1m:1s 49710d:6h:28m:15s");
     const Md5Digest digest = {{0x00, 0x01, 0x0A, 0x10, 0x7F, 0x80, 0x9A, 0xA9, 0xBC, 0xDE, 0xEF,
                                0xF0, 0xFE, 0xFF, 0x55, 0xAA}};
-    EXPECT_EQ(std::string(text, write_digest(text, digest)), "00010a107f809aa9bcdeeff0feff55aa");
+    char digits[DIGEST_TEXT_MAX];
+    EXPECT_EQ(std::string(digits, write_digest(digits, digest)), "00010a107f809aa9bcdeeff0feff55aa");
 }
 
 TEST(Format, CalendarIsLocal)
