@@ -174,6 +174,9 @@ class BrokenReplies(Case):
                     outcome = run(["wtps"], [request(63), ("<", fields.reply([record], b"")), ("x",)])
                     values[key] = 1
                     with self.subTest(name=name, count=count):
+                        if count >= 2 ** 31:  # no machine has such a table
+                            which = b"(linkCount=-1)" if name == "link" else b""
+                            self.assertEqual(outcome.err, b"ERROR: Out of memory" + which + b"\n")
                         self.assertRegex(outcome.err, rb"^(ERROR: Out of memory(\(.*\))?\n)?$")
                         self.expect(outcome, err=outcome.err, status=1)
 
