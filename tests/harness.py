@@ -5,6 +5,7 @@ ZOV names the program (else the first argument of the test does), ZOV_WRAPPER a 
 such as "valgrind -q --error-exitcode=99". A program outlives no test: it ends when its peer is gone, and
 has a minute of processor time at most.
 """
+import atexit
 import contextlib
 import os
 import resource
@@ -24,6 +25,8 @@ WRAPPER = os.environ.get("ZOV_WRAPPER", "").split()
 _listener = socket.create_server(("127.0.0.1", 0), backlog=8)
 _deaf = socket.socket()
 _deaf.bind(("127.0.0.1", 0))
+atexit.register(_listener.close)
+atexit.register(_deaf.close)
 
 
 def program():
