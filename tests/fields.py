@@ -116,7 +116,7 @@ def shown(value, mark=""):
         return "".join(f"0x{byte:x} " for byte in value)
     text = value.shown()
     return {"": text, "~": text.translate(ESCAPES), "^": text.replace("\r", "").replace("\n", ""),
-            "=": text if value else "null"}[mark]
+            "=": text or "null"}[mark]
 
 
 def fill_in(template, values, prefix=""):
