@@ -188,6 +188,8 @@ public:
     void operator()(const char *, std::string_view &text)
     {
         const auto length = number<uint16_t>();
+        if (length == 0)
+            return;
         const auto *bytes = reinterpret_cast<const char *>(at_);
         text = {bytes, strnlen(bytes, length)};
         at_ += length;

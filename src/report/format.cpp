@@ -4,6 +4,7 @@
 #include "util/calendar.h"
 #include "util/number.h"
 
+#include <array>
 #include <cstdio>
 #include <cstring>
 
@@ -54,33 +55,23 @@ const char *time_text(uint32_t seconds)
     return seconds == 0 ? "\n" : calendar_text(seconds);
 }
 
-// The letter that stands behind the backslash for an escaped character; 0 for all others.
-static char escape_letter(char c)
-{
-    switch (c) {
-    case '\b':
-        return 'b';
-    case '\t':
-        return 't';
-    case '\n':
-        return 'n';
-    case '\f':
-        return 'f';
-    case '\r':
-        return 'r';
-    case '"':
-    case '/':
-    case '\\':
-        return c;
-    default:
-        return '\0';
-    }
-}
+// The letters that stand behind the backslash for escaped characters; 0 for all others.
+static constexpr auto ESCAPE_LETTERS = [] {
+    std::array<char, 256> letters = {};
+    letters['\b'] = 'b';
+    letters['\t'] = 't';
+    letters['\n'] = 'n';
+    letters['\f'] = 'f';
+    letters['\r'] = 'r';
+    for (const char c : {'"', '/', '\\'})
+        letters[static_cast<unsigned char>(c)] = c;
+    return letters;
+}();
 
 char *write_escaped(char *to, std::string_view text)
 {
     for (const char c : text) {
-        const char letter = escape_letter(c);
+        const char letter = ESCAPE_LETTERS[static_cast<unsigned char>(c)];
         if (letter != '\0')
             *to++ = '\\';
         *to++ = letter != '\0' ? letter : c;

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "util/ipv4.h"
 
-#include "util/number.h"
-
 #include <cstdio>
 
 #define QUAD "%u.%u.%u.%u"
@@ -101,14 +99,4 @@ bool parse_ip_dns_settings(const char *text, Ipv4 &ip, Ipv4 &mask, Ipv4 &gateway
         return mask.is_zero() && gateway.is_zero() && dns1.is_zero() && dns2.is_zero();
     return is_usable_setting(ip, mask, gateway) && is_usable_server(dns1, mask) &&
            is_usable_server(dns2, mask);
-}
-
-char *write_ipv4(char *to, Ipv4 addr)
-{
-    to = write_number(to, addr.octet[0]);
-    for (int i = 1; i < 4; i++) {
-        *to++ = '.';
-        to = write_number(to, addr.octet[i]);
-    }
-    return to;
 }

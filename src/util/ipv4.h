@@ -2,6 +2,8 @@
 // IPv4 addresses (RFC 791) and the static address settings that are written with slashes.
 #pragma once
 
+#include "util/number.h"
+
 #include <compare>
 #include <cstdint>
 
@@ -30,4 +32,12 @@ bool parse_ip_dns_settings(const char *text, Ipv4 &ip, Ipv4 &mask, Ipv4 &gateway
 enum : unsigned { IPV4_TEXT_MAX = 15 };
 
 // Writes "192.168.1.10" into IPV4_TEXT_MAX bytes, unterminated, and returns the text's end.
-char *write_ipv4(char *to, Ipv4 addr);
+inline char *write_ipv4(char *to, Ipv4 addr)
+{
+    to = write_number(to, addr.octet[0]);
+    for (int i = 1; i < 4; i++) {
+        *to++ = '.';
+        to = write_number(to, addr.octet[i]);
+    }
+    return to;
+}
