@@ -31,7 +31,8 @@ TEST(Format, DurationsAndDigests)
     const Md5Digest digest = {{0x00, 0x01, 0x0A, 0x10, 0x7F, 0x80, 0x9A, 0xA9, 0xBC, 0xDE, 0xEF,
                                0xF0, 0xFE, 0xFF, 0x55, 0xAA}};
     char digits[DIGEST_TEXT_MAX];
-    EXPECT_EQ(std::string(digits, write_digest(digits, digest)), "00010a107f809aa9bcdeeff0feff55aa");
+    EXPECT_EQ(std::string(digits, write_digest(digits, digest)),
+              "00010a107f809aa9bcdeeff0feff55aa");
 }
 
 TEST(Format, CalendarIsLocal)
