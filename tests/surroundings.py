@@ -155,7 +155,6 @@ class ProcessLists(unittest.TestCase):
             pid = str(self.victim.pid)
 
     def test_a_list_that_cannot_be_written(self):
-        made = []
         read_end, write_end = os.pipe()
 
         def occupy():

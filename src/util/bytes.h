@@ -54,7 +54,6 @@ public:
     uint8_t *data() { return data_; } // null when there never were any
     const uint8_t *data() const { return data_; }
     size_t size() const { return size_; }
-    size_t room() const { return room_ - size_; } // how many more fit before the block grows
 
 private:
     bool grow(size_t count)
