@@ -51,15 +51,21 @@ static int read_handshake(AcSession &session)
     }
 }
 
-int ac_connect(AcSession &session, const char *address, int port)
+void ac_attach(AcSession &session, int socket)
 {
-    session.socket = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (session.socket < 0)
-        return fail("ERROR: create socket failed.\n");
-    set_option(session.socket, TCP_NODELAY);
+    session.socket = socket;
+    set_option(socket, TCP_NODELAY);
     session.receive = receive_from_socket;
     session.ahead = session.in;
     session.ahead_room = sizeof session.in;
+}
+
+int ac_connect(AcSession &session, const char *address, int port)
+{
+    const int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (fd < 0)
+        return fail("ERROR: create socket failed.\n");
+    ac_attach(session, fd);
 
     sockaddr_in ac = {};
     ac.sin_family = AF_INET;

@@ -16,10 +16,13 @@ enum : int32_t { HANDSHAKE_ADMITTED = 1, HANDSHAKE_BUSY = -1 };
 // Bytes that arrive are read ahead into `in`; the ByteSource part is the window of those not yet
 // taken. Requests gather in `out` (see RequestWriter).
 struct AcSession : ByteSource {
-    int socket = 0; // set by ac_connect
+    int socket = 0; // set by ac_attach
     uint8_t in[65536] = {};
     uint8_t out[65552] = {}; // any request whose length has 16 bits, as a whole
 };
+
+// Takes over a stream socket, connected or not yet, as the session's own.
+void ac_attach(AcSession &session, int socket);
 
 // Connects to the controller at the dotted address (any other text means 0.0.0.0) and the port's
 // low 16 bits, and reads its four-byte handshake word.
