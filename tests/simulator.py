@@ -10,7 +10,6 @@ import ctypes
 import hashlib
 import json
 import os
-import random
 import re
 import signal
 import socket
@@ -104,41 +103,6 @@ def flatten(value, path=""):
     return {path: value}
 
 
-def document(kind, seed, rows):
-    """Every setting of a kind, in as many rows as the device has (by the arrays' paths, else 3)."""
-    chance = random.Random(seed)
-
-    def value(row):
-        if row.is_number:
-            return chance.randint(row.low, min(row.high, 65535 if row.form == "u16" else row.high))
-        texts = {"rate": chance.choice(["auto", "MCS7", "MCS31", "VHTMCS9", "5.5M", "11M", "54M"]),
-                 "ipset": f"10.{chance.randint(0, 255)}.7.9/255.255.0.0/0.0.0.0",
-                 "macs": "02:" + ":".join(f"{byte:02x}" for byte in chance.randbytes(5)),
-                 **dict.fromkeys(("ipv4", "server"), ".".join(map(str, chance.choices(range(1, 255), k=4))))}
-        if row.path.endswith(".hotspot20"):
-            return json.dumps({"enable": chance.randint(0, 1), "name": 'a "b"'})
-        if row.path.endswith(".ssid"):
-            return chance.choice(['two "quotes"', "a/b\\c", "tab\there", "caf\u00e9", ""])
-        plain = "".join(chance.choices("abc KLM0123-_", k=chance.randint(max(row.low, 1), min(row.high or 30, 30))))
-        return texts.get(row.form, plain)
-
-    def place(node, parts, above, row):
-        name, path = parts[0], f"{above}.{parts[0]}" if above else parts[0]
-        plain, is_array, last = name.removesuffix("[]"), name.endswith("[]"), len(parts) == 1
-        count = rows.get(path, 3)
-        if last:
-            node[plain] = [value(row) for _ in range(count)] if is_array else value(row)
-        elif is_array:
-            for element in node.setdefault(plain, [{} for _ in range(count)]):
-                place(element, parts[1:], path, row)
-        else:
-            place(node.setdefault(plain, {}), parts[1:], path, row)
-    root = {}
-    for row in settings.TABLE[kind].values():
-        place(root, row.path.split("."), "", row)
-    return root
-
-
 def as_reported(path, value):
     """A setting that was sent, under the path and in the form of the report."""
     path = path.removeprefix("wtp_cfg.")
@@ -149,7 +113,7 @@ def as_reported(path, value):
     if path.endswith("hotspot20"):
         return path, json.loads(value)
     if path.endswith(("acl.mac", "l2macWlist", "manage_mac_list")):
-        return path, [mac.upper() for mac in value]
+        return path, [":".join(f"{int(byte, 16):02X}" for byte in mac.split(":")) for mac in value]
     return path, value
 
 
@@ -185,7 +149,7 @@ class RoundTrip(unittest.TestCase):
         rows = {"wtp_cfg.radio[]": 2, "wtp_cfg.radio[].wlan[]": 4, "wtp_cfg.lan_port[]": 2,
                 "wtp_cfg.radio[].wlan[].wep.key[]": 4}
         for seed, mode in enumerate([0, 1, 3, 6, 12, 13]):
-            made = document(settings.AP, seed, rows)
+            made = {"wtp_cfg": settings.Documents(seed, settings.AP, rows).group()}
             for radio in made["wtp_cfg"]["radio"]:
                 for wlan in radio["wlan"]:
                     wlan["sec_mode"] = mode
@@ -197,7 +161,8 @@ class RoundTrip(unittest.TestCase):
                 "wtp_cfg.pdl_status[]": 1}
         for seed in range(3):
             with self.subTest(seed=seed):
-                self.check(settings.SWITCH, SWITCH, document(settings.SWITCH, seed, rows))
+                made = {"wtp_cfg": settings.Documents(seed, settings.SWITCH, rows).group()}
+                self.check(settings.SWITCH, SWITCH, made)
 
     def test_examples(self):
         for kind, mac, name in ((settings.AP, AP, "office-ap"), (settings.SWITCH, SWITCH, "poe-switch")):

@@ -1,0 +1,63 @@
+# SPDX-License-Identifier: MIT
+"""Compares the manual pages with the programs: manual.py ZOV AC_SIM SOURCE_FOLDER
+
+Commands and options of the one are those of the other; each command refuses every option that its entry
+does not name.
+"""
+import re
+import subprocess
+import sys
+import unittest
+from pathlib import Path
+
+from harness import Case, main, run
+
+ZOV, AC_SIM, SOURCE = sys.argv[1:4]
+ZOV_PAGE, SIM_PAGE = (Path(SOURCE, "man", name).read_text() for name in ("zov.8", "ac-sim.1"))
+OPTIONS = dict(re.findall(r'OPTION\(\w+, "(\w+)", (\w+)_argument', Path(SOURCE, "src/options/options.h").read_text()))
+TAKE_ANY = ("nodc", "exit", "kill")  # the last two act before they look
+
+
+def named(text):
+    """The options that are marked up as such."""
+    return set(re.findall(r"\bFl -([\w-]+)", text))
+
+
+def entries():
+    """The entry of each command. One with several forms has its text behind the last of them."""
+    parts = re.split(r"^\.(?:It (?:Xo\n\.)?Cm (\w+)|S[hs] .*)", ZOV_PAGE, flags=re.M)
+    found = {}
+    for command, text in zip(parts[1::2], parts[2::2]):
+        if command:
+            found[command] = found.get(command, "") + text
+    return {command: re.sub(r"The options are those of\n\.Cm (\w+)", lambda other: found[other[1]], text)
+            for command, text in found.items()}
+
+
+class Manual(Case):
+    def test_the_usage_text_lists_what_has_an_entry(self):
+        usage, pages = subprocess.run([ZOV], stdout=subprocess.PIPE, text=True).stdout, entries()
+        self.assertEqual(set(re.findall(r"^(\w+)\t", usage, re.M)), set(pages))
+        for command, text in re.findall(r"^(\w+)\t.*\n((?:\t.*\n)*)", usage, re.M):
+            self.assertLessEqual(set(re.findall(r"^\t--(\w+)", text, re.M)), named(pages[command]), command)
+
+    def test_the_pages_name_the_options_that_there_are(self):
+        usage = subprocess.run([AC_SIM, "--help"], stdout=subprocess.PIPE, text=True).stdout
+        of_sim = {"help"} | set(re.findall(r"^  --([\w-]+)", usage, re.M))
+        self.assertEqual(named(ZOV_PAGE), set(OPTIONS))
+        self.assertEqual(named(SIM_PAGE), of_sim)
+        for page in (ZOV_PAGE, SIM_PAGE):  # command lines of either
+            typed = re.findall(r"(?<![\w-])--([a-z][\w-]*)", page.replace(r"\-", "-"))
+            self.assertLessEqual(set(typed), of_sim | set(OPTIONS))
+
+    def test_every_command_refuses_what_its_entry_does_not_name(self):
+        for command, text in entries().items():
+            for option in OPTIONS.keys() - named(text) - {"acserver", "acport"}:
+                if command not in TAKE_ANY:
+                    with self.subTest(command=command, option=option):
+                        words = [f"--{option}", "1"][:1 + (OPTIONS[option] == "required")]
+                        self.expect(run([command, *words]), err=f"ERROR: Unknown option --{option}.\n".encode())
+
+
+if __name__ == "__main__":
+    main()
