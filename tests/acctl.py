@@ -10,8 +10,7 @@ import subprocess
 import tempfile
 from pathlib import Path
 
-from harness import Case, main, run
-from transcripts import FLAGS, WITH_ARGUMENT
+from harness import Case, main, option_words, run
 
 PID_FILE = Path("/var/run/ac.pid")
 
@@ -90,8 +89,9 @@ class ProcessControl(Case):
     def test_neither_takes_options_or_does_without_a_controller(self):
         for command in ("exit", "kill"):
             self.expect(self.zov(command, absent=True), err=b"ERROR: AC is not running.\n")
-            for option in (*FLAGS, *WITH_ARGUMENT):
-                words = [f"--{option}", "1"][:1 + (option in WITH_ARGUMENT)]
+            for option, words in option_words().items():
+                if option in ("acserver", "acport"):
+                    continue
                 self.expect(self.zov(command, *words, "--json"),
                             err=f"ERROR: Unknown option --{option}.\n".encode())
 

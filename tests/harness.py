@@ -8,6 +8,7 @@ has a minute of processor time at most.
 import atexit
 import contextlib
 import os
+import re
 import resource
 import select
 import signal
@@ -17,6 +18,7 @@ import sys
 import tempfile
 import unittest
 from dataclasses import dataclass, field
+from pathlib import Path
 
 ADMITTED = b"\0\0\0\1"
 PATIENCE = 60  # seconds that a peer may stay silent
@@ -27,6 +29,13 @@ _deaf = socket.socket()
 _deaf.bind(("127.0.0.1", 0))
 atexit.register(_listener.close)
 atexit.register(_deaf.close)
+
+
+def option_words():
+    """A command line's words for each option that there is, by its name."""
+    rows = Path(__file__).parents[1].joinpath("src/options/options.h").read_text()
+    return {name: [f"--{name}", "1"][:1 + (argument == "required")] for name, argument in
+            re.findall(r'OPTION\(\w+, "(\w+)", (\w+)_argument', rows)}
 
 
 def program():
