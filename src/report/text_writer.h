@@ -7,10 +7,14 @@
 #include "util/output.h"
 
 #include <algorithm>
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
+
+template <class Value>
+concept NoText = !std::convertible_to<const Value &, std::string_view>;
 
 class TextWriter {
 public:
@@ -18,39 +22,13 @@ public:
 
     template <size_t N, class Value> void line(const char (&label)[N], const Value &value)
     {
-        item(label, value);
-        out_.put('\n');
+        write(label, value, "\n");
     }
 
     // A label and its value, without a line end.
-    template <size_t N> void item(const char (&label)[N], uint32_t number)
+    template <size_t N, class Value> void item(const char (&label)[N], const Value &value)
     {
-        out_.advance(write_number(begin(label, NUMBER_TEXT_MAX), number));
-    }
-    template <size_t N> void item(const char (&label)[N], int32_t number)
-    {
-        out_.advance(write_number(begin(label, NUMBER_TEXT_MAX), number));
-    }
-    template <size_t N> void item(const char (&label)[N], const Mac &mac)
-    {
-        out_.advance(write_mac(begin(label, MAC_TEXT_MAX), mac));
-    }
-    template <size_t N> void item(const char (&label)[N], Ipv4 addr)
-    {
-        out_.advance(write_ipv4(begin(label, IPV4_TEXT_MAX), addr));
-    }
-    template <size_t N> void item(const char (&label)[N], const Md5Digest &digest)
-    {
-        out_.advance(write_digest(begin(label, DIGEST_TEXT_MAX), digest));
-    }
-    template <size_t N> void item(const char (&label)[N], std::string_view text)
-    {
-        if (text.size() > Output::ROOM_MAX / 2) {
-            out_.put(label, N - 1);
-            out_.put(text.data(), text.size());
-            return;
-        }
-        out_.advance(std::copy(text.begin(), text.end(), begin(label, text.size())));
+        write(label, value, "");
     }
     template <size_t N> void duration(const char (&label)[N], uint32_t seconds)
     {
@@ -79,6 +57,37 @@ public:
     template <size_t N> void put(const char (&text)[N]) { out_.put(text, N - 1); }
 
 private:
+    enum : size_t { VALUE_MAX = DIGEST_TEXT_MAX }; // of all that are no texts
+
+    static char *write_value(char *to, uint32_t number) { return write_number(to, number); }
+    static char *write_value(char *to, int32_t number) { return write_number(to, number); }
+    static char *write_value(char *to, Ipv4 addr) { return write_ipv4(to, addr); }
+    static char *write_value(char *to, const Mac &mac) { return write_mac(to, mac); }
+    static char *write_value(char *to, const Md5Digest &digest) { return write_digest(to, digest); }
+
+    template <size_t N, size_t E, NoText Value>
+    void write(const char (&label)[N], const Value &value, const char (&end)[E])
+    {
+        char *to = write_value(begin(label, VALUE_MAX), value);
+        memcpy(to, end, E - 1);
+        out_.advance(to + E - 1);
+    }
+
+    template <size_t N, size_t E>
+    void write(const char (&label)[N], std::string_view text, const char (&end)[E])
+    {
+        if (text.size() > Output::ROOM_MAX / 2) {
+            out_.put(label, N - 1);
+            out_.put(text.data(), text.size());
+            out_.put(end, E - 1);
+            return;
+        }
+        char *to = std::copy(text.begin(), text.end(), begin(label, text.size()));
+        memcpy(to, end, E - 1);
+        out_.advance(to + E - 1);
+    }
+
+    // Room for a label, a value and a line end; gives where the value is to be written.
     template <size_t N> char *begin(const char (&label)[N], size_t room)
     {
         char *to = out_.room(N + room);

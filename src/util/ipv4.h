@@ -31,7 +31,8 @@ bool parse_ip_dns_settings(const char *text, Ipv4 &ip, Ipv4 &mask, Ipv4 &gateway
 
 enum : unsigned { IPV4_TEXT_MAX = 15 };
 
-// Writes "192.168.1.10" into IPV4_TEXT_MAX bytes, unterminated, and returns the text's end.
+// Writes "192.168.1.10", unterminated, and returns the text's end. Touches one byte more than
+// IPV4_TEXT_MAX.
 inline char *write_ipv4(char *to, Ipv4 addr)
 {
     to = write_number(to, addr.octet[0]);
