@@ -1,6 +1,9 @@
 # shellcheck shell=bash disable=SC2034
 # What the scripts share. Sourced, not run.
 
+as_root=()
+[ "$(id -u)" -eq 0 ] || as_root=(sudo)
+
 # Installs those of the named Debian packages that are missing.
 need_packages() {
     local missing=() package
@@ -9,8 +12,6 @@ need_packages() {
             missing+=("$package")
     done
     [ "${#missing[@]}" -gt 0 ] || return 0
-    local as_root=()
-    [ "$(id -u)" -eq 0 ] || as_root=(sudo)
     echo "installing: ${missing[*]}"
     "${as_root[@]}" apt-get update -qq
     DEBIAN_FRONTEND=noninteractive "${as_root[@]}" apt-get install -y -qq --no-install-recommends \

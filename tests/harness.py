@@ -2,7 +2,7 @@
 """Plays the controller for one run of the real program, and keeps what came of it.
 
 ZOV names the program (else the first argument of the test does), ZOV_WRAPPER a command to run it under,
-such as "valgrind -q --error-exitcode=99". A program outlives no test: it ends when its peer is gone, and
+such as "valgrind -q --error-exitcode=99", or an emulator "qemu-s390x -0 zov". A program outlives no test: it ends when its peer is gone, and
 has a minute of processor time at most.
 """
 import atexit
@@ -108,7 +108,8 @@ def run(words, script=(), *, handshake=ADMITTED, absent=False, pieces=False, env
                 file.write(content)
         out, err = (stack.enter_context(open(os.memfd_create(name), "r+b")) for name in ("out", "err"))
         stdout = stack.enter_context(open(output, "wb")) if output else out
-        process = subprocess.Popen([*WRAPPER, "zov", *words], executable=None if WRAPPER else zov, cwd=folder,
+        name = zov if "-0" in WRAPPER else "zov"  # an emulator is told what it calls the program
+        process = subprocess.Popen([*WRAPPER, name, *words], executable=None if WRAPPER else zov, cwd=folder,
                                    env=settings, stdin=subprocess.DEVNULL, stdout=stdout, stderr=err)
         resource.prlimit(process.pid, resource.RLIMIT_CPU, (PATIENCE, PATIENCE + 1))
         end = os.pidfd_open(process.pid)
@@ -152,6 +153,6 @@ class Case(unittest.TestCase):
 
 
 def main():
-    """Runs the tests of the calling file."""
+    """Runs the tests of the calling file; with ZOV_FAILFAST=1 up to the first failure."""
     signal.signal(signal.SIGPIPE, signal.SIG_IGN)
-    unittest.main(argv=sys.argv[:1], verbosity=0)
+    unittest.main(argv=sys.argv[:1], verbosity=0, failfast="ZOV_FAILFAST" in os.environ)
