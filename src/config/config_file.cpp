@@ -3,8 +3,6 @@
 
 #include "config/config_value.h"
 #include "config/config_walk.h"
-#include "util/bytes.h"
-#include "util/output.h"
 
 #include <cstdio>
 #include <memory>
@@ -12,72 +10,80 @@
 
 enum : size_t { STREAM_PIECE = 65536 };
 
-static int read_failed(const char *name)
+static int read_failed(const char *name, const ConfigMessages &messages)
 {
-    return fail("ERROR: read %s failed.\n", name);
+    return messages.report("ERROR: read %s failed.\n", name);
 }
 
-static int read_sized(FILE *file, const char *name, size_t size, Bytes &text)
+static int read_sized(FILE *file, const char *name, size_t size, Bytes &text,
+                      const ConfigMessages &messages)
 {
     uint8_t *place = text.place(size + 1); // the parser looks behind the end
     if (place == nullptr)
-        return fail("ERROR: Out of memory.\n");
+        return messages.report("ERROR: Out of memory.\n");
     if (fread(place, 1, size, file) != size)
-        return read_failed(name);
+        return read_failed(name, messages);
     text.advance(size);
     return 0;
 }
 
 // Reads what cannot be sought, such as a pipe, to its end.
-static int read_stream(FILE *file, const char *name, Bytes &text)
+static int read_stream(FILE *file, const char *name, Bytes &text, const ConfigMessages &messages)
 {
     while (feof(file) == 0 && ferror(file) == 0) {
         uint8_t *place = text.place(STREAM_PIECE);
         if (place == nullptr)
-            return fail("ERROR: Out of memory.\n");
+            return messages.report("ERROR: Out of memory.\n");
         text.advance(fread(place, 1, STREAM_PIECE - 1, file));
     }
-    return ferror(file) == 0 ? 0 : read_failed(name);
+    return ferror(file) == 0 ? 0 : read_failed(name, messages);
 }
 
-static int read_file(const char *name, Bytes &text)
+int config_file_read(const char *name, Bytes &text, const ConfigMessages &messages)
 {
     const std::unique_ptr<FILE, int (*)(FILE *)> file(fopen(name, "re"), fclose);
     struct stat status;
     if (file == nullptr)
-        return fail("ERROR: Open %s failed.\n", name);
+        return messages.report("ERROR: Open %s failed.\n", name);
     if (fstat(fileno(file.get()), &status) != 0 || S_ISDIR(status.st_mode))
-        return read_failed(name);
+        return read_failed(name, messages);
     if (fseek(file.get(), 0, SEEK_END) != 0)
-        return read_stream(file.get(), name, text);
+        return read_stream(file.get(), name, text, messages);
     const long size = ftell(file.get());
     rewind(file.get());
-    return size < 0 ? read_failed(name)
-                    : read_sized(file.get(), name, static_cast<size_t>(size), text);
+    return size < 0 ? read_failed(name, messages)
+                    : read_sized(file.get(), name, static_cast<size_t>(size), text, messages);
+}
+
+JsonTree config_text_parse(const char *name, Bytes &text, const ConfigMessages &messages, char *why)
+{
+    text.data()[text.size()] = '\0';
+    json_settings settings = {};
+    JsonTree root(
+        json_parse_ex(&settings, reinterpret_cast<const char *>(text.data()), text.size(), why),
+        json_value_free);
+    if (root == nullptr)
+        messages.report("ERROR: Invalid config file %s.\n", name);
+    return root;
 }
 
 int config_file_load(const char *name, DeviceKind kind, TlvBuffer &items)
 {
-    std::unique_ptr<json_value, void (*)(json_value *)> root(nullptr, json_value_free);
+    JsonTree root(nullptr, json_value_free);
     {
         Bytes text;
-        if (read_file(name, text) != 0)
+        if (config_file_read(name, text, {}) != 0)
             return 1;
         if (text.size() == 0)
             return 0;
-        text.data()[text.size()] = '\0';
-        json_settings settings = {};
-        root.reset(json_parse_ex(&settings, reinterpret_cast<const char *>(text.data()),
-                                 text.size(), nullptr));
+        root = config_text_parse(name, text, {}, nullptr);
     }
-    if (root == nullptr)
-        return fail("ERROR: Invalid config file %s.\n", name);
-    return config_tree_load(*root, kind, items);
+    return root == nullptr ? 1 : config_tree_load(*root, kind, items);
 }
 
 int config_tree_load(const json_value &root, DeviceKind kind, TlvBuffer &items)
 {
     JsonIterStack stack;
     ConfigContext context(kind, items);
-    return json_walk(stack, root, config_value_handler, &context);
+    return json_walk(stack, root, {config_value_handler, &context});
 }

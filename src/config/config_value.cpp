@@ -1,25 +1,25 @@
 // SPDX-License-Identifier: MIT
 #include "config/config_value.h"
 
-#include "config/password_digest.h"
 #include "util/byte_order.h"
 #include "util/ipv4.h"
 #include "util/mac.h"
-#include "util/output.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
-static int report_invalid(const ConfigKey &row, const char *text)
+static int report_invalid(const ConfigContext &context, const ConfigKey &row, const char *text)
 {
-    return fail("ERROR: Invalid config value '%s' for '%s'.\n", text, row.path.data());
+    return context.messages.report("ERROR: Invalid config value '%s' for '%s'.\n", text,
+                                   row.path.data());
 }
 
-static int report_too_long(const ConfigKey &row, size_t length)
+static int report_too_long(const ConfigContext &context, const ConfigKey &row, size_t length)
 {
-    return fail("ERROR: config value of %zu bytes is too long (%u at most) for '%s'.\n", length,
-                CONFIG_VALUE_BYTES_MAX, row.path.data());
+    return context.messages.report(
+        "ERROR: config value of %zu bytes is too long (%u at most) for '%s'.\n", length,
+        CONFIG_VALUE_BYTES_MAX, row.path.data());
 }
 
 static int append(ConfigContext &context, int32_t id, IndexKey key, const void *value,
@@ -60,7 +60,7 @@ static int take_empty_list(ConfigContext &context, const ConfigKey &list, IndexK
 {
     const bool of_switches_only = config_key_find(ACCESS_POINT_KEYS, list.path) == nullptr;
     if (of_switches_only && context.kind != DEVICE_SWITCH)
-        return fail("ERROR: Only support Switch device\n");
+        return context.messages.report("ERROR: Only support Switch device\n");
     return append(context, list.id, key, nullptr, 0);
 }
 
@@ -68,11 +68,12 @@ static int start_list(ConfigContext &context, const ConfigKey &list, uint32_t le
 {
     context.list = &list;
     context.list_length = length;
+    context.list_refused = false;
     context.list_bytes.clear();
     const size_t size = size_t{length} * list.element_size();
     uint8_t *place = context.list_bytes.place(size);
     if (place == nullptr)
-        return fail("ERROR: Out of memory\n");
+        return context.messages.report("ERROR: Out of memory\n");
     memset(place, 0, size);
     context.list_bytes.advance(size);
     return 0;
@@ -84,8 +85,9 @@ static int take_array(ConfigContext &context, std::string_view path, IndexKey ke
     const ConfigKey *list = find_list(context.kind, path);
     if (length > elements_max(list) &&
         (array != nullptr || list != nullptr || config_keys_below(config_keys(context.kind), path)))
-        return fail("ERROR: config array of %u elements is too long (%u at most) for '%.*s'.\n",
-                    length, elements_max(list), static_cast<int>(path.size()), path.data());
+        return context.messages.report(
+            "ERROR: config array of %u elements is too long (%u at most) for '%.*s'.\n", length,
+            elements_max(list), static_cast<int>(path.size()), path.data());
     if (array != nullptr)
         return append_u32(context, array->id, key, length);
     if (list == nullptr)
@@ -122,8 +124,10 @@ static int finish_element(ConfigContext &context, const ConfigKey &row, IndexKey
     if (key.back() != context.list_length - 1)
         return 0;
     const Bytes &bytes = context.list_bytes;
+    if (context.list_refused)
+        return 0;
     if (what != nullptr && has_equal_elements(bytes, row.element_size()))
-        return fail("ERROR: Duplicate %s in '%s'.\n", what, row.path.data());
+        return context.messages.report("ERROR: Duplicate %s in '%s'.\n", what, row.path.data());
     context.list = nullptr;
     return append(context, row.id, key.first(key.size() - 1), bytes.data(), bytes.size());
 }
@@ -133,7 +137,7 @@ static int take_mac(ConfigContext &context, const ConfigKey &row, IndexKey key, 
     Mac mac;
     uint8_t *place = element(context, row, key);
     if (place == nullptr || !parse_mac(text, mac) || mac.is_group())
-        return report_invalid(row, text);
+        return report_invalid(context, row, text);
     memcpy(place, mac.byte, sizeof mac.byte);
     return finish_element(context, row, key, "MACs");
 }
@@ -143,7 +147,7 @@ static int take_host(ConfigContext &context, const ConfigKey &row, IndexKey key,
 {
     uint8_t *place = element(context, row, key);
     if (place == nullptr)
-        return report_invalid(row, text);
+        return report_invalid(context, row, text);
     memcpy(place, text, length); // at most 255 bytes, by the key's row
     return finish_element(context, row, key, context.kind == DEVICE_SWITCH ? nullptr : "hostname");
 }
@@ -153,8 +157,9 @@ static int take_host(ConfigContext &context, const ConfigKey &row, IndexKey key,
 static int take_integer(ConfigContext &context, const ConfigKey &row, IndexKey key, int64_t number)
 {
     if (number < row.min || number > row.max)
-        return fail("ERROR: config value '%lld' is out of range (%d to %d) for '%s'.\n",
-                    static_cast<long long>(number), row.min, row.max, row.path.data());
+        return context.messages.report(
+            "ERROR: config value '%lld' is out of range (%d to %d) for '%s'.\n",
+            static_cast<long long>(number), row.min, row.max, row.path.data());
     const auto bits = static_cast<uint32_t>(number);
     if (row.form == FORM_U16)
         return tlv_append_u16(context.items, static_cast<uint32_t>(row.id),
@@ -166,7 +171,7 @@ static int take_text(ConfigContext &context, const ConfigKey &row, IndexKey key,
 {
     const size_t length = strlen(text);
     if (length > CONFIG_VALUE_BYTES_MAX)
-        return report_too_long(row, length);
+        return report_too_long(context, row, length);
     return tlv_append_string(context.items, static_cast<uint32_t>(row.id),
                              static_cast<uint32_t>(key.size()), key.data(), text);
 }
@@ -176,7 +181,7 @@ static int take_ip_settings(ConfigContext &context, const ConfigKey &row, IndexK
 {
     Ipv4 setting[3];
     if (!parse_ip_settings(text, setting[0], setting[1], setting[2]))
-        return report_invalid(row, text);
+        return report_invalid(context, row, text);
     return append(context, row.id, key, setting, sizeof setting);
 }
 
@@ -191,7 +196,7 @@ static int take_data_rate(ConfigContext &context, const ConfigKey &row, IndexKey
     } else if (const char *mcs = strstr(text, "MCS")) {
         code = atoi(mcs + strlen("MCS")) + 1;
     } else if (strchr(text, 'M') == nullptr) {
-        return report_invalid(row, text);
+        return report_invalid(context, row, text);
     } else {
         const char *point = strchr(text, '.');
         code = 1000 * atoi(text) + (point == nullptr ? 0 : 100 * atoi(point + 1));
@@ -203,7 +208,7 @@ static int take_password(ConfigContext &context, const ConfigKey &row, IndexKey 
                          const char *text)
 {
     uint8_t digest[16];
-    if (password_digest(text, digest) != 0)
+    if (context.digest(text, digest) != 0)
         return 1;
     return append(context, row.id, key, digest, sizeof digest);
 }
@@ -212,13 +217,14 @@ static int take_string(ConfigContext &context, const ConfigKey &row, IndexKey ke
                        uint32_t length)
 {
     if (length < static_cast<uint32_t>(row.min) || length > static_cast<uint32_t>(row.max))
-        return fail("ERROR: config string length '%u' is out of range (%d-%d) for '%s'.\n", length,
-                    row.min, row.max, row.path.data());
+        return context.messages.report(
+            "ERROR: config string length '%u' is out of range (%d-%d) for '%s'.\n", length, row.min,
+            row.max, row.path.data());
     Ipv4 addr;
     switch (row.form) {
     case FORM_IPV4:
         if (!parse_ipv4(text, addr))
-            return report_invalid(row, text);
+            return report_invalid(context, row, text);
         return append(context, row.id, key, addr.octet, sizeof addr.octet);
     case FORM_SERVER_ADDRESS:
         if (!parse_ipv4(text, addr))
@@ -246,7 +252,8 @@ static int take_scalar(ConfigContext &context, std::string_view path, IndexKey k
     if (row == nullptr)
         return 0;
     if (value.type != row->kind())
-        return fail("ERROR: json config value is not matched for '%s'\n", row->path.data());
+        return context.messages.report("ERROR: json config value is not matched for '%s'\n",
+                                       row->path.data());
     if (row->kind() == json_integer)
         return take_integer(context, *row, key, value.u.integer);
     return take_string(context, *row, key, value.u.string.ptr, value.u.string.length);
@@ -256,6 +263,10 @@ int config_value_handler(std::string_view path, IndexKey key, const json_value &
                          void *context)
 {
     auto &config = *static_cast<ConfigContext *>(context);
-    return value.type == json_array ? take_array(config, path, key, value.u.array.length)
-                                    : take_scalar(config, path, key, value);
+    const int status = value.type == json_array
+                           ? take_array(config, path, key, value.u.array.length)
+                           : take_scalar(config, path, key, value);
+    if (status != 0)
+        config.list_refused = true;
+    return status;
 }

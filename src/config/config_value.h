@@ -3,7 +3,9 @@
 #pragma once
 
 #include "config/config_keys.h"
+#include "config/config_messages.h"
 #include "config/config_walk.h"
+#include "config/password_digest.h"
 #include "config/tlv_buffer.h"
 #include "util/bytes.h"
 
@@ -16,11 +18,14 @@ struct ConfigContext {
 
     DeviceKind kind;
     TlvBuffer &items;
+    ConfigMessages messages;
+    int (*digest)(const char *password, uint8_t digest[16]) = password_digest;
 
     // The list whose elements are being collected. One at a time is enough: a list's path is never
     // below another's, and a list that was left unfinished starts anew with its next array.
     const ConfigKey *list = nullptr; // its row, or null
     uint32_t list_length = 0;
+    bool list_refused = false; // one of its elements was, and the walk went on
     Bytes list_bytes;
 };
 

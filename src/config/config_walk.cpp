@@ -12,45 +12,51 @@ static void append_path(JsonIterStack &stack, std::string_view text)
     stack.path_length += text.size();
 }
 
-static int hand_over(const JsonIterStack &stack, const json_value &value, JsonHandler handler,
-                     void *context)
+static int hand_over(const JsonIterStack &stack, const json_value &value,
+                     const JsonVisitor &visitor)
 {
     if (stack.path_length > sizeof stack.path)
         return 0;
-    return handler({stack.path, stack.path_length}, {stack.key, stack.key_length}, value, context);
+    return visitor.take({stack.path, stack.path_length}, {stack.key, stack.key_length}, value,
+                        visitor.context);
 }
 
-static int walk_object(JsonIterStack &stack, const json_value &object, JsonHandler handler,
-                       void *context)
+static int refuse(const JsonVisitor &visitor, const json_value &value, const char *message)
+{
+    if (visitor.refuse != nullptr)
+        return visitor.refuse(value, message, visitor.context);
+    return message == nullptr ? 1 : fail("%s", message);
+}
+
+static int walk_object(JsonIterStack &stack, const json_value &object, const JsonVisitor &visitor)
 {
     const size_t length = stack.path_length;
     if (object.u.object.length == 0)
-        return 1;
+        return refuse(visitor, object, nullptr);
     for (uint32_t i = 0; i < object.u.object.length; i++) {
         const json_object_entry &member = object.u.object.values[i];
         stack.index[stack.count - 1] = i;
         append_path(stack, stack.count > 1 ? "." : "");
         append_path(stack, {member.name, member.name_length});
-        if (json_walk(stack, *member.value, handler, context) != 0)
+        if (json_walk(stack, *member.value, visitor) != 0)
             return 1;
         stack.path_length = length;
     }
     return 0;
 }
 
-static int walk_array(JsonIterStack &stack, const json_value &array, JsonHandler handler,
-                      void *context)
+static int walk_array(JsonIterStack &stack, const json_value &array, const JsonVisitor &visitor)
 {
     const size_t length = stack.path_length;
     append_path(stack, "[]");
     uint8_t &key_byte = stack.key[stack.key_length++];
     key_byte = static_cast<uint8_t>(stack.index[stack.count - 1]);
-    if (hand_over(stack, array, handler, context) != 0)
+    if (hand_over(stack, array, visitor) != 0)
         return 1;
     for (uint32_t i = 0; i < array.u.array.length; i++) {
         stack.index[stack.count - 1] = i;
         key_byte = static_cast<uint8_t>(i);
-        if (json_walk(stack, *array.u.array.values[i], handler, context) != 0)
+        if (json_walk(stack, *array.u.array.values[i], visitor) != 0)
             return 1;
     }
     stack.key_length--;
@@ -58,18 +64,18 @@ static int walk_array(JsonIterStack &stack, const json_value &array, JsonHandler
     return 0;
 }
 
-int json_walk(JsonIterStack &stack, const json_value &value, JsonHandler handler, void *context)
+int json_walk(JsonIterStack &stack, const json_value &value, const JsonVisitor &visitor)
 {
     if (stack.count == JsonIterStack::DEPTH_MAX)
-        return fail("ERROR: json iter stack is full.\n");
+        return refuse(visitor, value, "ERROR: json iter stack is full.\n");
     stack.count++;
     int status = 1;
     switch (value.type) {
     case json_object:
-        status = walk_object(stack, value, handler, context);
+        status = walk_object(stack, value, visitor);
         break;
     case json_array:
-        status = walk_array(stack, value, handler, context);
+        status = walk_array(stack, value, visitor);
         break;
     case json_none:
     case json_integer:
@@ -77,7 +83,7 @@ int json_walk(JsonIterStack &stack, const json_value &value, JsonHandler handler
     case json_string:
     case json_boolean:
     case json_null:
-        status = hand_over(stack, value, handler, context);
+        status = hand_over(stack, value, visitor);
         break;
     default:
         break;

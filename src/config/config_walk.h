@@ -34,7 +34,17 @@ struct JsonIterStack {
 using JsonHandler = int (*)(std::string_view path, IndexKey key, const json_value &value,
                             void *context);
 
-// Walks one value and all below it, handing them to the handler; those whose path is longer than
-// PATH_MAX_BYTES are passed over. Returns 0; or 1 when the handler stopped the walk, when an object
-// has no members, or when values are nested too deeply (the last with its message printed).
-int json_walk(JsonIterStack &stack, const json_value &value, JsonHandler handler, void *context);
+// Takes what no walk goes into: an object without members, for which there is no message (null), or
+// a value that is nested too deeply. Returns 0 to go on behind it, 1 to stop.
+using JsonRefusal = int (*)(const json_value &value, const char *message, void *context);
+
+// What a walk calls; without `refuse` it prints the message and stops.
+struct JsonVisitor {
+    JsonHandler take;
+    void *context;
+    JsonRefusal refuse = nullptr;
+};
+
+// Walks one value and all below it; those whose path is longer than PATH_MAX_BYTES are passed over.
+// Returns 0; or 1 when the visitor stopped the walk, or the value is of no known kind.
+int json_walk(JsonIterStack &stack, const json_value &value, const JsonVisitor &visitor);

@@ -2,7 +2,6 @@
 #include "util/output.h"
 
 #include <cerrno>
-#include <cstdarg>
 #include <cstdio>
 #include <poll.h>
 #include <unistd.h>
@@ -50,13 +49,19 @@ void Output::flush()
     used_ = 0;
 }
 
-int fail(const char *format, ...)
+int fail_with(const char *format, va_list arguments)
 {
     standard_output.flush();
     wait_until_writable(STDERR_FILENO);
+    vfprintf(stderr, format, arguments);
+    return 1;
+}
+
+int fail(const char *format, ...)
+{
     va_list arguments;
     va_start(arguments, format);
-    vfprintf(stderr, format, arguments);
+    fail_with(format, arguments);
     va_end(arguments);
     return 1;
 }
