@@ -1,13 +1,14 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
 """Checks the schemas of configuration files: that they are schemas, accept the examples and refuse
-documents that are wrong.
+documents that are wrong, and that zov-check does so as well.
 
-usage: check_schemas.py SHARE_FOLDER EXAMPLES_FOLDER
+usage: check_schemas.py SHARE_FOLDER EXAMPLES_FOLDER ZOV_CHECK
 """
 
 import json
 import pathlib
+import subprocess
 import sys
 
 from jsonschema import Draft202012Validator
@@ -46,11 +47,14 @@ REFUSED = [
     ("group address", "ap", wlan({"acl": {"mac": ["01:00:5e:00:00:01"]}})),
     ("MAC address given twice", "ap", wlan({"l2macWlist": ["0:0:5e:0:53:1"] * 2})),
     ("rate without unit", "ap", {"radio": [{"data_rate": "54"}]}),
+    ("misspelt setting", "ap", {"radio": [{"txpower": 17}]}),
+    ("settings of the other kind of device", "switch", {"bandsteer": 1}),
+    ("object where a number belongs", "switch", {"power_budget": {"comment": 1}}),
+    ("array where an object belongs", "ap", {"led": [{"power": 1}]}),
 ]
 
 ACCEPTED = [
-    ("unknown member", "ap", {"colour": "red"}),
-    ("settings of the other kind of device", "switch", {"bandsteer": 2}),
+    ("comments", "ap", {"comment": ["red"], "radio": [{"comment": {"tx_power": "x"}}, {"mesh": {"comment": 1}}]}),
     ("empty lists", "switch", {"ac_list": [], "manage_mac_list": []}),
     ("host name given twice", "switch", {"ac_list": ["a", "a"]}),
     ("longest list", "ap", {"ac_list": [f"ac{i}.example" for i in range(255)]}),
@@ -60,7 +64,13 @@ ACCEPTED = [
 ]
 
 
-def failures(share, examples):
+def zov_check_accepts(zov_check, kind, document):
+    done = subprocess.run([zov_check, "--type", str(int(kind == "switch")), "-"], input=json.dumps(document),
+                          text=True, capture_output=True)
+    return done.returncode == 0 and done.stderr == ""
+
+
+def failures(share, examples, zov_check):
     validators = {}
     for kind, example in EXAMPLES.items():
         schema = json.loads((share / f"wtp_cfg-{kind}.schema.json").read_text())
@@ -75,14 +85,17 @@ def failures(share, examples):
             yield f"{example}: {error.json_path}: {error.message}"
     for cases, expected in (REFUSED, False), (ACCEPTED, True):
         for what, kind, settings in cases:
-            if kind in validators and validators[kind].is_valid({"wtp_cfg": settings}) != expected:
+            document = {"wtp_cfg": settings}
+            if kind in validators and validators[kind].is_valid(document) != expected:
                 yield f"{what} ({kind}): {'refused' if expected else 'accepted'}: {settings}"
+            if zov_check_accepts(zov_check, kind, document) != expected:
+                yield f"{what} ({kind}): {'refused' if expected else 'accepted'} by zov-check: {settings}"
 
 
 def main():
-    if len(sys.argv) != 3:
+    if len(sys.argv) != 4:
         sys.exit(__doc__)
-    failed = list(failures(pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2])))
+    failed = list(failures(pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2]), sys.argv[3]))
     for line in failed:
         print(line)
     sys.exit(1 if failed else 0)

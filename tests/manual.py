@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Compares the manual pages with the programs: manual.py ZOV AC_SIM SOURCE_FOLDER
+"""Compares the manual pages with the programs: manual.py ZOV SOURCE_FOLDER PROGRAM...
 
 Commands and options of the one are those of the other; each command refuses every option that its entry
 does not name.
@@ -12,8 +12,8 @@ from pathlib import Path
 
 from harness import Case, main, option_words, run
 
-ZOV, AC_SIM, SOURCE = sys.argv[1:4]
-ZOV_PAGE, SIM_PAGE = (Path(SOURCE, "man", name).read_text() for name in ("zov.8", "ac-sim.1"))
+ZOV, SOURCE, *OTHERS = sys.argv[1:]
+ZOV_PAGE = Path(SOURCE, "man/zov.8").read_text()
 OPTIONS = option_words()
 ELSEWHERE = ("nodc", "exit", "kill")  # the last two see a fake process list elsewhere
 
@@ -42,13 +42,17 @@ class Manual(Case):
             self.assertLessEqual(set(re.findall(r"^\t--(\w+)", text, re.M)), named(pages[command]), command)
 
     def test_the_pages_name_the_options_that_there_are(self):
-        usage = subprocess.run([AC_SIM, "--help"], stdout=subprocess.PIPE, text=True).stdout
-        of_sim = {"help"} | set(re.findall(r"^  --([\w-]+)", usage, re.M))
         self.assertEqual(named(ZOV_PAGE), set(OPTIONS))
-        self.assertEqual(named(SIM_PAGE), of_sim)
-        for page in (ZOV_PAGE, SIM_PAGE):  # command lines of either
+        pages, known = [ZOV_PAGE], set(OPTIONS)
+        for program in OTHERS:
+            usage = subprocess.run([program, "--help"], stdout=subprocess.PIPE, text=True).stdout
+            options = set(re.findall(r"^  (?:-h, )?--([\w-]+)", usage, re.M))
+            pages.append(Path(SOURCE, "man", Path(program).name + ".1").read_text())
+            self.assertEqual(named(pages[-1]), options, program)
+            known |= options
+        for page in pages:  # command lines of any
             typed = re.findall(r"(?<![\w-])--([a-z][\w-]*)", page.replace(r"\-", "-"))
-            self.assertLessEqual(set(typed), of_sim | set(OPTIONS))
+            self.assertLessEqual(set(typed), known)
 
     def test_every_command_refuses_what_its_entry_does_not_name(self):
         for command, text in entries().items():

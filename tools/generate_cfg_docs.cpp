@@ -3,7 +3,7 @@
 // files, and the manual page zov-cfg(5) in mdoc.
 //
 // usage: generate_cfg_docs schema-ap|schema-switch|man TEMPLATE
-#include "config/config_keys.h"
+#include "settings_tree.h"
 #include "util/output.h"
 
 #include <algorithm>
@@ -38,50 +38,12 @@ constexpr SettingText TEXTS[] = {
 #include "config/settings.def"
 };
 
-// A member of a configuration file: a setting, a list of values that is one setting (it has a row
-// and is an array), an object, or an array of objects.
-struct Node {
-    string_view name;
-    string_view path; // ends with [] when it is an array
-    const ConfigKey *row = nullptr;
-    std::vector<Node> members;
-
-    [[nodiscard]] bool is_array() const { return path.ends_with("[]"); }
-};
-
 } // namespace
 
 static void put(const auto &...texts)
 {
     for (const string_view text : {string_view(texts)...})
         cout << text;
-}
-
-// --- The tree of a key table ---------------------------------------------------------------------
-
-static Node &member_at(Node &node, string_view path)
-{
-    for (Node &member : node.members)
-        if (member.path == path)
-            return member;
-    string_view name = path.substr(path.rfind('.') + 1);
-    name = name.substr(0, name.find('['));
-    return node.members.emplace_back(Node{name, path, nullptr, {}});
-}
-
-// The root has the one member wtp_cfg.
-static Node make_tree(DeviceKind kind)
-{
-    Node root;
-    for (const ConfigKey *row = config_keys(kind); !row->path.empty(); row++) {
-        Node *node = &root;
-        for (size_t end = 0; end != string_view::npos;) {
-            end = row->path.find('.', end + 1);
-            node = &member_at(*node, row->path.substr(0, end));
-        }
-        node->row = row;
-    }
-    return root;
 }
 
 // The last two names of a path.
@@ -112,7 +74,7 @@ static int32_t largest(const ConfigKey &row)
     return row.form == FORM_U16 ? std::min<int32_t>(row.max, UINT16_MAX) : row.max;
 }
 
-static uint32_t elements_max(const Node &array)
+static uint32_t elements_max(const SettingNode &array)
 {
     const uint32_t size = array.row == nullptr ? 0 : array.row->element_size();
     return size == 0 ? CONFIG_ELEMENTS_MAX
@@ -141,7 +103,7 @@ static string value_words(const ConfigKey &row)
     }
 }
 
-static string type_words(const Node &setting)
+static string type_words(const SettingNode &setting)
 {
     const string words = value_words(*setting.row);
     return setting.is_array()
@@ -155,7 +117,7 @@ static bool refuses_repeated_elements(const ConfigKey &row, DeviceKind kind)
 }
 
 // The setting's description and what its form adds.
-static string describe(const Node &setting, DeviceKind kind)
+static string describe(const SettingNode &setting, DeviceKind kind)
 {
     const ConfigKey &row = *setting.row;
     string text(text_of(setting.path).description);
@@ -267,21 +229,32 @@ static void print_value_schema(JsonPrinter &json, const ConfigKey &row)
         json.text("pattern", texts);
 }
 
-static void print_member_schema(JsonPrinter &json, const Node &node, DeviceKind kind);
+// Begins the members of an object: those that are described, and a comment.
+static void open_properties(JsonPrinter &json)
+{
+    json.literal("additionalProperties", "false");
+    json.open("properties");
+    json.open("comment");
+    json.text("title", "Comment");
+    json.text("description", "A remark of any type. It is not sent.");
+    json.close();
+}
 
-static void print_type_schema(JsonPrinter &json, const Node &node, DeviceKind kind)
+static void print_member_schema(JsonPrinter &json, const SettingNode &node, DeviceKind kind);
+
+static void print_type_schema(JsonPrinter &json, const SettingNode &node, DeviceKind kind)
 {
     if (node.row != nullptr)
         return print_value_schema(json, *node.row);
     json.text("type", "object");
     json.number("minProperties", 1);
-    json.open("properties");
-    for (const Node &member : node.members)
+    open_properties(json);
+    for (const SettingNode &member : node.members)
         print_member_schema(json, member, kind);
     json.close();
 }
 
-static void print_member_schema(JsonPrinter &json, const Node &node, DeviceKind kind)
+static void print_member_schema(JsonPrinter &json, const SettingNode &node, DeviceKind kind)
 {
     const SettingText &text = text_of(node.path);
     json.open(node.name);
@@ -303,18 +276,19 @@ static void print_member_schema(JsonPrinter &json, const Node &node, DeviceKind 
     json.close();
 }
 
-static void print_schema(const Node &root, DeviceKind kind)
+static void print_schema(const SettingNode &root, DeviceKind kind)
 {
     const string_view device = kind == DEVICE_SWITCH ? "a switch" : "an access point";
     put("{");
     JsonPrinter json;
     json.text("$schema", "https://json-schema.org/draft/2020-12/schema");
     json.text("title", "Configuration file of " + string(device));
-    json.text("description", "Settings for zov cfg --file; see zov-cfg(5). "
-                             "Members that are not described here are skipped.");
+    json.text("description", "Settings for zov cfg --file; see zov-cfg(5). It is stricter than zov, which "
+                             "skips members that are not described here: an object may have no "
+                             "others but comment.");
     json.text("type", "object");
     json.literal("required", "[\"wtp_cfg\"]");
-    json.open("properties");
+    open_properties(json);
     json.open("$schema");
     json.text("title", "Schema");
     json.text("description", "The place of this schema, for editors. It is not sent.");
@@ -344,13 +318,13 @@ static void put_sentences(string_view text)
 }
 
 // The node's own settings, then the groups below it.
-static void print_manual_group(const Node &node, DeviceKind kind)
+static void print_manual_group(const SettingNode &node, DeviceKind kind)
 {
     const SettingText &group = text_of(node.path);
     put(".Ss ", group.title, " (", node.path, ")\n");
     put_sentences(group.description);
     put(".Bl -tag -width Ds\n");
-    for (const Node &member : node.members) {
+    for (const SettingNode &member : node.members) {
         if (member.row == nullptr)
             continue;
         put(".It Va ", member.path, "\n");
@@ -358,13 +332,14 @@ static void print_manual_group(const Node &node, DeviceKind kind)
         put_sentences(describe(member, kind));
     }
     put(".El\n");
-    for (const Node &member : node.members)
+    for (const SettingNode &member : node.members)
         if (member.row == nullptr)
             print_manual_group(member, kind);
 }
 
 // The template, with the settings in the place of the comment that names them.
-static int print_manual(const char *name, const Node &access_point, const Node &of_switch)
+static int print_manual(const char *name, const SettingNode &access_point,
+                        const SettingNode &of_switch)
 {
     std::ifstream file(name);
     for (string line; std::getline(file, line);) {
@@ -383,8 +358,8 @@ static int print_manual(const char *name, const Node &access_point, const Node &
 int main(int argc, char **argv)
 {
     const string what = argc > 1 ? argv[1] : "";
-    const Node access_point = make_tree(DEVICE_ACCESS_POINT);
-    const Node of_switch = make_tree(DEVICE_SWITCH);
+    const SettingNode access_point = settings_tree(DEVICE_ACCESS_POINT);
+    const SettingNode of_switch = settings_tree(DEVICE_SWITCH);
     int status = 0;
     if (what == "schema-ap")
         print_schema(access_point, DEVICE_ACCESS_POINT);

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+// The settings of a kind of device as the tree that its configuration files have.
+#pragma once
+
+#include "config/config_keys.h"
+
+#include <string_view>
+#include <vector>
+
+// A member of a configuration file: a setting, a list of values that is one setting (it has a row
+// and is an array), an object, or an array of objects.
+struct SettingNode {
+    std::string_view name;
+    std::string_view path; // ends with [] when it is an array
+    const ConfigKey *row = nullptr;
+    std::vector<SettingNode> members;
+
+    [[nodiscard]] bool is_array() const { return path.ends_with("[]"); }
+
+    // The member of that name, or null.
+    [[nodiscard]] const SettingNode *find(std::string_view member) const;
+};
+
+// The root has the one member wtp_cfg. All that is in it stands in the order of the key table.
+SettingNode settings_tree(DeviceKind kind);

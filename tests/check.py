@@ -1,0 +1,177 @@
+# SPDX-License-Identifier: MIT
+"""zov-check on files, good and bad: check.py ZOV_CHECK SOURCE_FOLDER"""
+import hashlib
+import json
+import struct
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+import settings
+from settings import AP, SWITCH, TABLE
+
+ZOV_CHECK, SOURCE = sys.argv[1:3]
+DEEP = '{"wtp_cfg":{"comment":' + "[" * 100000 + "]" * 100000 + ',"nam":1}}'
+
+# Text of a file, type, what is reported of it; a number before a message is its line. What zov cfg refuses
+# as well is marked by a *, and nothing of such a file would be sent.
+FILES = [
+    ('{"$schema":"s","comment":{"a":[1]},"wtp_cfg":{"comment":[],"radio":[{"comment":1},{"op_mode":1}]}}', 0, []),
+    ("", 0, ["No member 'wtp_cfg', the file is empty."]),
+    ("[1]", 0, ["No member 'wtp_cfg'."]),
+    ('{\n"WTP_CFG":{"name":"x"},"zzz":{"a":1}}', 0,
+     ["No member 'wtp_cfg'.", "2 Unknown member 'WTP_CFG', did you mean 'wtp_cfg'?", "2 Unknown member 'zzz'."]),
+    ('{"wtp_cfg":{"nmae":"x","bandsteering":{"rsi":1,"xyz":1},\n"power_budget":1,"coment":1,"$schema":""}}', 0,
+     ["1 Unknown member 'nmae' in 'wtp_cfg', did you mean 'name'?",
+      "1 Unknown member 'rsi' in 'wtp_cfg.bandsteering', did you mean 'rssi'?",
+      "1 Unknown member 'xyz' in 'wtp_cfg.bandsteering'.",
+      "2 Unknown member 'power_budget' in 'wtp_cfg', which switches have (--type 1).",
+      "2 Unknown member 'coment' in 'wtp_cfg', did you mean 'comment'?",
+      "2 Unknown member '$schema' in 'wtp_cfg'."]),
+    ('{"wtp_cfg":{"led":{"power":1},"manage_mac_list":["3:0:0:0:0:1"]}}', 1,
+     ["1 Unknown member 'led' in 'wtp_cfg', which access points have (--type 0).",
+      "1 *Invalid config value '3:0:0:0:0:1' for 'wtp_cfg.manage_mac_list[]'."]),
+    ('{"wtp_cfg":\n{"name":"a",\n"led":{"lan":1},"name":"a","led":{"lan":1},\n"comment":1,"comment":2}}', 0,
+     ["3 Member 'name' is given twice in 'wtp_cfg'.", "3 Member 'led' is given twice in 'wtp_cfg'."]),
+    # Every value is checked, whatever is wrong with others; lists without false doubles.
+    ('{"wtp_cfg":{"bandsteer":2,\n"name":1,"location":"a:\\"{[\\\\","dns1":\n"1.2",\n"ac_list":["a",1,"a",2,"a"],\n'
+     '"timezone":-721,\n"radio":[{"mesh":{"wpa_key":"seven77"}},\n{"data_rate":"54","wlan":[{"acl":{"mac":'
+     '["02:0:0:0:0:1","2:0:0:0:0:1"]}}]}]}}', 0,
+     ["1 *config value '2' is out of range (0 to 1) for 'wtp_cfg.bandsteer'.",
+      "2 *json config value is not matched for 'wtp_cfg.name'", "3 *Invalid config value '1.2' for 'wtp_cfg.dns1'.",
+      *["4 *json config value is not matched for 'wtp_cfg.ac_list[]'"] * 2,
+      "5 *config value '-721' is out of range (-720 to 780) for 'wtp_cfg.timezone'.",
+      "6 *config string length '7' is out of range (8-63) for 'wtp_cfg.radio[].mesh.wpa_key'.",
+      "7 *Invalid config value '54' for 'wtp_cfg.radio[].data_rate'.",
+      "7 *Duplicate MACs in 'wtp_cfg.radio[].wlan[].acl.mac[]'."]),
+    ('{"wtp_cfg":{"led":1,\n"radio":{"op_mode":1},\n"lan_port":[{"en":1},7,\n[]],"name":["x"],"bandsteer":{"x":1},'
+     '"ac_list":"x"}}', 0,
+     ["1 'wtp_cfg.led' has to be an object.", "2 'wtp_cfg.radio[]' has to be an array.",
+      "3 an element of 'wtp_cfg.lan_port[]' has to be an object.",
+      "4 an element of 'wtp_cfg.lan_port[]' has to be an object.", "4 'wtp_cfg.name' has to be a text.",
+      "4 'wtp_cfg.bandsteer' has to be a number.", "4 'wtp_cfg.ac_list[]' has to be an array."]),
+    ('{"wtp_cfg":{"mesh":{},\n"radio":[{"portal":{"port":65536,"radius_port":65535,"radius_server":"",'
+     '"userurl":"a\\u0000b"}},\n{"portal":{"radius_server":"radius"}}],"comment":{}}}', 0,
+     ["1 *An object without members.",
+      "2 config value '65536' is sent as 0 for 'wtp_cfg.radio[].portal.port'.",
+      "2 config value ends at its NUL character for 'wtp_cfg.radio[].portal.userurl'.",
+      "3 config value 'radius' is sent as 0.0.0.0 for 'wtp_cfg.radio[].portal.radius_server'.",
+      "3 *An object without members."]),
+    # Nothing that a terminal would obey.
+    ('{"wtp_cfg":{"\\u001b]0;x\\u0007":1,"dns1":"\\u009b1m\x7f\\u202e\xe9"}}', 0,
+     ["1 Unknown member '?]0;x?' in 'wtp_cfg'.", "1 *Invalid config value '?1m???' for 'wtp_cfg.dns1'."]),
+    ('{"wtp_cfg":{"name":"x"\n,,}', 0, ["2 *Invalid config file FILE. Unexpected `,` in object."]),
+    ('{"a":1,\n"b', 0, ["2 *Invalid config file FILE. Unexpected EOF in string."]),
+    (DEEP, 0, ["1 *json iter stack is full.", "1 Unknown member 'nam' in 'wtp_cfg', did you mean 'name'?"]),
+]
+
+
+def check(*words, **more):
+    done = subprocess.run([ZOV_CHECK, *words], capture_output=True, timeout=60, **more)
+    return done.returncode, done.stdout.decode(), done.stderr.decode()
+
+
+def shown(row, value):
+    """How --items shows a value."""
+    if row.form == "rate":
+        return str(settings.RATES[value])
+    if row.form in ("u32", "u16"):
+        return str(value)
+    if row.form == "server" and not value:
+        return "0.0.0.0"
+    if row.form == "macs":
+        return ":".join(f"{int(byte, 16):02X}" for byte in value.split(":"))
+    if row.form == "digest":
+        return hashlib.md5(value.encode() + b"\n").hexdigest()
+    return value.replace(".000", ".0") if row.form in ("ipv4", "server", "ipset") else json.dumps(value)
+
+
+def parts(items):
+    """Ids and index keys of items."""
+    while items:
+        number, length = struct.unpack_from(">HH", items)
+        key, (size,) = items[4:4 + length], struct.unpack_from(">H", items, 4 + length)
+        yield [str(number), ".".join(map(str, key)) or "-"]
+        items = items[6 + length + size:]
+
+
+class Check(unittest.TestCase):
+    maxDiff = None
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.file = f"{folder.name}/f.json"
+
+    def test_what_is_reported(self):
+        for text, kind, messages in FILES:
+            with self.subTest(text=text[:200]):
+                Path(self.file).write_text(text, encoding="latin-1")
+                number = [m.split(" ")[0] if m[0].isdigit() else "" for m in messages]
+                expected = "".join(
+                    f"{self.file}{n and ':' + n}: ERROR: {m.removeprefix(n).lstrip(' ').removeprefix('*')}\n"
+                    for n, m in zip(number, messages)).replace("FILE", self.file)
+                status, out, err = check("--items", "--type", str(kind), self.file)
+                self.assertEqual((status, err), (int(bool(messages)), expected))
+                if any("*" in m for m in messages):
+                    self.assertEqual(out, "")
+                self.assertEqual(check("--type", str(kind), self.file), (status, "", err))
+
+    def test_items_of_every_setting_at_its_bounds(self):
+        for kind, rows in TABLE.items():
+            for which in (0, 1):
+                value = {path: settings.extremes(row)[which] for path, row in rows.items()}
+                value |= {path: min(value[path], 65535) for path, row in rows.items() if row.form == "u16"}
+                made = settings.document(*value.items())
+                Path(self.file).write_text(json.dumps(made))
+                status, out, err = check("--items", "--type", str(AP - kind), self.file)
+                self.assertEqual((status, err), (0, ""))
+                lines = [line.split(None, 3) for line in out.splitlines()]
+                self.assertEqual([line[:2] for line in lines], list(parts(settings.Walk(kind).walk(made))))
+                self.assertEqual(len({line.index(" wtp_cfg.") for line in out.splitlines()}), 1)
+                sent = {path: text for _, _, path, text in lines}
+                self.assertEqual(sent, {**{path: shown(rows[path], value[path]) for path in rows},
+                                        **{path: "1" for path in sent.keys() - rows.keys()}})
+
+    def test_texts_and_lists_of_items(self):
+        Path(self.file).write_text(
+            '{"wtp_cfg":{"name":"\\"\\\\\\n\\u001b\u00e9","ac_list":["a","b\\""],"bandsteering":{"rssi":-70},'
+            '"radio":[{"comment":1},{"mesh":{"link_robust_threshold":-96},"wlan":[{"acl":{"mac":[]}}]}]}}')
+        rows = (r'''  1  -    wtp_cfg.name                                 "\"\\\u000a\u001bé"''',
+                r'''90  -    wtp_cfg.ac_list[]                            "a","b\""''',
+                "103  -    wtp_cfg.bandsteering.rssi                    -70",
+                "  4  0    wtp_cfg.radio[]                              2",
+                "114  1    wtp_cfg.radio[].mesh.link_robust_threshold   -96",
+                " 17  1.0  wtp_cfg.radio[].wlan[]                       1",
+                " 40  1.0  wtp_cfg.radio[].wlan[].acl.mac[]             none")
+        status, out, err = check("--items", self.file)
+        self.assertEqual((status, err), (0, ""))
+        self.assertEqual([line.split() for line in out.splitlines()], [row.split() for row in rows])
+
+    def test_files(self):
+        examples = [f"{SOURCE}/examples/{name}.json" for name in ("office-ap", "poe-switch")]
+        self.assertEqual(check(examples[0]), (0, "", ""))
+        self.assertEqual(check(examples[1], "--type", "1", "--acport", "1", "--timeout", "1"), (0, "", ""))
+        status, out, err = check("--items", "nothing", "-", self.file, "/", input=b'{"wtp_cfg":{"bandsteer":1}}')
+        self.assertEqual((status, out), (1, f"nothing:\n-:\n50  -  wtp_cfg.bandsteer  1\n{self.file}:\n/:\n"))
+        self.assertEqual(err, "nothing: ERROR: Open nothing failed.\n"
+                              f"{self.file}: ERROR: Open {self.file} failed.\n/: ERROR: read / failed.\n")
+        Path(self.file).write_text('{"wtp_cfg":{"name":"x"}}')
+        with open("/dev/full", "w") as full:
+            done = subprocess.run([ZOV_CHECK, "--items", self.file], stdout=full, stderr=subprocess.PIPE, text=True)
+        self.assertEqual((done.returncode, done.stderr),
+                         (1, "zov-check: cannot write standard output: No space left on device\n"))
+
+    def test_command_line(self):
+        for words, message in (([], "no file to check, see --help"), (["--type", "2", "f"], "--type: bad argument '2', "
+                               "expected one of: 0 1"), (["--itms"], "unknown option '--itms', see --help")):
+            self.assertEqual(check(*words), (2, "", f"zov-check: {message}\n"))
+        status, out, err = check("--help")
+        self.assertEqual((status, err), (0, ""))
+        self.assertRegex(out, r"^usage: zov-check \[OPTION\]\.\.\. FILE\.\.\.\n(.*\n)+  --type TYPE .*(\n.*)+--timeout SEC")
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1], verbosity=0)
