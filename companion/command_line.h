@@ -19,6 +19,7 @@ struct OptionText {
     const char *argument;         // its name in the help; null for an option that takes none
     const char *help;             // one line
     const char *values = nullptr; // those that are known, parted by blanks; null: any
+    bool repeatable = false;      // may be given more than once, to add something
 };
 
 // A row of a program's table. `take` keeps the argument (null if there is none) in the settings;

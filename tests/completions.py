@@ -1,68 +1,160 @@
-#!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Asks real shells what they complete: completions.py COMPLETION_FOLDER EXAMPLE_FOLDER"""
+"""Asks real shells what they complete: completions.py ZOV AC_SIM SOURCE_FOLDER COMPLETION_FOLDER PROGRAM...
+
+Bash and zsh run in a terminal, where keys are sent; fish tells by itself. A simulated controller is there.
+"""
+import os
+import pty
 import re
+import select
 import shlex
 import shutil
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 from pathlib import Path
 
-FOLDER, EXAMPLES = sys.argv[1:3]
+from simulator import Controller
 
-# A line to complete and the candidates; the cursor is at its end.
-LINES = [("zov au", ["autoch", "autotp"]), ("zov rst --f", ["--factory", "--flickreboot"]),
-         ("zov wtps --no", ["--no_cfg", "--no_stainf"]), ("zov autoch --radio ", ["2g", "5g"]),
-         ("zov kick --radio 5", ["5g", "5g1"]), ("zov sh --type ", ["0", "1", "2"]),
-         ("zov wtpflag --flag ", ["1", "2"]), ("zov online --", ["--acport", "--acserver"]),
-         ("zov bgscan --enable ", ["0", "1"]), ("zov cfg --file office-", ["office-ap.json"])]
+ZOV, _, _, FOLDER, *PROGRAMS = sys.argv[1:]
+APS, SWITCH = [f"02:A3:00:00:00:0{n}" for n in (1, 2)], "02:A2:00:00:00:01"
+FILES = ["office.json", "two words.json", "sub/in.json"]
+
+# A line to complete (PORT stands for the controller's), and what is offered for its last word.
+LINES = [
+    ("zov au", ["autoch", "autotp"]), ("zov rst --f", ["--factory", "--flickreboot"]),
+    ("zov kick --radio 5", ["5g", "5g1"]), ("zov sh --type=", ["--type=0", "--type=1", "--type=2"]),
+    ("zov wtpflag --flag ", ["1", "2"]), ("zov online --", ["--acport", "--acserver"]), ("zov nothing --", []),
+    # Options are offered once.
+    ("zov rst --mac 2:0:0:0:0:1 --wait=3 --", ["--factory", "--flickreboot", "--acserver", "--acport"]),
+    ("zov-check --items --type 1 --", ["--acserver", "--acport", "--timeout", "--help", "--version"]),
+    # Files.
+    ("zov cfg --file o", ["office.json"]), ("zov cfg --file=o", ["--file=office.json"]),
+    ("zov cfg --file tw", ["two words.json"]), ("zov cfg --file=two\\ w", ["--file=two words.json"]),
+    ("zov cfg --file two\\ words.json,o", ["two words.json,office.json"]), ("zov cfg --file sub/", ["sub/in.json"]),
+    ("zov-check ", ["office.json", "two words.json", "sub/"]), ("zov-check --items 'two", ["two words.json"]),
+    # Devices, of the controller on the line, in lists and in lower case.
+    ("zov rst --acport PORT --mac ", [*APS, SWITCH]), ("zov rst --acport=PORT --mac 02:a3:", APS),
+    ("zov rst --acport=PORT --mac=02:A2", [f"--mac={SWITCH}"]),
+    (f"zov rst --acport PORT --mac {APS[0]},02:A3", [f"{APS[0]},{APS[1]}"]),
+    (f"zov rst --acport PORT --mac={APS[0]},{SWITCH},", [f"--mac={APS[0]},{SWITCH},{APS[1]}"]),
+    ("zov rst --acport 1 --mac ", []),
+]
+
+DESCRIPTIONS = [("zov ", ["Reset WTP", "Show firmware upgrade list"]), ("zov rst --", ["reset to factory settings",
+                "the wtp's mac address list"]), ("zov sh --t", ["specify output type. 0:all 1:stdout 2:stderr"]),
+                ("zov rst --acport PORT --mac ", ["SW-10P 10.2.0.1:5246", "AP-430 10.3.0.2:5246"]),
+                ("zov-check --", ["print what would be sent of each good file: id, index, path, value"])]
 
 
-def bash(line):
-    script = f"""source {FOLDER}/zov.bash; cd {EXAMPLES}
-        COMP_WORDS=({line}); [[ '{line}' == *' ' ]] && COMP_WORDS+=('')
-        COMP_CWORD=$((${{#COMP_WORDS[@]}} - 1)); compopt() {{ :; }}
-        _zov; printf '%s\\n' "${{COMPREPLY[@]}}" """
-    return subprocess.run(["bash", "--norc", "-c", script], capture_output=True, text=True, check=True).stdout
+class Terminal:
+    """A shell in a terminal. Control-X does what the shell's start says, Control-T shows the line and clears it."""
+
+    def __init__(self, start, words, folder):
+        home = f"{folder}.home"
+        os.mkdir(home)
+        Path(home, ".zshrc").write_text(f"{start}\nprintf '<<>>'")
+        self.process, self.fd = pty.fork()
+        if self.process == 0:
+            os.chdir(folder)
+            os.environ.update(HOME=home, ZDOTDIR=home, TERM="dumb")
+            os.execvp(words[0], [word.replace("HOME", home) for word in words])
+        self.answer("")
+
+    def answer(self, keys):
+        """What is shown until the line is, and the line."""
+        os.write(self.fd, keys.encode())
+        shown, end = b"", time.monotonic() + 20
+        while not (found := re.search(rb"<<(.*)>>", shown, re.S)) and time.monotonic() < end:
+            if select.select([self.fd], [], [], 0.1)[0]:
+                shown += os.read(self.fd, 65536)
+        return shown[:found.start()].decode(), found[1].decode()
+
+    def close(self):
+        os.close(self.fd)
+        os.waitpid(self.process, 0)
 
 
-def fish(line):
-    script = f"cd {EXAMPLES}; source {FOLDER}/zov.fish; complete -C '{line}' | cut -f 1"
-    return subprocess.run(["fish", "--no-config", "-c", script], capture_output=True, text=True, check=True).stdout
+def last_word(line, separators=" "):
+    """Where the last word of a line begins, which may be quoted."""
+    return re.search(rf"(\\.|'.*|[^{separators}\\'])*$", line).start()
 
 
-def zsh(line):
-    # Completion needs a line editor: an inner shell in a pseudo-terminal lists its candidates.
-    with tempfile.TemporaryDirectory() as folder:
-        shutil.copy(f"{FOLDER}/zov.zsh", f"{folder}/_zov")
-        setup = f"""
-            zmodload zsh/zpty
-            zpty shell zsh -f -i
-            zpty -w shell "PS1= ; cd {EXAMPLES}; fpath=({folder} $fpath); autoload -U compinit; compinit -u -D"
-            zpty -w shell "LISTMAX=1000; setopt no_beep no_auto_menu; bindkey '^X' list-choices; print READY\\$((1+1))"
-            zpty -r shell text '*READY2*'
-            zpty -n -w shell {shlex.quote(line)}$'\\C-x'
-            repeat 20; do
-                sleep 0.05
-                zpty -rt shell text && print -rn -- "$text"
-            done
-            zpty -d shell"""
-        result = subprocess.run(["zsh", "-f", "-c", setup], capture_output=True, text=True, timeout=60)
-    output = re.sub(r"\x1b\[[0-9;?]*[A-Za-z]", "", result.stdout).replace("\r", "\n")
-    return "\n".join(text for text in output.split() if text not in line.split())
+def bash(folder):
+    """Asks for all that can be inserted. Bash replaces only what is behind = or : in a word."""
+    terminal = Terminal("PS1=; " + "; ".join(f"source {FOLDER}/{name}.bash" for name in PROGRAMS) + r"""
+        bind '"\C-x": insert-completions'
+        bind -x '"\C-t": printf "<<%s>>" "$READLINE_LINE"; READLINE_LINE='""",
+                        ["bash", "--rcfile", "HOME/.zshrc", "-i"], folder)
+
+    def ask(line):
+        inserted, part = terminal.answer(f"{line}\x18\x14")[1], last_word(line, " =:")
+        offered = [] if inserted == line else shlex.split(inserted[part:])
+        return [line[last_word(line):part] + text for text in offered], ""
+    return terminal.close, ask
+
+
+def zsh(folder):
+    """Asks for a list, which shows the last parts of words only, and for what Tab inserts if that is one word."""
+    terminal = Terminal(f"""PS1=; stty columns 200; fpath=($HOME $fpath)
+        for name in {" ".join(PROGRAMS)}; do cp {FOLDER}/$name.zsh $HOME/_$name; done
+        autoload -U compinit; compinit -u -D
+        setopt no_beep no_always_last_prompt no_auto_menu; LISTMAX=1000
+        list() {{ zle list-choices; zle -R }}; zle -N list; bindkey '^X' list
+        show() {{ print -rn -- "<<$BUFFER>>"; BUFFER= }}; zle -N show; bindkey '^T' show""",
+                        ["zsh", "-o", "no_global_rcs", "-i"], folder)
+    terminal.answer("\x14")
+
+    def ask(line):
+        shown = terminal.answer(f"{line}\x18\x14")[0]
+        inserted = terminal.answer(f"{line}\t\x14")[1]
+        items = re.split(r"\s{2,}|[\r\n]+", re.sub(" +-- .*", "", shown.replace("\\ ", " ")))
+        known = {part(text) for _, words in LINES for text in words}
+        offered = [item for item in items if item in known]
+        if len(set(offered)) == 1:
+            offered = [shlex.split(inserted)[-1].removesuffix(",")]
+        return offered, shown
+    return terminal.close, ask
+
+
+def fish(folder):
+    sources = "; ".join(f"source {FOLDER}/{name}.fish" for name in PROGRAMS)
+
+    def ask(line):
+        script = f"cd {folder}; {sources}; complete -C {shlex.quote(line)}"
+        shown = subprocess.run(["fish", "--no-config", "-c", script], capture_output=True, text=True, check=True).stdout
+        return [text.split("\t")[0] for text in shown.splitlines()], shown
+    return (lambda: None), ask
+
+
+def part(text):
+    """The last part of a word: of a list, of a path, of --OPTION=ARGUMENT."""
+    return re.split("[=,]|/(?=.)", text)[-1]
 
 
 class Completions(unittest.TestCase):
     def check(self, shell):
-        for line, expected in LINES:
-            with self.subTest(line=line):
-                words = {word for word in shell(line).split() if word.isprintable()}
-                offered = {word for word in words if re.fullmatch(r"(--)?[\w.-]+", word)}
-                self.assertLessEqual(set(expected), offered)
-                if shell is not zsh:  # which shows descriptions among them
-                    self.assertEqual(offered, set(expected))
+        with tempfile.TemporaryDirectory() as above, \
+                Controller("--aps", "2", "--switches", "1", "--others", "0") as controller:
+            folder = Path(above, "files")
+            for name in FILES:
+                folder.joinpath(name).parent.mkdir(exist_ok=True, parents=True)
+                folder.joinpath(name).touch()
+            close, ask = shell(str(folder))
+            self.addCleanup(close)
+            for line, expected in LINES:
+                with self.subTest(line=line):
+                    offered = ask(line.replace("PORT", controller.port))[0]
+                    if shell is zsh and len(expected) > 1:
+                        expected = [part(text) for text in expected]
+                    self.assertEqual(*({text.lower().removesuffix("/") for text in words}
+                                       for words in (offered, expected)))
+            for line, texts in DESCRIPTIONS if shell is not bash else ():
+                shown = ask(line.replace("PORT", controller.port))[1]
+                for text in texts:
+                    self.assertIn(text, shown)
 
     def test_bash(self):
         self.check(bash)
@@ -75,7 +167,8 @@ class Completions(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    for name in ("bash", "zsh", "fish"):
-        if shutil.which(name) is None:
-            sys.exit(f"{name} is missing")
+    for program in ("bash", "zsh", "fish"):
+        if shutil.which(program) is None:
+            sys.exit(f"{program} is missing")
+    os.environ["PATH"] = f"{Path(ZOV).parent}:{os.environ['PATH']}"
     unittest.main(argv=sys.argv[:1], verbosity=0)

@@ -283,9 +283,10 @@ static void print_schema(const SettingNode &root, DeviceKind kind)
     JsonPrinter json;
     json.text("$schema", "https://json-schema.org/draft/2020-12/schema");
     json.text("title", "Configuration file of " + string(device));
-    json.text("description", "Settings for zov cfg --file; see zov-cfg(5). It is stricter than zov, which "
-                             "skips members that are not described here: an object may have no "
-                             "others but comment.");
+    json.text("description",
+              "Settings for zov cfg --file; see zov-cfg(5). It is stricter than zov, which "
+              "skips members that are not described here: an object may have no "
+              "others but comment.");
     json.text("type", "object");
     json.literal("required", "[\"wtp_cfg\"]");
     open_properties(json);

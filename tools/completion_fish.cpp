@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: MIT
+#include "completion.h"
+
+#include <iostream>
+
+using std::cout;
+using std::string;
+
+static string quoted(const string &text)
+{
+    return "'" + replaced(replaced(text, "\\", "\\\\"), "'", "\\'") + "'";
+}
+
+static string argument(const CompletedOption &option)
+{
+    switch (option.kind) {
+    case Completes::nothing:
+        return "";
+    case Completes::words:
+        return " -x -a " + quoted(option.values);
+    case Completes::word_list:
+        return " -x -a " + quoted("(__PROGRAM_each printf '%s\\n' " + option.values + ")");
+    case Completes::file:
+        return " -r -F";
+    case Completes::file_list:
+        return " -r -F -a '(__PROGRAM_files)'";
+    case Completes::folder:
+        return " -x -a '(__fish_complete_directories)'";
+    case Completes::mac:
+        return " -x -a '(__PROGRAM_devices)'";
+    case Completes::mac_list:
+        return " -x -a '(__PROGRAM_each __PROGRAM_devices)'";
+    case Completes::free:
+        return " -x";
+    }
+    return "";
+}
+
+void write_fish(const CompletedProgram &program, const string &functions)
+{
+    string text = "# fish completion for " + program.name + "\n" + functions + "\n";
+    const string complete = "complete -c " + program.name;
+    if (program.operands != Completes::file)
+        text += complete + " -f\n";
+    if (program.has_commands)
+        for (const CompletedLine &line : program.lines)
+            text += complete + " -n '__fish_is_first_arg' -a " + line.name + " -d " +
+                    quoted(line.help) + "\n";
+    for (const CompletedLine &line : program.lines)
+        for (const CompletedOption &option : line.options) {
+            const string command = line.name.empty() ? "\"\"" : line.name;
+            text += complete + " -n '__PROGRAM_can " + command +
+                    (option.repeatable ? "" : " " + option.word) +
+                    (option.kind == Completes::nothing || option.repeatable ? "" : " argument") +
+                    "' -l " + option.word + argument(option);
+            text += (option.help.empty() ? "" : " -d " + quoted(option.help)) + "\n";
+        }
+    cout << replaced(text, "PROGRAM", program.identifier());
+}
