@@ -10,11 +10,14 @@
 #include <getopt.h>
 #include <new>
 
-enum : int { OPT_HELP = 1, OPT_VERSION, OPT_FIRST = 256 }; // those of the table from here
+enum : int { OPT_HELP = 'h', OPT_VERSION = 'v', OPT_FIRST = 256 }; // those of the table from here
+
+static constexpr OptionText VERSION = {"version", nullptr, "print the version"};
+static constexpr OptionText HELP = {"help", nullptr, "print this text"};
 
 static std::string left_column(const OptionText &row)
 {
-    std::string text = std::string("  --") + row.word;
+    std::string text = std::string(row.word == HELP.word ? "  -h, --" : "  --") + row.word;
     if (row.argument != nullptr)
         text += std::string(" ") + row.argument;
     return text;
@@ -32,14 +35,17 @@ static void print_help(const ProgramText &program, std::span<const OptionText> o
     out.put(program.summary);
     out.put("\n");
     std::vector<OptionText> rows(options.begin(), options.end());
-    rows.push_back({"help", nullptr, "print this text"});
-    rows.push_back({"version", nullptr, "print the version"});
+    const auto first_heading = std::find_if(
+        rows.begin(), rows.end(), [](const OptionText &row) { return row.heading != nullptr; });
+    rows.insert(first_heading, {VERSION, HELP});
     size_t width = 0;
     for (const OptionText &row : rows)
         width = std::max(width, left_column(row).size() + 2);
     for (const OptionText &row : rows) {
         std::string line = left_column(row);
         line.resize(width, ' ');
+        if (row.heading != nullptr)
+            out.put(std::string("\n") + row.heading + "\n");
         out.put(line + row.help + "\n");
     }
     out.finish();
@@ -63,6 +69,13 @@ static void print_version(const ProgramText &program)
     throw UsageError("unknown option '" + text + "', see --help");
 }
 
+static std::string expectation(const OptionText &row)
+{
+    if (row.values != nullptr)
+        return std::string(", expected one of: ") + row.values;
+    return row.expected != nullptr ? std::string(", expected ") + row.expected : std::string();
+}
+
 bool read_command_line(int argc, char **argv, const ProgramText &program,
                        std::span<const OptionText> options, OptionSink &sink,
                        std::vector<const char *> &operands)
@@ -76,7 +89,7 @@ bool read_command_line(int argc, char **argv, const ProgramText &program,
                                {nullptr, 0, nullptr, 0}});
     opterr = 0;
     for (;;) {
-        const int code = getopt_long(argc, argv, ":", known.data(), nullptr);
+        const int code = getopt_long(argc, argv, ":h", known.data(), nullptr);
         if (code == -1)
             break;
         if (code == OPT_HELP || code == OPT_VERSION) {
@@ -88,10 +101,7 @@ bool read_command_line(int argc, char **argv, const ProgramText &program,
         const auto row = static_cast<size_t>(code - OPT_FIRST);
         if (!sink.take(row, optarg))
             throw UsageError(std::string("--") + options[row].word + ": bad argument '" + optarg +
-                             "'" +
-                             (options[row].values != nullptr
-                                  ? std::string(", expected one of: ") + options[row].values
-                                  : std::string()));
+                             "'" + expectation(options[row]));
     }
     operands.assign(argv + optind, argv + argc);
     return true;

@@ -8,6 +8,7 @@
 #include <charconv>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <span>
 #include <string>
 #include <string_view>
@@ -20,6 +21,9 @@ struct OptionText {
     const char *help;             // one line
     const char *values = nullptr; // those that are known, parted by blanks; null: any
     bool repeatable = false;      // may be given more than once, to add something
+    const char *expected =
+        nullptr; // what a bad argument should have been, if the values do not tell
+    const char *heading = nullptr; // stands above it in the help, and above what follows
 };
 
 // A row of a program's table. `take` keeps the argument (null if there is none) in the settings;
@@ -65,12 +69,18 @@ bool read_command_line(int argc, char **argv, const ProgramText &program,
     return read_command_line(argc, argv, program, texts, sink, operands);
 }
 
-// The whole text as a number from `low` to `high`.
+// The whole text as a number that the type can hold, or one from `low` to `high`.
 template <class Int> bool take_number(const char *text, Int low, Int high, Int &number)
 {
     const char *end = text + strlen(text);
     const auto [last, error] = std::from_chars(text, end, number);
     return error == std::errc() && last == end && end != text && number >= low && number <= high;
+}
+
+template <class Int> bool take_number(const char *text, Int &number)
+{
+    using Limits = std::numeric_limits<Int>;
+    return take_number(text, Limits::lowest(), Limits::max(), number);
 }
 
 // Runs a program: body(argc, argv) gives the exit status, and a Failure or UsageError that it

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // ac-sim: a simulated controller, for trying zov and for testing scripts that use it.
+#include "options.h"
 #include "server.h"
 
 #include <arpa/inet.h>
@@ -8,7 +9,6 @@
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
-#include <new>
 #include <sys/signalfd.h>
 #include <unistd.h>
 
@@ -57,8 +57,14 @@ static bool create_pid_file(const char *path)
     return false;
 }
 
-static int run(SimOptions &options)
+static int run(int argc, char **argv)
 {
+    SimOptions options;
+    std::vector<const char *> operands;
+    if (!read_command_line(argc, argv, SIM_PROGRAM, SIM_OPTIONS, options, operands))
+        return 0;
+    if (!operands.empty())
+        throw UsageError("unexpected argument '" + std::string(operands[0]) + "'");
     Controller controller(options.controller);
     memory_file = controller.memory_path();
     sigset_t signals;
@@ -84,12 +90,5 @@ static int run(SimOptions &options)
 
 int main(int argc, char **argv)
 {
-    try {
-        SimOptions options;
-        const int status = read_options(argc, argv, options);
-        return status >= 0 ? status : run(options);
-    } catch (const std::bad_alloc &) {
-        fputs("ac-sim: out of memory\n", stderr);
-        return 1;
-    }
+    return run_program(SIM_PROGRAM, argc, argv, run);
 }

@@ -3,14 +3,17 @@
 #pragma once
 
 #include "client.h"
+#include "command_line.h"
 #include "proto/session.h"
 
+#include <arpa/inet.h>
 #include <cstdint>
+#include <cstring>
 #include <netinet/in.h>
 #include <string>
 
 struct SimOptions {
-    in_addr address = {};    // loopback unless told otherwise
+    in_addr address = {htonl(INADDR_LOOPBACK)};
     uint16_t port = AC_PORT; // 0: any free one
     int32_t handshake = HANDSHAKE_ADMITTED;
     Faults faults;
@@ -18,6 +21,71 @@ struct SimOptions {
     ControllerOptions controller;
 };
 
-// Returns -1 to go on, or the status to end with at once (help was shown, or something is wrong and
-// the message printed).
-int read_options(int argc, char **argv, SimOptions &options);
+// How many devices of a kind.
+inline bool take_devices(const char *text, uint32_t &count)
+{
+    return take_number<uint32_t>(text, 0, DEVICES_MAX, count);
+}
+inline constexpr const char *DEVICES_EXPECTED = "a number up to 100000";
+static_assert(DEVICES_MAX == 100000);
+
+// MAC=CODE
+inline bool take_result(const char *text, ControllerOptions &options)
+{
+    const char *equals = strchr(text, '=');
+    Mac mac;
+    uint8_t code = 0;
+    if (equals == nullptr || !parse_mac(text, mac) || !take_number(equals + 1, code))
+        return false;
+    options.results[mac] = code;
+    return true;
+}
+
+// clang-format off
+inline constexpr Option<SimOptions> SIM_OPTIONS[] = {
+    {{.word = "port", .argument = "N",
+      .help = "port to listen on (1235); 0: any free one, which is printed"},
+     [](const char *text, SimOptions &to) { return take_number(text, to.port); }},
+    {{.word = "address", .argument = "ADDR", .help = "IPv4 address to listen on (127.0.0.1)"},
+     [](const char *text, SimOptions &to) { return inet_pton(AF_INET, text, &to.address) == 1; }},
+    {{.word = "pid-file", .argument = "FILE",
+      .help = "write the process id there, and remove the file at the end"},
+     [](const char *text, SimOptions &to) { return (to.pid_file = text, true); }},
+    {{.word = "verbose", .argument = nullptr, .help = "a line on standard error for each request"},
+     [](const char *, SimOptions &to) { return to.controller.verbose = true; }},
+
+    {{.word = "aps", .argument = "N", .help = "access points (6)", .expected = DEVICES_EXPECTED,
+      .heading = "The fleet; the same numbers give the same fleet. At most 100000 of a kind:"},
+     [](const char *text, SimOptions &to) { return take_devices(text, to.controller.fleet.aps); }},
+    {{.word = "switches", .argument = "N", .help = "switches (2)", .expected = DEVICES_EXPECTED},
+     [](const char *text, SimOptions &to) { return take_devices(text, to.controller.fleet.switches); }},
+    {{.word = "others", .argument = "N", .help = "devices of another kind (1)", .expected = DEVICES_EXPECTED},
+     [](const char *text, SimOptions &to) { return take_devices(text, to.controller.fleet.others); }},
+    {{.word = "seed", .argument = "N", .help = "what the rest of it is drawn from (1)"},
+     [](const char *text, SimOptions &to) { return take_number(text, to.controller.fleet.seed); }},
+    {{.word = "max-wtps", .argument = "N", .help = "most devices under management (2048)"},
+     [](const char *text, SimOptions &to) { return take_number(text, to.controller.max_wtps); }},
+
+    {{.word = "busy", .argument = nullptr, .help = "refuse clients as a busy controller does",
+      .heading = "Misbehaviour, for testing:"},
+     [](const char *, SimOptions &to) { return (to.handshake = HANDSHAKE_BUSY, true); }},
+    {{.word = "refuse", .argument = "CODE", .help = "answer clients with another handshake word"},
+     [](const char *text, SimOptions &to) { return take_number(text, to.handshake); }},
+    {{.word = "cut", .argument = "N",
+      .help = "end each connection after N bytes, the handshake's 4 included"},
+     [](const char *text, SimOptions &to) { return take_number(text, to.faults.cut.emplace()); }},
+    {{.word = "trickle", .argument = nullptr, .help = "send one byte at a time"},
+     [](const char *, SimOptions &to) { return to.faults.trickle = true; }},
+    {{.word = "result", .argument = "MAC=CODE",
+      .help = "a device that answers every action with a result code; repeatable", .repeatable = true},
+     [](const char *text, SimOptions &to) { return take_result(text, to.controller); }},
+};
+// clang-format on
+
+inline constexpr ProgramText SIM_PROGRAM = {
+    "ac-sim",
+    "",
+    "A simulated wireless access controller: it keeps a fleet of devices, answers every\n"
+    "request of zov and changes its state by what it is told. It runs nothing that it is\n"
+    "told to run, and forgets everything when it ends. SIGTERM and SIGINT end it.\n",
+};

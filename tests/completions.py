@@ -30,6 +30,7 @@ LINES = [
     # Options are offered once.
     ("zov rst --mac 2:0:0:0:0:1 --wait=3 --", ["--factory", "--flickreboot", "--acserver", "--acport"]),
     ("zov-check --items --type 1 --", ["--acserver", "--acport", "--timeout", "--help", "--version"]),
+    ("ac-sim --refuse 7 --result 2:0:0:0:0:1=1 --r", ["--result"]),
     # Files.
     ("zov cfg --file o", ["office.json"]), ("zov cfg --file=o", ["--file=office.json"]),
     ("zov cfg --file tw", ["two words.json"]), ("zov cfg --file=two\\ w", ["--file=two words.json"]),
@@ -114,7 +115,7 @@ def zsh(folder):
         known = {part(text) for _, words in LINES for text in words}
         offered = [item for item in items if item in known]
         if len(set(offered)) == 1:
-            offered = [shlex.split(inserted)[-1].removesuffix(",")]
+            offered = [shlex.split(inserted)[-1].rstrip(",=")]
         return offered, shown
     return terminal.close, ask
 

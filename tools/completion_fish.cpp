@@ -48,11 +48,13 @@ void write_fish(const CompletedProgram &program, const string &functions)
                     quoted(line.help) + "\n";
     for (const CompletedLine &line : program.lines)
         for (const CompletedOption &option : line.options) {
-            const string command = line.name.empty() ? "\"\"" : line.name;
-            text += complete + " -n '__PROGRAM_can " + command +
-                    (option.repeatable ? "" : " " + option.word) +
-                    (option.kind == Completes::nothing || option.repeatable ? "" : " argument") +
-                    "' -l " + option.word + argument(option);
+            string can = line.name.empty() ? "\"\"" : line.name;
+            if (!option.repeatable)
+                can.append(" ").append(option.word);
+            if (!option.repeatable && option.kind != Completes::nothing)
+                can += " argument";
+            text += complete + " -n '__PROGRAM_can ";
+            text += can + "' -l " + option.word + argument(option);
             text += (option.help.empty() ? "" : " -d " + quoted(option.help)) + "\n";
         }
     cout << replaced(text, "PROGRAM", program.identifier());

@@ -88,7 +88,7 @@ CompletedProgram program_of(const ListedProgram &listed)
     for (const OptionText &row : listed.options)
         program.lines[0].options.push_back(option_of(row));
     program.lines[0].options.push_back(
-        {"help", "", "print the options", Completes::nothing, "", false});
+        {"help", "", "print this text", Completes::nothing, "", false});
     program.lines[0].options.push_back(
         {"version", "", "print the version", Completes::nothing, "", false});
     return program;
