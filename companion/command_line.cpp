@@ -2,6 +2,7 @@
 #include "command_line.h"
 
 #include "output_file.h"
+#include "plain_text.h"
 #include "util/descriptors.h"
 
 #include <algorithm>
@@ -116,10 +117,10 @@ int run_program(const ProgramText &program, int argc, char **argv, int (*body)(i
     try {
         return body(argc, argv);
     } catch (const UsageError &error) {
-        fprintf(stderr, "%s: %s\n", program.name, error.what());
+        fprintf(stderr, "%s: %s\n", program.name, plain_text(error.what()).c_str());
         status = 2;
     } catch (const Failure &error) {
-        fprintf(stderr, "%s: %s\n", program.name, error.what());
+        fprintf(stderr, "%s: %s\n", program.name, plain_text(error.what()).c_str());
     } catch (const std::bad_alloc &) {
         fprintf(stderr, "%s: out of memory\n", program.name);
     }

@@ -17,13 +17,12 @@
 // What is the same for all settings.
 struct OptionText {
     const char *word;
-    const char *argument;         // its name in the help; null for an option that takes none
-    const char *help;             // one line
-    const char *values = nullptr; // those that are known, parted by blanks; null: any
-    bool repeatable = false;      // may be given more than once, to add something
-    const char *expected =
-        nullptr; // what a bad argument should have been, if the values do not tell
-    const char *heading = nullptr; // stands above it in the help, and above what follows
+    const char *argument;           // its name in the help; null for an option that takes none
+    const char *help;               // one line
+    const char *values = nullptr;   // those that are known, parted by blanks; null: any
+    bool repeatable = false;        // may be given more than once, to add something
+    const char *expected = nullptr; // what a bad argument should have been; null: see values
+    const char *heading = nullptr;  // a line above it in the help
 };
 
 // A row of a program's table. `take` keeps the argument (null if there is none) in the settings;
