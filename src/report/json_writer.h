@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Writes JSON members, objects and arrays, without blanks. The writer owns commas and brackets, so
-// a printer is a list of members in output order.
+// a printer is a list of members in output order. Out is an Output, or what can be used as one.
 #pragma once
 
 #include "report/format.h"
@@ -13,9 +13,9 @@
 #include <cstring>
 #include <string_view>
 
-class JsonWriter {
+template <class Out> class BasicJsonWriter {
 public:
-    explicit JsonWriter(Output &out) : out_(out) {}
+    explicit BasicJsonWriter(Out &out) : out_(out) {}
 
     template <size_t N> void member(const char (&name)[N], uint32_t number)
     {
@@ -60,7 +60,7 @@ public:
     // A string with its text as it stands, whatever it holds.
     template <size_t N> void member(const char (&name)[N], std::string_view text)
     {
-        if (text.size() > Output::ROOM_MAX / 2) {
+        if (text.size() > Out::ROOM_MAX / 2) {
             out_.advance(open_string(name, 0));
             out_.put(text.data(), text.size());
             out_.put('"');
@@ -72,7 +72,7 @@ public:
     // A string with its text escaped.
     template <size_t N> void escaped(const char (&name)[N], std::string_view text)
     {
-        if (text.size() > Output::ROOM_MAX / 4) {
+        if (text.size() > Out::ROOM_MAX / 4) {
             out_.advance(open_string(name, 0));
             json_escape(out_, text);
             out_.put('"');
@@ -133,7 +133,7 @@ public:
         out_.put('"');
     }
 
-private:
+protected:
     // Room for a value of `room` bytes, and a quote behind it, after the comma if one is due.
     char *next(size_t room)
     {
@@ -183,6 +183,10 @@ private:
         comma_ = 1;
     }
 
-    Output &out_;
+    Out &out_;
+
+private:
     size_t comma_ = 0; // 1 when the next member or element needs a comma before it
 };
+
+using JsonWriter = BasicJsonWriter<Output>;
