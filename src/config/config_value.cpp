@@ -185,10 +185,8 @@ static int take_ip_settings(ConfigContext &context, const ConfigKey &row, IndexK
     return append(context, row.id, key, setting, sizeof setting);
 }
 
-static int take_data_rate(ConfigContext &context, const ConfigKey &row, IndexKey key,
-                          const char *text)
+bool parse_data_rate(const char *text, int &code)
 {
-    int code = 0;
     if (strcmp(text, "auto") == 0) {
         code = 0;
     } else if (const char *vht = strstr(text, "VHTMCS")) {
@@ -196,11 +194,20 @@ static int take_data_rate(ConfigContext &context, const ConfigKey &row, IndexKey
     } else if (const char *mcs = strstr(text, "MCS")) {
         code = atoi(mcs + strlen("MCS")) + 1;
     } else if (strchr(text, 'M') == nullptr) {
-        return report_invalid(context, row, text);
+        return false;
     } else {
         const char *point = strchr(text, '.');
         code = 1000 * atoi(text) + (point == nullptr ? 0 : 100 * atoi(point + 1));
     }
+    return true;
+}
+
+static int take_data_rate(ConfigContext &context, const ConfigKey &row, IndexKey key,
+                          const char *text)
+{
+    int code = 0;
+    if (!parse_data_rate(text, code))
+        return report_invalid(context, row, text);
     return append_u32(context, row.id, key, static_cast<uint32_t>(code));
 }
 

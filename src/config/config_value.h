@@ -34,3 +34,6 @@ struct ConfigContext {
 // message printed.
 int config_value_handler(std::string_view path, IndexKey key, const json_value &value,
                          void *context);
+
+// Reads the text of a data rate: "auto", "MCS7", "VHTMCS9", "54M" or "5.5M". False for others.
+bool parse_data_rate(const char *text, int &code);
