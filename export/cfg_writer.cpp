@@ -1,0 +1,328 @@
+// SPDX-License-Identifier: MIT
+#include "cfg_writer.h"
+
+#include "config/config_value.h"
+#include "report/format.h"
+#include "text.h"
+#include "util/mac.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+const CfgField *find_field(const CfgRow &row, std::string_view name, size_t &place)
+{
+    if (place < row.size() && row[place].name == name)
+        return &row[place];
+    for (place = 0; place < row.size(); place++)
+        if (row[place].name == name)
+            return &row[place];
+    return nullptr;
+}
+
+std::string ipv4_text(Ipv4 addr)
+{
+    char text[IPV4_TEXT_MAX];
+    return {text, write_ipv4(text, addr)};
+}
+
+std::vector<std::string> texts_of(const Rows<Mac> &macs)
+{
+    std::vector<std::string> texts;
+    for (const Mac &mac : macs) {
+        char text[MAC_TEXT_MAX];
+        texts.emplace_back(text, write_mac(text, mac));
+    }
+    return texts;
+}
+
+std::vector<std::string> texts_of(const Rows<HostSlot> &hosts)
+{
+    std::vector<std::string> texts;
+    for (const HostSlot &host : hosts)
+        texts.emplace_back(host.text, strnlen(host.text, sizeof host.text));
+    return texts;
+}
+
+bool has_equal(std::vector<std::string> texts)
+{
+    std::sort(texts.begin(), texts.end());
+    return std::adjacent_find(texts.begin(), texts.end()) != texts.end();
+}
+
+constexpr const char *NO_UTF8 = "is no UTF-8, which JSON cannot hold";
+
+// Why a text of a setting cannot be sent; null: it can.
+std::string objection(const ConfigKey &row, std::string_view text)
+{
+    const auto size = static_cast<uint32_t>(text.size());
+    if (size < static_cast<uint32_t>(row.min) || size > static_cast<uint32_t>(row.max))
+        return std::to_string(size) + " bytes, " + std::to_string(row.min) + " to " +
+               std::to_string(row.max) + " can be sent";
+    return is_utf8(text) ? "" : NO_UTF8;
+}
+
+} // namespace
+
+std::string CfgWriter::write(WtpCfg &cfg)
+{
+    out_.clear();
+    left_out_.clear();
+    first_ = true;
+    put_members(top_, collect_fields(cfg, kind_));
+    return std::move(out_);
+}
+
+// --- Layout --------------------------------------------------------------------------------------
+
+void CfgWriter::new_line()
+{
+    out_ += '\n';
+    out_.append(2 * depth_, ' ');
+}
+
+void CfgWriter::begin_element()
+{
+    if (!first_)
+        out_ += ',';
+    first_ = false;
+    new_line();
+}
+
+void CfgWriter::begin(std::string_view name)
+{
+    begin_element();
+    append_json_string(out_, name);
+    out_ += ": ";
+}
+
+// A path with the positions of the rows that it leads through.
+std::string CfgWriter::path_of(const CfgMember &member) const
+{
+    std::string path;
+    size_t turn = 0;
+    for (const char c : member.path) {
+        if (c == ']' && turn < positions_.size())
+            path += std::to_string(positions_[turn++]);
+        path += c;
+    }
+    return path;
+}
+
+bool CfgWriter::leave_out(const std::string &path, const std::string &why)
+{
+    left_out_.push_back(path + ": " + why);
+    return false;
+}
+
+// --- Members: each function says whether it has put something ------------------------------------
+
+bool CfgWriter::put_members(const std::vector<CfgMember> &members, const CfgRow &row)
+{
+    bool any = false;
+    for (const CfgMember &member : members)
+        any |= put_member(member, row);
+    return any;
+}
+
+bool CfgWriter::put_member(const CfgMember &member, const CfgRow &row)
+{
+    if (member.row == nullptr && !member.is_array)
+        return put_object(member, row);
+    if (member.row != nullptr && member.row->form == FORM_IP_SETTINGS)
+        return put_addresses(member, row);
+    const CfgField *field = find_field(row, member.field, member.place);
+    if (field == nullptr)
+        return false; // records do not have it
+    if (const auto *rows = std::get_if<std::vector<CfgRow>>(&field->value))
+        return put_table(member, *rows);
+    if (const auto *macs = std::get_if<const Rows<Mac> *>(&field->value))
+        return put_list(member, texts_of(**macs));
+    if (const auto *hosts = std::get_if<const Rows<HostSlot> *>(&field->value))
+        return put_list(member, texts_of(**hosts));
+    if (member.is_array)
+        return put_texts(member, row, member.place);
+    return put_setting(member, field->value);
+}
+
+// An object without members would be refused.
+bool CfgWriter::put_object(const CfgMember &member, const CfgRow &row)
+{
+    const size_t before = out_.size();
+    const bool was_first = first_;
+    begin(member.name);
+    out_ += '{';
+    first_ = true;
+    depth_++;
+    const bool any = put_members(member.members, row);
+    depth_--;
+    first_ = false;
+    if (any) {
+        new_line();
+        out_ += '}';
+    } else {
+        out_.resize(before);
+        first_ = was_first;
+    }
+    return any;
+}
+
+constexpr std::string_view NOTHING = "{\"comment\": \"nothing that can be sent\"}";
+
+// A row of which nothing can be sent keeps its position.
+bool CfgWriter::put_table(const CfgMember &member, const std::vector<CfgRow> &rows)
+{
+    if (rows.size() > CONFIG_ELEMENTS_MAX)
+        return leave_out(path_of(member), std::to_string(rows.size()) + " elements, " +
+                                              std::to_string(CONFIG_ELEMENTS_MAX) + " can be sent");
+    begin(member.name);
+    out_ += '[';
+    first_ = true;
+    depth_++;
+    positions_.push_back(0);
+    for (const CfgRow &row : rows) {
+        begin_element();
+        const size_t before = out_.size();
+        out_ += '{';
+        first_ = true;
+        depth_++;
+        const bool any = put_members(member.members, row);
+        depth_--;
+        first_ = false;
+        if (any) {
+            new_line();
+            out_ += '}';
+        } else {
+            out_.resize(before);
+            out_ += NOTHING;
+        }
+        positions_.back()++;
+    }
+    positions_.pop_back();
+    depth_--;
+    if (!rows.empty())
+        new_line();
+    out_ += ']';
+    first_ = false;
+    return true;
+}
+
+// A list whose texts are a setting each; they have neighbouring fields of the same name.
+bool CfgWriter::put_texts(const CfgMember &member, const CfgRow &row, size_t place)
+{
+    begin(member.name);
+    out_ += '[';
+    first_ = true;
+    depth_++;
+    positions_.push_back(0);
+    for (; place < row.size() && row[place].name == member.field; place++) {
+        const auto text = std::get<std::string_view>(row[place].value);
+        const std::string why = objection(*member.row, text);
+        begin_element();
+        if (why.empty())
+            append_json_string(out_, text);
+        else
+            out_ += NOTHING;
+        if (!why.empty())
+            leave_out(path_of(member), why);
+        positions_.back()++;
+    }
+    positions_.pop_back();
+    depth_--;
+    new_line();
+    out_ += ']';
+    first_ = false;
+    return true;
+}
+
+// A list that is one setting: all of it is sent, or nothing.
+bool CfgWriter::put_list(const CfgMember &member, const std::vector<std::string> &elements)
+{
+    const ConfigKey &row = *member.row;
+    const uint32_t most =
+        std::min<uint32_t>(CONFIG_ELEMENTS_MAX, CONFIG_VALUE_BYTES_MAX / row.element_size());
+    if (elements.size() > most)
+        return leave_out(path_of(member), std::to_string(elements.size()) + " elements, " +
+                                              std::to_string(most) + " can be sent");
+    if ((row.form == FORM_MAC_LIST || kind_ == DEVICE_ACCESS_POINT) && has_equal(elements))
+        return leave_out(path_of(member), "has an element twice");
+    for (const std::string &element : elements) {
+        std::string why = objection(row, element);
+        Mac mac;
+        if (row.form == FORM_MAC_LIST && (!parse_mac(element.c_str(), mac) || mac.is_group()))
+            why = element + " is no device's address";
+        if (!why.empty())
+            return leave_out(path_of(member), why);
+    }
+    begin(member.name);
+    out_ += '[';
+    first_ = true;
+    depth_++;
+    for (const std::string &element : elements) {
+        begin_element();
+        append_json_string(out_, element);
+    }
+    depth_--;
+    if (!elements.empty())
+        new_line();
+    out_ += ']';
+    first_ = false;
+    return true;
+}
+
+// --- Single values -------------------------------------------------------------------------------
+
+bool CfgWriter::put_setting(const CfgMember &member, const CfgValue &value)
+{
+    if (std::holds_alternative<Md5Digest>(value))
+        return false; // of which no password can be made; the caller tells for all devices
+    if (const auto *addr = std::get_if<Ipv4>(&value))
+        return put_text(member, ipv4_text(*addr));
+    if (const auto *text = std::get_if<std::string_view>(&value))
+        return put_text(member, *text);
+    const int64_t number = std::get<int64_t>(value);
+    if (member.row->form != FORM_DATA_RATE)
+        return put_number(member, number);
+    const char *rate = data_rate_text(static_cast<int32_t>(number));
+    int code = 0;
+    if (!parse_data_rate(rate, code) || code != number || !objection(*member.row, rate).empty())
+        return leave_out(path_of(member), "no text stands for code " + std::to_string(number));
+    return put_text(member, rate);
+}
+
+bool CfgWriter::put_number(const CfgMember &member, int64_t number)
+{
+    const ConfigKey &row = *member.row;
+    if (number < row.min || number > row.max)
+        return leave_out(path_of(member), std::to_string(number) + ", " + std::to_string(row.min) +
+                                              " to " + std::to_string(row.max) + " can be sent");
+    begin(member.name);
+    out_ += std::to_string(number);
+    return true;
+}
+
+bool CfgWriter::put_text(const CfgMember &member, std::string_view text)
+{
+    const std::string why = objection(*member.row, text);
+    if (!why.empty())
+        return leave_out(path_of(member), why);
+    begin(member.name);
+    append_json_string(out_, text);
+    return true;
+}
+
+// The one setting that is made of several fields.
+bool CfgWriter::put_addresses(const CfgMember &member, const CfgRow &row)
+{
+    std::string text;
+    for (const char *name : {"ip", "mask", "gateway"}) {
+        size_t place = 0;
+        const CfgField *field = find_field(row, name, place);
+        text += (text.empty() ? "" : "/") + ipv4_text(std::get<Ipv4>(field->value));
+    }
+    Ipv4 ip, mask, gateway;
+    if (!parse_ip_settings(text.c_str(), ip, mask, gateway))
+        return leave_out(path_of(member), text + " is no address that a device can have");
+    return put_text(member, text);
+}

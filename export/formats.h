@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: MIT
+// The formats, one row each at the end of the file that writes it.
+#pragma once
+
+#include "devices.h"
+
+struct Format {
+    const char *name;
+    uint32_t filter; // what it needs of the devices
+    void (*write)(Devices &devices, const ExportSettings &settings);
+};
+
+extern const Format JSON_FORMAT, NDJSON_FORMAT, CFG_FORMAT, CSV_FORMAT, PROMETHEUS_FORMAT,
+    DOT_FORMAT;
+
+// The names of CSV's columns, parted by commas, as they are when none are asked for; and whether a
+// list like that has known names only.
+extern const char CSV_DEFAULT_COLUMNS[];
+bool are_csv_columns(const char *list);
