@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "fleet.h"
 
+#include "cabling.h"
 #include "factory.h"
 
 #include <random>
@@ -131,33 +132,6 @@ std::unique_ptr<Device> make_access_point(Dice &dice, uint32_t number, time_t no
     return device;
 }
 
-void add_neighbours(Memory &memory, WtpRecord &wtp, time_t now)
-{
-    memory.make_room(wtp.lldp_dev_list, 2);
-    memory.make_room(wtp.dev_list, 2);
-    for (uint32_t i = 0; i < 2; i++) {
-        LldpDevice &neighbour = wtp.lldp_dev_list.append();
-        neighbour.localPort = i + 1;
-        neighbour.mac = make_mac(0xA3, i + 1);
-        neighbour.remotePort = memory.keep("eth0");
-        set_text(memory, neighbour.name, "ap-floor1-%02u", i + 1);
-        neighbour.model = memory.keep(AP_MODELS[i].name);
-
-        TopoDev &device = wtp.dev_list.append();
-        device.type = DEVICE_ACCESS_POINT;
-        device.mac = neighbour.mac;
-        device.ip = make_ipv4(DEVICE_ACCESS_POINT, i);
-        device.name = memory.keep(neighbour.name);
-        device.model = memory.keep("Access point,\r\nindoor");
-        device.update_time = device.system_time = static_cast<uint32_t>(now);
-        memory.make_room(device.link, 1);
-        TopoLink &link = device.link.append();
-        link.local_port = i + 1;
-        link.mac = wtp.mac;
-        link.remote_port = memory.keep("eth0");
-    }
-}
-
 void add_ports(Memory &memory, WtpRecord &wtp, Dice &dice, uint32_t ports)
 {
     memory.make_room(wtp.switch_hw_port, ports);
@@ -190,8 +164,8 @@ void add_ports(Memory &memory, WtpRecord &wtp, Dice &dice, uint32_t ports)
     TrunkPortInfo &trunk = wtp.trunk_port.append();
     trunk.id = 1;
     trunk.mode = 1;
-    set_text(memory, trunk.active_port, "%u", ports - 1);
-    set_text(memory, trunk.port, "%u,%u", ports - 1, ports);
+    set_text(memory, trunk.active_port, "%u", ports);
+    set_text(memory, trunk.port, "%u", ports);
 }
 
 std::unique_ptr<Device> make_switch(Dice &dice, uint32_t number, time_t now)
@@ -213,10 +187,8 @@ std::unique_ptr<Device> make_switch(Dice &dice, uint32_t number, time_t now)
     wtp.sw_max_trunk_member = 8;
     wtp.sw_dev_suport_type = 3;
     reset_configuration(*device);
-    if (wtp.state == WTP_ONLINE) {
+    if (wtp.state == WTP_ONLINE)
         add_ports(memory, wtp, dice, SWITCH_PORTS);
-        add_neighbours(memory, wtp, now);
-    }
     return device;
 }
 
@@ -253,6 +225,7 @@ Fleet make_fleet(const FleetSize &size, time_t now)
         fleet.push_back(make_switch(dice, i, now));
     for (uint32_t i = 0; i < size.others; i++)
         fleet.push_back(make_other(dice, i, now));
+    cable(fleet, size, now);
     for (const auto &device : fleet)
         device->started = now - dice.between(600, 20 * 86400);
     return fleet;

@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: MIT
+#include "cabling.h"
+
+#include "factory.h"
+
+namespace {
+
+constexpr uint32_t ACCESS_PORTS = SWITCH_PORTS - 2; // the last two lead to other switches
+constexpr uint32_t PORT_DOWN = SWITCH_PORTS - 1, PORT_UP = SWITCH_PORTS; // of the building
+
+struct Neighbour {
+    uint32_t port = 0; // of the switch
+    const WtpRecord *wtp = nullptr;
+    std::string remote_port;
+};
+
+// The device of a place in the fleet, if it is there and online.
+const WtpRecord *online(const Fleet &fleet, uint32_t first, uint32_t count, uint32_t number)
+{
+    if (number >= count)
+        return nullptr;
+    const WtpRecord &wtp = fleet[first + number]->record;
+    return wtp.state == WTP_ONLINE ? &wtp : nullptr;
+}
+
+std::vector<Neighbour> neighbours_of(const Fleet &fleet, const FleetSize &size, uint32_t number)
+{
+    std::vector<Neighbour> found;
+    const auto add = [&](uint32_t port, const WtpRecord *wtp, const std::string &remote_port) {
+        if (wtp != nullptr)
+            found.push_back({port, wtp, remote_port});
+    };
+    for (uint32_t i = 0; i < ACCESS_PORTS; i++)
+        add(i + 1, online(fleet, 0, size.aps, number * ACCESS_PORTS + i), "eth0");
+    if (number > 0)
+        add(PORT_DOWN, online(fleet, size.aps, size.switches, number - 1), std::to_string(PORT_UP));
+    add(PORT_UP, online(fleet, size.aps, size.switches, number + 1), std::to_string(PORT_DOWN));
+    return found;
+}
+
+void give_power(WtpRecord &wtp, PoePortInfo &poe, uint32_t watts)
+{
+    constexpr uint32_t CLASS = 3, VOLTS = 53;
+    wtp.poe_global.allocated_power += watts - poe.output_power;
+    const bool on = watts > 0;
+    poe.poe_class = on ? CLASS : 0;
+    poe.status = on;
+    poe.output_voltage = on ? VOLTS : 0;
+    poe.output_current = watts * 1000 / VOLTS;
+    poe.output_power = watts;
+}
+
+void set_link(SwitchPortInfo &port, bool up)
+{
+    port.link_status = up;
+    port.speed = up ? 1000 : 0;
+}
+
+// The ports to other switches have a link if there is one, and give no power; an access point has
+// both.
+void set_ports(WtpRecord &wtp, const std::vector<Neighbour> &neighbours)
+{
+    for (uint32_t i = ACCESS_PORTS; i < wtp.switch_port.size(); i++) {
+        set_link(wtp.switch_port[i], false);
+        give_power(wtp, wtp.poe_port[i], 0);
+    }
+    for (const Neighbour &neighbour : neighbours) {
+        const uint32_t i = neighbour.port - 1;
+        set_link(wtp.switch_port[i], true);
+        if (i < ACCESS_PORTS && wtp.poe_port[i].output_power == 0)
+            give_power(wtp, wtp.poe_port[i], 6 + i % 4);
+    }
+}
+
+void tell_neighbours(Memory &memory, WtpRecord &wtp, const std::vector<Neighbour> &neighbours,
+                     time_t now)
+{
+    memory.make_room(wtp.lldp_dev_list, neighbours.size());
+    memory.make_room(wtp.dev_list, neighbours.size());
+    for (const Neighbour &neighbour : neighbours) {
+        LldpDevice &seen = wtp.lldp_dev_list.append();
+        seen.localPort = neighbour.port;
+        seen.mac = neighbour.wtp->mac;
+        seen.remotePort = memory.keep(neighbour.remote_port);
+        seen.name = memory.keep(neighbour.wtp->name);
+        seen.model = memory.keep(neighbour.wtp->model);
+
+        TopoDev &device = wtp.dev_list.append();
+        device.type = neighbour.wtp->wtp_type;
+        device.mac = seen.mac;
+        device.ip = neighbour.wtp->ip;
+        device.name = seen.name;
+        device.model = memory.keep(device.type == DEVICE_SWITCH ? "Switch,\r\n10 ports"
+                                                                : "Access point,\r\nindoor");
+        device.update_time = device.system_time = static_cast<uint32_t>(now);
+        memory.make_room(device.link, 1);
+        TopoLink &link = device.link.append();
+        link.local_port = neighbour.port;
+        link.mac = wtp.mac;
+        link.remote_port = seen.remotePort;
+    }
+}
+
+} // namespace
+
+void cable(Fleet &fleet, const FleetSize &size, time_t now)
+{
+    for (uint32_t number = 0; number < size.switches; number++) {
+        Device &device = *fleet[size.aps + number];
+        if (device.record.state != WTP_ONLINE)
+            continue;
+        const std::vector<Neighbour> neighbours = neighbours_of(fleet, size, number);
+        set_ports(device.record, neighbours);
+        tell_neighbours(device.memory, device.record, neighbours, now);
+    }
+}

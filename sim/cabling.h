@@ -1,0 +1,10 @@
+// SPDX-License-Identifier: MIT
+// What hangs on the ports of the simulated switches.
+#pragma once
+
+#include "fleet.h"
+
+// Each switch serves the access points of its floor and is joined to those of the floors above and
+// below. Those that are online see each other: as neighbours, in the state of their ports and in
+// the power that these give. Nothing here is drawn, so that the rest of a fleet stays the same.
+void cable(Fleet &fleet, const FleetSize &size, time_t now);
