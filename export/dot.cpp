@@ -53,20 +53,35 @@ static std::string style_of(const TopologyNode &node)
     return style + ", fillcolor=\"" + colour + "\"";
 }
 
-static void write_nodes(OutputFile &file, const Topology &topology)
+static void write_column(OutputFile &file, const char *rank, const std::string &ids)
 {
-    std::string switches;
+    if (!ids.empty())
+        file.put(std::string("  { rank=") + rank + ";" + ids + " }\n");
+}
+
+// The switches stand in the first column, what hangs on none in the last.
+static void write_nodes(OutputFile &file, const Topology &topology,
+                        const std::vector<TopologyLink> &links)
+{
+    std::set<Mac> linked;
+    for (const TopologyLink &link : links) {
+        linked.insert(link.from);
+        linked.insert(link.to);
+    }
+    std::string switches, unlinked;
     for (const auto &[mac, node] : topology.nodes()) {
         std::string label = label_of(mac, node);
         if (node.listed && node.state != "online")
             label += "\n(" + node.state + ")";
-        const std::string id = "  \"" + mac_name(mac) + "\"";
-        file.put(id + " [label=" + quoted(label) + ", " + style_of(node) + "];\n");
+        const std::string id = " \"" + mac_name(mac) + "\"";
+        file.put(" " + id + " [label=" + quoted(label) + ", " + style_of(node) + "];\n");
         if (node.type == DEVICE_SWITCH)
             switches += id + ";";
+        else if (linked.count(mac) == 0)
+            unlinked += id + ";";
     }
-    if (!switches.empty())
-        file.put("  { rank=same;" + switches + " }\n");
+    write_column(file, "min", switches);
+    write_column(file, "max", unlinked);
 }
 
 static void write_dot(Devices &devices, const ExportSettings &settings)
@@ -78,8 +93,9 @@ static void write_dot(Devices &devices, const ExportSettings &settings)
              "  graph [rankdir=LR, ranksep=1.5, nodesep=0.15, fontname=\"sans-serif\"];\n"
              "  node [fontname=\"sans-serif\", fontsize=10, margin=\"0.1,0.05\"];\n"
              "  edge [fontname=\"sans-serif\", fontsize=8, color=\"#666666\"];\n");
-    write_nodes(file, topology);
-    for (const TopologyLink &link : topology.links())
+    const std::vector<TopologyLink> links = topology.links();
+    write_nodes(file, topology, links);
+    for (const TopologyLink &link : links)
         file.put("  \"" + mac_name(link.from) + "\" -- \"" + mac_name(link.to) + "\" [taillabel=" +
                  quoted(link.from_port) + ", headlabel=" + quoted(link.to_port) + "];\n");
     file.put("}\n");
