@@ -3,6 +3,8 @@
 // files, and the manual page zov-cfg(5) in mdoc.
 //
 // usage: generate_cfg_docs schema-ap|schema-switch|man TEMPLATE
+#include "doc_writer.h"
+#include "setting_texts.h"
 #include "settings_tree.h"
 #include "util/output.h"
 
@@ -19,47 +21,11 @@ using std::cout;
 using std::string;
 using std::string_view;
 
-namespace {
-
-// The texts of a row of settings.def; empty for SAME.
-struct SettingText {
-    string_view path;
-    string_view title;
-    string_view description;
-};
-
-constexpr SettingText TEXTS[] = {
-#define SAME                                                                                       \
-    {}, {}
-#define AP(id, form, min, max, path, ...) {path, __VA_ARGS__},
-#define SWITCH AP
-#define COUNT(id, path, ...) {path, __VA_ARGS__},
-#define GROUP(path, ...) {path, __VA_ARGS__},
-#include "config/settings.def"
-};
-
-} // namespace
-
-static void put(const auto &...texts)
-{
-    for (const string_view text : {string_view(texts)...})
-        cout << text;
-}
-
-// The last two names of a path.
-static string_view last_names(string_view path)
-{
-    const size_t dot = path.rfind('.');
-    return dot == string_view::npos ? path : path.substr(path.rfind('.', dot - 1) + 1);
-}
-
-// The texts of a path's row; where they are those of another row, the first with the same last two
-// names.
 static const SettingText &text_of(string_view path)
 {
-    for (const SettingText &text : TEXTS)
-        if (last_names(text.path) == last_names(path) && !text.title.empty())
-            return text;
+    const SettingText *text = find_setting_text(path);
+    if (text != nullptr)
+        return *text;
     fail("settings.def: no text for '%s'\n", string(path).c_str());
     exit(1);
 }
@@ -135,61 +101,6 @@ static string describe(const SettingNode &setting, DeviceKind kind)
 }
 
 // --- JSON Schema ---------------------------------------------------------------------------------
-
-namespace {
-
-// The members of nested objects, indented, on standard output.
-class JsonPrinter {
-public:
-    void open(string_view name)
-    {
-        start(name);
-        put("{");
-        depth_++;
-        first_ = true;
-    }
-    void close()
-    {
-        depth_--;
-        first_ = false;
-        new_line();
-        put("}");
-    }
-    void text(string_view name, string_view value)
-    {
-        start(name);
-        quote(value);
-    }
-    void number(string_view name, int64_t value) { literal(name, std::to_string(value)); }
-    void literal(string_view name, string_view value)
-    {
-        start(name);
-        put(value);
-    }
-
-private:
-    void start(string_view name)
-    {
-        put(first_ ? "" : ",");
-        first_ = false;
-        new_line();
-        quote(name);
-        put(": ");
-    }
-    void new_line() const { put("\n", string(2 * depth_, ' ')); }
-    static void quote(string_view value)
-    {
-        put("\"");
-        for (const char &c : value)
-            put(c == '"' || c == '\\' ? "\\" : "", string_view(&c, 1));
-        put("\"");
-    }
-
-    size_t depth_ = 1;
-    bool first_ = true;
-};
-
-} // namespace
 
 // The texts that a form accepts; empty when any will do. Server addresses are held to more than zov
 // does, which sends other texts as no address.
@@ -301,22 +212,6 @@ static void print_schema(const SettingNode &root, DeviceKind kind)
 }
 
 // --- Manual page ---------------------------------------------------------------------------------
-
-// Each sentence on a line of its own, minus signs as such.
-static void put_sentences(string_view text)
-{
-    string lines;
-    for (const char c : text) {
-        const char last = lines.empty() ? ' ' : lines.back();
-        if (c == ' ' && last == '.')
-            lines += '\n';
-        else if (c == '-' && last == ' ')
-            lines += "\\-";
-        else
-            lines += c;
-    }
-    put(lines, "\n");
-}
 
 // The node's own settings, then the groups below it.
 static void print_manual_group(const SettingNode &node, DeviceKind kind)
