@@ -1,13 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "cfg_writer.h"
 
-#include "config/config_value.h"
+#include "cfg_checks.h"
+#include "devices.h"
 #include "report/format.h"
 #include "text.h"
-#include "util/mac.h"
-
-#include <algorithm>
-#include <cstring>
 
 namespace {
 
@@ -19,48 +16,6 @@ const CfgField *find_field(const CfgRow &row, std::string_view name, size_t &pla
         if (row[place].name == name)
             return &row[place];
     return nullptr;
-}
-
-std::string ipv4_text(Ipv4 addr)
-{
-    char text[IPV4_TEXT_MAX];
-    return {text, write_ipv4(text, addr)};
-}
-
-std::vector<std::string> texts_of(const Rows<Mac> &macs)
-{
-    std::vector<std::string> texts;
-    for (const Mac &mac : macs) {
-        char text[MAC_TEXT_MAX];
-        texts.emplace_back(text, write_mac(text, mac));
-    }
-    return texts;
-}
-
-std::vector<std::string> texts_of(const Rows<HostSlot> &hosts)
-{
-    std::vector<std::string> texts;
-    for (const HostSlot &host : hosts)
-        texts.emplace_back(host.text, strnlen(host.text, sizeof host.text));
-    return texts;
-}
-
-bool has_equal(std::vector<std::string> texts)
-{
-    std::sort(texts.begin(), texts.end());
-    return std::adjacent_find(texts.begin(), texts.end()) != texts.end();
-}
-
-constexpr const char *NO_UTF8 = "is no UTF-8, which JSON cannot hold";
-
-// Why a text of a setting cannot be sent; null: it can.
-std::string objection(const ConfigKey &row, std::string_view text)
-{
-    const auto size = static_cast<uint32_t>(text.size());
-    if (size < static_cast<uint32_t>(row.min) || size > static_cast<uint32_t>(row.max))
-        return std::to_string(size) + " bytes, " + std::to_string(row.min) + " to " +
-               std::to_string(row.max) + " can be sent";
-    return is_utf8(text) ? "" : NO_UTF8;
 }
 
 } // namespace
@@ -79,7 +34,7 @@ std::string CfgWriter::write(WtpCfg &cfg)
 void CfgWriter::new_line()
 {
     out_ += '\n';
-    out_.append(2 * depth_, ' ');
+    out_.append(size_t{2} * depth_, ' ');
 }
 
 void CfgWriter::begin_element()
@@ -239,22 +194,9 @@ bool CfgWriter::put_texts(const CfgMember &member, const CfgRow &row, size_t pla
 // A list that is one setting: all of it is sent, or nothing.
 bool CfgWriter::put_list(const CfgMember &member, const std::vector<std::string> &elements)
 {
-    const ConfigKey &row = *member.row;
-    const uint32_t most =
-        std::min<uint32_t>(CONFIG_ELEMENTS_MAX, CONFIG_VALUE_BYTES_MAX / row.element_size());
-    if (elements.size() > most)
-        return leave_out(path_of(member), std::to_string(elements.size()) + " elements, " +
-                                              std::to_string(most) + " can be sent");
-    if ((row.form == FORM_MAC_LIST || kind_ == DEVICE_ACCESS_POINT) && has_equal(elements))
-        return leave_out(path_of(member), "has an element twice");
-    for (const std::string &element : elements) {
-        std::string why = objection(row, element);
-        Mac mac;
-        if (row.form == FORM_MAC_LIST && (!parse_mac(element.c_str(), mac) || mac.is_group()))
-            why = element + " is no device's address";
-        if (!why.empty())
-            return leave_out(path_of(member), why);
-    }
+    const std::string why = objection_to_list(*member.row, elements, kind_);
+    if (!why.empty())
+        return leave_out(path_of(member), why);
     begin(member.name);
     out_ += '[';
     first_ = true;
@@ -278,15 +220,14 @@ bool CfgWriter::put_setting(const CfgMember &member, const CfgValue &value)
     if (std::holds_alternative<Md5Digest>(value))
         return false; // of which no password can be made; the caller tells for all devices
     if (const auto *addr = std::get_if<Ipv4>(&value))
-        return put_text(member, ipv4_text(*addr));
+        return put_text(member, ipv4_name(*addr));
     if (const auto *text = std::get_if<std::string_view>(&value))
         return put_text(member, *text);
     const int64_t number = std::get<int64_t>(value);
     if (member.row->form != FORM_DATA_RATE)
         return put_number(member, number);
     const char *rate = data_rate_text(static_cast<int32_t>(number));
-    int code = 0;
-    if (!parse_data_rate(rate, code) || code != number || !objection(*member.row, rate).empty())
+    if (!objection(*member.row, rate).empty() || !is_rate_of(rate, number))
         return leave_out(path_of(member), "no text stands for code " + std::to_string(number));
     return put_text(member, rate);
 }
@@ -319,7 +260,7 @@ bool CfgWriter::put_addresses(const CfgMember &member, const CfgRow &row)
     for (const char *name : {"ip", "mask", "gateway"}) {
         size_t place = 0;
         const CfgField *field = find_field(row, name, place);
-        text += (text.empty() ? "" : "/") + ipv4_text(std::get<Ipv4>(field->value));
+        text += (text.empty() ? "" : "/") + ipv4_name(std::get<Ipv4>(field->value));
     }
     Ipv4 ip, mask, gateway;
     if (!parse_ip_settings(text.c_str(), ip, mask, gateway))

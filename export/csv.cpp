@@ -98,7 +98,7 @@ constexpr struct Column {
     {"poe_used", [](Wtp wtp) { return number(wtp.poe_global.allocated_power); }},
 };
 
-// Calls action(column) for each name of a list; column is null for an unknown one.
+// Calls action(column, name) for each name of a list; column is null for an unknown one.
 template <class Action> void for_each_column(std::string_view list, Action action)
 {
     while (true) {
@@ -108,7 +108,7 @@ template <class Action> void for_each_column(std::string_view list, Action actio
         for (const Column &column : COLUMNS)
             if (column.name == name)
                 found = &column;
-        action(found);
+        action(found, name);
         if (comma == std::string_view::npos)
             return;
         list.remove_prefix(comma + 1);
@@ -132,28 +132,33 @@ std::string cell_of(std::string_view text)
     return quoted + '"';
 }
 
-} // namespace
-
-const char CSV_DEFAULT_COLUMNS[] =
+constexpr const char *DEFAULT_COLUMNS =
     "mac,name,kind,model,serial,location,address,managed,state,firmware,uptime,stations";
 
-bool are_csv_columns(const char *list)
+} // namespace
+
+void check_csv_columns(const char *list)
 {
-    bool known = true;
-    for_each_column(list, [&](const Column *column) { known &= column != nullptr; });
-    return known;
+    for_each_column(list, [](const Column *column, std::string_view name) {
+        if (column != nullptr)
+            return;
+        std::string text = "--columns: no column '" + clean(name) + "', there are:";
+        for (const Column &known : COLUMNS)
+            text += " " + std::string(known.name);
+        throw UsageError(text);
+    });
 }
 
 static void write_csv(Devices &devices, const ExportSettings &settings)
 {
     OutputFile file(settings.output);
     const std::string_view columns =
-        settings.columns != nullptr ? settings.columns : CSV_DEFAULT_COLUMNS;
+        settings.columns != nullptr ? settings.columns : DEFAULT_COLUMNS;
     file.put(columns);
     file.put("\r\n");
     devices.for_each([&](const WtpRecord &wtp) {
         std::string line;
-        for_each_column(columns, [&](const Column *column) {
+        for_each_column(columns, [&](const Column *column, std::string_view) {
             line += cell_of(column->cell(wtp));
             line += ',';
         });

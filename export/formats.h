@@ -13,7 +13,5 @@ struct Format {
 extern const Format JSON_FORMAT, NDJSON_FORMAT, CFG_FORMAT, CSV_FORMAT, PROMETHEUS_FORMAT,
     DOT_FORMAT;
 
-// The names of CSV's columns, parted by commas, as they are when none are asked for; and whether a
-// list like that has known names only.
-extern const char CSV_DEFAULT_COLUMNS[];
-bool are_csv_columns(const char *list);
+// Throws UsageError when a list, joined by commas, names what is no column.
+void check_csv_columns(const char *list);

@@ -26,7 +26,7 @@ inline constexpr Option<ExportSettings> EXPORT_OPTIONS[] = {
     {{"directory", "DIR", "cfg: write a file for each device there, named by its address"},
      [](const char *text, ExportSettings &to) { return *(to.directory = text) != '\0'; }},
     {{"columns", "LIST", "csv: these columns, joined by commas"},
-     [](const char *text, ExportSettings &to) { return are_csv_columns(to.columns = text); }},
+     [](const char *text, ExportSettings &to) { return (check_csv_columns(to.columns = text), true); }},
     PLACE_OPTIONS,
 };
 // clang-format on

@@ -62,7 +62,7 @@ public:
 
     template <size_t N> void member(const char (&name)[N], std::string_view text)
     {
-        if (text.size() > FileOutput::ROOM_MAX / (2 * JSON_GROWTH)) {
+        if (text.size() > FileOutput::ROOM_MAX / 2 / JSON_GROWTH) {
             std::string long_text;
             append_json_string(long_text, text);
             Base::ready(name, long_text);
