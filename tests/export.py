@@ -1,0 +1,501 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
+"""zov-export against ac-sim, and against a controller that plays records with hostile texts:
+export.py ZOV AC_SIM SOURCE_FOLDER ZOV_EXPORT GENERATED_FOLDER
+"""
+import csv
+import io
+import json
+import os
+import re
+import resource
+import shutil
+import signal
+import socket
+import struct
+import subprocess
+import sys
+import tempfile
+import threading
+import unittest
+from pathlib import Path
+
+from jsonschema import Draft202012Validator
+
+import fields
+import settings
+from simulator import AP, NOT_IN_RECORDS, SWITCH, ZOV, Controller, end_with_test, flatten
+
+ZOV_EXPORT, GENERATED = sys.argv[4:6]
+
+HOSTILE = [b"", b"plain", b'say "x" \\ a/b', b"tab\tline\r\nbell\x07", b"cut\0off", b"\x1b]0;title\x07\x1b[31m",
+           b"caf\xc3\xa9 \xf0\x9f\x98\x80", b"\xff\xfe", b"\xc0\xaf", b"\xed\xa0\x80x", b"\xe2\x82", b"\xf4\x90\x80\x80",
+           b"\xc2\x9b31m\x7f", b'"' * 3000, b"\xe2\x82\xac" * 2000, b"=1+1", b"@x", b"\tx", b"-a,b", b"#{x}\n",
+           b'{"a": [1, "b\\u0041", {}], "c":\n[]}', b'{"a":1}x', b"[1e5,-0.5, true ,null]", b"01", b"[1,]", b'"\xff"',
+           b'"\x7f\xc2\x9b"', b"[" * 64 + b"]" * 64, b"[" * 65 + b"]" * 65, b"NaN", b"[\"\\x\"]", b"-", b"1.", b'"\t"']
+HOSTS = [b"host", b'"q"/\\', b"a\x1f", b"\x7fb", b"c\x80"]
+FOREIGN = re.compile(rb"[\0-\x09\x0b-\x1f\x7f]|\xc2[\x80-\x9f]")  # nothing of this may be written
+
+
+class Player:
+    """A controller that gives every list request this reply, and takes every configuration."""
+
+    def __init__(self, reply, handshake=b"\0\0\0\1"):
+        self.listener = socket.create_server(("127.0.0.1", 0))
+        self.port, self.reply, self.handshake = str(self.listener.getsockname()[1]), reply, handshake
+        threading.Thread(target=self.serve, daemon=True).start()
+
+    def serve(self):
+        while True:
+            try:
+                client = self.listener.accept()[0]
+            except OSError:
+                return
+            with client:
+                client.sendall(self.handshake)
+                try:
+                    self.answer(client)
+                except OSError:
+                    pass  # it was killed
+
+    def answer(self, client):
+        while code := client.recv(1):
+            if code == b"\1":
+                count = struct.unpack(">IH", client.recv(6, socket.MSG_WAITALL))[1]
+                client.recv(6 * count, socket.MSG_WAITALL)
+                client.sendall(self.reply)
+            elif code == b"\5":
+                client.recv(struct.unpack(">I", client.recv(4, socket.MSG_WAITALL))[0], socket.MSG_WAITALL)
+                client.sendall(b"\0\0")
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.listener.shutdown(socket.SHUT_RDWR)
+        self.listener.close()
+
+
+def run(port, *options, before=end_with_test):
+    done = subprocess.run([ZOV_EXPORT, "--acport", port, *options], capture_output=True, timeout=60,
+                          preexec_fn=before)
+    return done.returncode, done.stdout, done.stderr.decode()
+
+
+def ok(port, *options):
+    status, out, err = run(port, *options)
+    assert status == 0 and (err == "" or "cfg" in options), (options, status, err)
+    return out
+
+
+def clean(text):
+    """What formats without escapes show of a text."""
+    return re.sub(r"[\0-\x1f\x7f-\x9f]", "\ufffd", text.split(b"\0")[0].decode("utf-8", "replace"))
+
+
+def make_records(words, hosts, seed, kinds=(3, 2, 1)):
+    """Records of each kind; the same for the same seed but for their texts."""
+    made = []
+    for number, kind in enumerate(kinds):
+        maker = fields.Maker(seed + number, counts=(0, 1, 2), words=words, hosts=hosts)
+        record = maker.record(kind, cfg=True, detail=True)
+        hosts_of = [fields.Text(maker.random.choice(words)[:256].ljust(256, b"\0")) for _ in range(3)]
+        record["wtp_cfg"][0]["ac_list"] = hosts_of
+        made.append(record)
+    return made
+
+
+def refuse_constant(name):
+    raise ValueError(name)
+
+
+def parsed(text):
+    """What hotspot20 becomes."""
+    shown = text.split(b"\0")[0]
+    try:
+        assert shown != HOSTILE[28]  # one too deep
+        return json.loads(shown.decode(), parse_constant=refuse_constant) if shown else None
+    except (ValueError, AssertionError):
+        return shown.decode("utf-8", "replace")
+
+
+def translated(value, path=""):
+    """A report of records whose texts are numbers of HOSTILE and HOSTS, with the texts that those stand for."""
+    if isinstance(value, dict):
+        return {name: translated(part, f"{path}.{name}") for name, part in value.items()}
+    if isinstance(value, list):
+        return [translated(part, path) for part in value]
+    found = re.fullmatch(r"7{9}([wh])(\d{3})", str(value).replace("8" * 9, "w").replace("9" * 9, "h"))
+    if found is None:
+        return value
+    text = {"w": HOSTILE, "h": HOSTS}[found[1]][int(found[2])]
+    if path.endswith(".hotspot20"):
+        return parsed(text)
+    if found[1] == "h":
+        return fields.Host(text).shown()
+    text = text[:256] if path.endswith(".ac_list") else text
+    text = text.split(b"\0")[0].translate(None, b"\r\n") if path.endswith(".dev_list.model") else text
+    return text.split(b"\0")[0].decode("utf-8", "replace")
+
+
+PLAIN = [b"7" * 9 + b"8" * 9 + b"%03d" % n for n in range(len(HOSTILE))]
+PLAIN_HOSTS = [b"7" * 9 + b"9" * 9 + b"%03d" % n for n in range(len(HOSTS))]
+
+
+class Json(unittest.TestCase):
+    maxDiff = 2000
+
+    def test_hostile_texts_in_every_member(self):
+        schema = json.loads(Path(GENERATED, "wtp_list.schema.json").read_text())
+        Draft202012Validator.check_schema(schema)
+        validator = Draft202012Validator(schema)
+        for seed in range(40):
+            report = fields.report(make_records(PLAIN, PLAIN_HOSTS, seed), "json").decode("latin-1")
+            expected = translated(json.loads("{" + report + "}"))
+            with Player(fields.reply(make_records(HOSTILE, HOSTS, seed))) as player:
+                out = ok(player.port, "--format", "json")
+                self.assertIsNone(FOREIGN.search(out))
+                made = json.loads(out, parse_constant=refuse_constant)
+                self.assertEqual(made, expected)
+                self.assertEqual([json.loads(line) for line in ok(player.port, "--format", "ndjson").splitlines()],
+                                 made["wtp_list"])
+            validator.validate(made)
+            for device in made["wtp_list"]:  # the schema is strict
+                for name in ("sn", "wtp_cfg", "cfg_cap", "radio", "dev_list"):
+                    less = {member: value for member, value in device.items() if member != name}
+                    required = name in device and name != "wtp_cfg"
+                    self.assertEqual(validator.is_valid({"wtp_list": [less]}), not required, name)
+                for more in ({"colour": 1}, {"mac": "2:0"}, {"state": 256}, {"cfg_cap": [0] * 20}):
+                    self.assertFalse(validator.is_valid({"wtp_list": [device | more]}))
+
+    def test_page_has_every_member(self):
+        def paths(value, path=""):
+            if isinstance(value, dict):
+                return set().union(*({f"{path}.{name}".lstrip(".")} | paths(part, f"{path}.{name}".lstrip("."))
+                                     for name, part in value.items()))
+            if isinstance(value, list) and value and not isinstance(value[0], int):
+                return {f"{path}[]"}.union(*(paths(part, f"{path}[]") for part in value))
+            return set()
+        printed = set()
+        for seed in range(60):
+            for choices in ((), ("password",), ("basic",)):
+                report = fields.report(make_records(PLAIN, PLAIN_HOSTS, seed), "json", *choices).decode()
+                printed |= set().union(*map(paths, json.loads("{" + report + "}")["wtp_list"]))
+        printed -= {path.removesuffix("[]") for path in printed if path.endswith("[]")}  # an array's own name
+        page = set(re.findall(r"^\.It Va (\S+)", Path(GENERATED, "zov-report.5").read_text(), re.M))
+        self.assertEqual(page, printed)
+
+    def test_choice_of_devices(self):
+        with Controller() as controller:
+            def names(*options):
+                return [json.loads(line)["name"] for line in ok(controller.port, "--format", "ndjson", *options).splitlines()]
+            self.assertEqual(names("--mac", f"{SWITCH},{AP}"), ["ap-floor1-01", "sw-floor1"])
+            self.assertEqual(names("--name", "*-floor1-0[2-4]"), [f"ap-floor1-0{n}" for n in (2, 3, 4)])
+            self.assertEqual(names("--name", "*1", "--mac", f"{SWITCH},02:A3:00:00:00:02"), ["sw-floor1"])
+            self.assertEqual(ok(controller.port, "--format", "json", "--name", "x"), b'{"wtp_list":[]}\n')
+            status, out, err = run(controller.port, "--format", "ndjson", "--mac", f"{AP},02:00:00:00:00:01")
+            self.assertEqual((status, out.count(b"\n"), err),
+                             (1, 1, "zov-export: the controller knows no device 02:00:00:00:00:01\n"))
+
+
+def held(cfg, path):
+    """What a record's configuration holds for a setting: [(value, path with positions)]."""
+    rows = [(cfg, "wtp_cfg.")]
+    *tables, last = path.removeprefix("wtp_cfg.").split("[].")
+    for table in tables:
+        rows = [(row, f"{at}{table}[{n}].") for above, at in rows for n, row in enumerate(above[table])]
+    if last == "wep.key[]":
+        return [(row[f"wep.key{n + 1}"], f"{at}wep.key[{n}]") for row, at in rows for n in range(4)]
+    last = last.removesuffix("[]")
+    return [(row[last], at + last) for row, at in rows if last in row]
+
+
+def setting_at(document, path):
+    """A setting of a document by its path with positions; None when it is not there."""
+    for part in re.findall(r"\w+", path):
+        if isinstance(document, list):
+            document = document[int(part)]
+        elif part not in document:
+            return None
+        else:
+            document = document[part]
+    return None if isinstance(document, dict) else document  # what stands for a key that is left out
+
+
+def as_setting(row, value, kind):
+    """A value of a record as the setting that it can be sent as; None: it cannot."""
+    if row.is_number:
+        number = fields.shown(value, "" if row.low >= 0 else "-" if row.form == "u32" else "'")
+        number = fields.shown(value, "-") if row.path.endswith("limit") and "wlan" in row.path else number
+        return number if row.low <= number <= row.high else None
+    if row.form in ("ipv4", "server"):
+        return fields.shown(value)
+    if row.form == "rate":
+        text = fields.data_rate(fields.shown(value, "-"))
+        code = fields.shown(value, "-")
+        same = code <= 0 or code < 33 or 101 <= code <= 110 or code > 110 and code % 100 == 0
+        return text if same and 2 <= len(text) <= 7 and (code != 0 or text == "auto") else None
+    texts = [fields.shown(one).encode("latin-1") if isinstance(one, bytes) else one
+             for one in (value if isinstance(value, list) else [value])]
+    if any(len(text) < row.low or len(text) > (row.high if row.high is not None else 65535) or
+           "\ufffd" in text.decode("utf-8", "replace") for text in texts):
+        return None
+    texts = [text.decode() for text in texts]
+    if not isinstance(value, list):
+        return texts[0]
+    unique = row.form == "macs" or kind == settings.AP
+    bad = row.form == "macs" and any(int(text[:2], 16) & 1 or set(text) <= set("0:") for text in texts)
+    return None if bad or unique and len(set(texts)) < len(texts) else texts
+
+
+class Configurations(unittest.TestCase):
+    def test_backup_reset_restore(self):
+        shapes = {settings.AP: {"wtp_cfg.radio[]": 2, "wtp_cfg.radio[].wlan[]": 5, "wtp_cfg.lan_port[]": 2,
+                                "wtp_cfg.radio[].wlan[].wep.key[]": 4}, settings.SWITCH: {"wtp_cfg.pdl_status[]": 2}}
+        for kind, mac in ((settings.AP, AP), (settings.SWITCH, SWITCH)):
+            made = {"wtp_cfg": settings.Documents(7, kind, shapes[kind]).group()}
+            for radio in made["wtp_cfg"].get("radio", []):
+                for mode, wlan in zip((0, 1, 3, 6, 13), radio["wlan"]):
+                    wlan["sec_mode"] = mode
+            with self.subTest(kind=kind), Controller() as controller, tempfile.TemporaryDirectory() as folder:
+                def stored():
+                    record = controller.record(mac)["wtp_cfg"]
+                    return record | {"password_md5": None}
+                file = Path(folder, "backup", mac.replace(":", "-") + ".json")
+                backup = ("--format", "cfg", "--mac", mac, "--directory", str(file.parent))
+                controller.configure(mac, kind, made)
+                before = stored()
+                ok(controller.port, *backup)
+                first = file.read_bytes()
+                controller.ok("rst", "--mac", mac, "--factory")
+                self.assertNotEqual(stored(), before)
+                controller.ok("cfg", "--mac", mac, "--type", str(settings.AP - kind), "--file", str(file))
+                self.assertEqual(stored(), before)
+                ok(controller.port, *backup)
+                self.assertEqual(file.read_bytes(), first)
+                self.assertEqual(os.listdir(file.parent), [file.name])
+                # Every setting is in it as it was sent, those that the security mode hides included.
+                names = {re.sub(r"\[\d+\]", "[]", path).removesuffix("[]") for path in flatten(json.loads(first)["wtp_cfg"])}
+                rows = {path.removeprefix("wtp_cfg.").removesuffix("[]") for path in
+                        settings.TABLE[kind].keys() - NOT_IN_RECORDS[kind] - {"wtp_cfg.password"}}
+                self.assertEqual(names, rows)
+
+    def test_documents_of_any_record_can_be_sent(self):
+        left = sent = 0
+        for seed in range(24):
+            kind = (settings.AP, settings.SWITCH)[seed % 2]
+            words = [word for word in HOSTILE if len(word) < 300]
+            record = make_records(words, HOSTS, seed, (kind,))[0]
+            cfg = record["wtp_cfg"][0]
+            with self.subTest(seed=seed), Player(fields.reply([record])) as player, \
+                    tempfile.TemporaryDirectory() as folder:
+                status, out, err = run(player.port, "--format", "cfg", "--output", f"{folder}/f")
+                self.assertEqual((status, out), (0, b""))
+                self.assertNotRegex(err, r"[\0-\x09\x0b-\x1f\x7f-\x9f]")
+                text = Path(folder, "f").read_bytes()
+                self.assertIsNone(FOREIGN.search(text))
+                done = subprocess.run([ZOV, "cfg", "--acport", player.port, "--mac", AP, "--type",
+                                       str(settings.AP - kind), "--file", f"{folder}/f"], capture_output=True)
+                self.assertEqual((done.returncode, done.stderr), (0, b""))
+                made = json.loads(text)
+                for row in settings.TABLE[kind].values():
+                    if row.path in NOT_IN_RECORDS[kind] or row.form in ("digest", "ipset"):
+                        continue
+                    for value, path in held(cfg, row.path):
+                        expected = as_setting(row, value, kind)
+                        self.assertEqual(setting_at(made, path), expected, path)
+                        self.assertEqual(re.search(re.escape(path) + r"(\[\])?: ", err) is None,
+                                         expected is not None, (path, err))
+                        left += expected is None
+                        sent += expected is not None
+        self.assertGreater(min(left, sent), 300)
+
+    def test_what_cannot_be_configured(self):
+        bridge = "02:A1:00:00:00:01"
+        with Controller() as controller:
+            self.assertEqual(run(controller.port, "--format", "cfg", "--mac", bridge),
+                             (1, b"", f"zov-export: {bridge}: is neither access point nor switch, nothing can be sent "
+                                      "to it\nzov-export: there is no configuration to write\n"))
+            several = ok(controller.port, "--format", "cfg", "--name", "*1-0[12]").decode()
+            first, end = json.JSONDecoder().raw_decode(several)
+            self.assertEqual((first["wtp_cfg"]["name"], json.loads(several[end:])["wtp_cfg"]["name"]),
+                             ("ap-floor1-01", "ap-floor1-02"))
+
+
+class Tables(unittest.TestCase):
+    def test_csv(self):
+        for seed in range(10):
+            records = make_records(HOSTILE, HOSTS, seed)
+            with Player(fields.reply(records)) as player:
+                out = ok(player.port, "--format", "csv", "--columns", "serial,mac,name,location,port")
+            self.assertTrue(out.endswith(b"\r\n") and b"\n" not in out.replace(b"\r\n", b""))
+            cells = list(csv.reader(io.StringIO(out.decode(), newline="")))
+            self.assertEqual(cells[0], ["serial", "mac", "name", "location", "port"])
+            for row, record in zip(cells[1:], records, strict=True):
+                texts = [record["sn"], record["name"], record["wtp_cfg"][0]["location"]]
+                shown = [("'" if text[:1] in (b"=", b"+", b"-", b"@", b"\t", b"\r") else "") + clean(text)
+                         for text in texts]
+                self.assertEqual(row, [shown[0], fields.shown(record["mac"]), *shown[1:], str(record["port"])])
+        with Controller() as controller:
+            rows = list(csv.DictReader(io.StringIO(ok(controller.port, "--format", "csv").decode())))
+            self.assertEqual(len(rows), 9)
+            record = controller.record(AP)
+            stations = sum(len(wlan["sta"]) for radio in record["radio"] for wlan in radio["wlan"])
+            self.assertEqual(rows[0] | {"uptime": 0}, {
+                "mac": AP, "name": "ap-floor1-01", "kind": "access_point", "model": "AP-220", "serial": "SN3000001",
+                "location": "Floor 1", "address": "10.3.0.1", "managed": "yes", "state": "online",
+                "firmware": record["sw_ver"], "uptime": 0, "stations": str(stations)})
+
+    @staticmethod
+    def samples(text):
+        """Metrics by name and labels."""
+        found = {}
+        for line in text.splitlines():
+            if not line.startswith("#"):
+                name, labels, value = re.fullmatch(r'(\w+)(?:\{((?:\w+="(?:[^"\\]|\\.)*",?)+)\})? (-?\d+)', line).groups()
+                labels = {key: re.sub(r"\\(.)", r"\1", value)
+                          for key, value in re.findall(r'(\w+)="((?:[^"\\]|\\.)*)"', labels or "")}
+                found.setdefault(name, []).append((labels, int(value)))
+        return found
+
+    def check_with_promtool(self, text):
+        if shutil.which("promtool") is None:
+            self.skipTest("promtool is missing (package prometheus)")
+        done = subprocess.run(["promtool", "check", "metrics"], input=text, capture_output=True, timeout=60)
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, b"", b""))
+
+    def test_prometheus(self):
+        with Controller("--aps", "40", "--switches", "4") as controller:
+            controller.ok("upg", "--mac", AP)
+            text = ok(controller.port, "--format", "prometheus")
+            devices = json.loads(ok(controller.port, "--format", "json"))["wtp_list"]
+        found = self.samples(text.decode())
+        for name, expected in (("zov_devices", len(devices)), ("zov_devices_upgrading", 1),
+                               ("zov_device_up", sum(device["state"] == 5 for device in devices)),
+                               ("zov_device_upgrade_pending", 1), ("zov_device_info", len(devices))):
+            self.assertEqual(sum(value for _, value in found[name]), expected, name)
+        wlans = [(device["mac"], str(r + 1), str(w + 1), cfg["ssid"], wlan) for device in devices
+                 for r, radio in enumerate(device.get("radio", []))
+                 for w, (wlan, cfg) in enumerate(zip(radio["wlan"], device["wtp_cfg"]["radio"][r]["wlan"]))]
+        for name, value in (("stations", lambda wlan: len(wlan["sta"])),
+                            ("transmit_bytes_total", lambda wlan: wlan["tx_bytes"]),
+                            ("receive_bytes_total", lambda wlan: wlan["rx_bytes"]),
+                            ("transmit_packets_total", lambda wlan: wlan["tx_pkt"]),
+                            ("receive_packets_total", lambda wlan: wlan["rx_pkt"])):
+            self.assertEqual(found[f"zov_wlan_{name}"], [
+                ({"mac": mac, "radio": radio, "wlan": number, "ssid": ssid}, value(wlan))
+                for mac, radio, number, ssid, wlan in wlans], name)
+        switches = [device for device in devices if device["wtp_type"] == 2 and device["state"] == 5]
+        self.assertEqual(found["zov_poe_allocated_watts"], [
+            ({"mac": device["mac"]}, sum(port["output_power"] for port in device["poe_port"])) for device in switches])
+        self.check_with_promtool(text)
+
+    def test_prometheus_of_hostile_texts(self):
+        texts = []
+        for seed in range(5):
+            records = make_records(HOSTILE, HOSTS, seed) * 2  # each device twice
+            with Player(fields.reply(records)) as player:
+                texts.append(ok(player.port, "--format", "prometheus"))
+            self.assertIsNone(FOREIGN.search(texts[-1]))
+            found = self.samples(texts[-1].decode())
+            self.assertEqual([labels["name"] for labels, _ in found["zov_device_info"]],
+                             [clean(record["name"]) for record in records[:3]])
+        for text in texts:
+            self.check_with_promtool(text)
+
+
+class Graph(unittest.TestCase):
+    def render(self, text):
+        if shutil.which("dot") is None:
+            self.skipTest("dot is missing (package graphviz)")
+        done = subprocess.run(["dot", "-Tsvg"], input=text, capture_output=True, timeout=60)
+        self.assertEqual((done.returncode, done.stderr), (0, b""))
+        return done.stdout.decode()
+
+    def test_topology(self):
+        fleet = ("--aps", "20", "--switches", "3")
+        with Controller(*fleet) as controller, Controller(*fleet) as same:
+            text = ok(controller.port, "--format", "dot")
+            self.assertEqual(ok(same.port, "--format", "dot"), text)
+            devices = {device["mac"]: device for device in json.loads(ok(controller.port, "--format", "json"))["wtp_list"]}
+        online = {mac for mac, device in devices.items() if device["state"] == 5}
+        switches, aps = ([f"02:A{kind}:00:00:00:{n:02X}" for n in range(1, count + 1)] for kind, count in ((2, 3), (3, 20)))
+        expected = {(switches[n // 8], str(n % 8 + 1), aps[n], "eth0") for n in range(20) if aps[n] in online}
+        expected |= {(one, "10", other, "9") for one, other in zip(switches, switches[1:])}
+        self.assertLess(len(online), len(devices))
+        self.assertEqual({(one, from_port, other, to_port) for one, other, from_port, to_port in re.findall(
+            r'"(\S+)" -- "(\S+)" \[taillabel="(\w+)", headlabel="(\w+)"\]', text.decode())}, expected)
+        for mac, number, *_ in expected:  # the ports of the report agree
+            port = devices[mac]["switch_port"][int(number) - 1]
+            self.assertEqual((port["port"], port["link_status"]), (int(number), 1))
+        self.assertEqual(self.render(text).count('class="edge"'), len(expected))
+
+    def test_hostile_texts(self):
+        for seed in range(5):
+            with Player(fields.reply(make_records(HOSTILE, HOSTS, seed, (2, 2, 3)))) as player:
+                text = ok(player.port, "--format", "dot")
+            self.assertIsNone(FOREIGN.search(text))
+            self.render(text)
+
+
+class Faults(unittest.TestCase):
+    def test_wrong_usage(self):
+        known = "json ndjson cfg csv prometheus dot"
+        page = Path(sys.argv[3], "man/zov-export.1").read_text().split("The columns are")[1].split(".El")[0]
+        columns = " ".join(re.findall(r"\w+", " ".join(re.findall(r"^\.It Cm (.*)", page, re.M))))
+        for options, message in (
+                ([], "--format is missing, see --help"),
+                (["--format", "xml"], f"--format: bad argument 'xml', expected one of: {known}"),
+                (["--format", "cfg", "--output", "f", "--directory", "d"], "--output and --directory exclude each other"),
+                (["--format", "json", "--directory", "d"], "--directory is for --format cfg"),
+                (["--format", "json", "--columns", "mac"], "--columns is for --format csv"),
+                (["--format", "csv", "--columns", "mac,x\x1b"], f"--columns: no column 'x\ufffd', there are: {columns}"),
+                (["--format", "csv", "--columns", ""], f"--columns: no column '', there are: {columns}"),
+                (["--format", "json", "--mac", "02:00"], "--mac: bad argument '02:00'"),
+                (["--format", "json", "--output", ""], "--output: bad argument ''"),
+                (["--format", "json", "x"], "unexpected argument 'x'")):
+            with self.subTest(options=options):
+                self.assertEqual(run("1", *options), (2, b"", f"zov-export: {message}\n"))
+        text = ok("1", "--help").decode()
+        page = Path(sys.argv[3], "man/zov-export.1").read_text().split(".Sh EXAMPLES")[0]
+        self.assertEqual(set(re.findall(r"^  --(\w+)", text, re.M)), set(re.findall(r"\bFl -(\w+)", page)) - {"type"})
+        self.assertRegex(ok("1", "--version"), rb"^zov-export \d+\.\d+\.\d+\n$")
+
+    def test_silent_controller(self):
+        record = fields.reply(make_records([b"x"], [b"h"], 1))
+        for reply, handshake in ((b"", b""), (b"", b"\0\0\0\1"), (record[:-1], b"\0\0\0\1")):
+            with Player(reply, handshake) as player, tempfile.TemporaryDirectory() as folder:
+                Path(folder, "f").write_text("old")
+                status, out, err = run(player.port, "--format", "json", "--timeout", "1", "--output", f"{folder}/f")
+                self.assertEqual((status, out), (1, b""))
+                self.assertTrue(err.endswith("does not answer within 1 s\n"), err)
+                self.assertEqual((os.listdir(folder), Path(folder, "f").read_text()), (["f"], "old"))
+
+    def test_output_that_cannot_be_written(self):
+        def limit(action):
+            def before():
+                end_with_test()
+                signal.signal(signal.SIGXFSZ, action)
+                resource.setrlimit(resource.RLIMIT_FSIZE, (1000, 1000))
+            return before
+        with Controller() as controller, tempfile.TemporaryDirectory() as folder:
+            self.assertEqual(run(controller.port, "--format", "csv", "--output", "/dev/full"),
+                             (1, b"", "zov-export: cannot write /dev/full: No space left on device\n"))
+            for form in ("json", "ndjson", "cfg", "csv", "prometheus", "dot"):
+                target = Path(folder, "f")
+                target.write_text("old")
+                for action, expected in ((signal.SIG_IGN, 1), (signal.SIG_DFL, -signal.SIGXFSZ)):  # killed
+                    columns = ["--columns", ",".join(["mac"] * 20)] if form == "csv" else []
+                    status, _, err = run(controller.port, "--format", form, "--output", str(target), *columns,
+                                         before=limit(action))
+                    self.assertEqual((form, status, os.listdir(folder), target.read_text()), (form, expected, ["f"], "old"))
+                    if expected == 1:
+                        self.assertIn(f"zov-export: cannot write {target}: File too large\n", err)
+                ok(controller.port, "--format", form, "--output", str(target))
+                self.assertNotEqual(target.read_text(), "old")
+            status, _, err = run(controller.port, "--format", "cfg", "--directory", f"{folder}/f")
+            self.assertEqual((status, "Not a directory" in err), (1, True))
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1], verbosity=0)
