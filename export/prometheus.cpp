@@ -6,8 +6,7 @@
 
 #include <initializer_list>
 #include <map>
-#include <unordered_set>
-#include <vector>
+#include <set>
 
 namespace {
 
@@ -15,7 +14,24 @@ struct Label {
     const char *name;
     std::string_view value;
 };
-using Labels = std::initializer_list<Label>;
+
+// "{name="value",...}"
+std::string labels_of(std::initializer_list<Label> labels)
+{
+    std::string made;
+    for (const Label &label : labels) {
+        made += made.empty() ? '{' : ',';
+        made += label.name;
+        made += "=\"";
+        for (const char c : clean(label.value)) {
+            if (c == '"' || c == '\\')
+                made += '\\';
+            made += c;
+        }
+        made += '"';
+    }
+    return made + '}';
+}
 
 // A metric with its samples, which have to stand together.
 class Metric {
@@ -26,24 +42,13 @@ public:
     {
     }
 
-    // The first of the samples that have the same labels counts.
-    void add(Labels labels, uint64_t value) { add(labels, std::to_string(value)); }
-    void add(Labels labels, const std::string &value)
+    void add(std::string_view labels, int64_t value)
     {
-        std::string series = name_;
-        char separator = '{';
-        for (const Label &label : labels) {
-            series += separator;
-            series += label.name;
-            series += "=\"";
-            append_value(series, label.value);
-            series += '"';
-            separator = ',';
-        }
-        if (separator == ',')
-            series += '}';
-        if (seen_.insert(series).second)
-            samples_ += series + " " + value + "\n";
+        samples_ += name_;
+        samples_ += labels;
+        samples_ += ' ';
+        samples_ += std::to_string(value);
+        samples_ += '\n';
     }
 
     void write(OutputFile &file) const
@@ -55,27 +60,20 @@ public:
     }
 
 private:
-    static void append_value(std::string &to, std::string_view text)
-    {
-        for (const char c : clean(text)) {
-            if (c == '"' || c == '\\')
-                to += '\\';
-            to += c;
-        }
-    }
-
     std::string name_, head_, samples_;
-    std::unordered_set<std::string> seen_;
 };
 
 class Metrics {
 public:
+    // A series may be there once only, so the first of equal devices and ports counts.
     void take(const WtpRecord &wtp)
     {
+        if (!macs_.insert(wtp.mac).second)
+            return;
         const std::string mac = mac_name(wtp.mac);
         devices_[{kind_name(wtp), state_name(wtp), wtp.managed != 0}]++;
         take_device(wtp, mac);
-        take_upgrade(wtp, mac);
+        take_upgrade(wtp, labels_of({{"mac", mac}}));
         for (uint32_t i = 0; i < wtp.radio.size(); i++)
             take_radio(wtp, mac, i);
         if (wtp.wtp_type == DEVICE_SWITCH && wtp.state == WTP_ONLINE)
@@ -85,11 +83,11 @@ public:
     void write(OutputFile &file)
     {
         for (const auto &[group, count] : devices_)
-            device_count_.add({{"kind", group.kind},
-                               {"state", group.state},
-                               {"managed", group.managed ? "yes" : "no"}},
+            device_count_.add(labels_of({{"kind", group.kind},
+                                         {"state", group.state},
+                                         {"managed", group.managed ? "yes" : "no"}}),
                               count);
-        upgrading_.add({}, upgrading_count_);
+        upgrading_.add("", upgrading_count_);
         for (const Metric *metric :
              {&device_count_, &info_,      &up_,           &uptime_,        &memory_used_,
               &memory_total_, &upgrading_, &upgrade_flag_, &upgrade_state_, &upgrade_progress_,
@@ -107,28 +105,29 @@ private:
 
     void take_device(const WtpRecord &wtp, const std::string &mac)
     {
-        info_.add({{"mac", mac},
-                   {"name", wtp.name},
-                   {"kind", kind_name(wtp)},
-                   {"model", wtp.model},
-                   {"serial", wtp.sn},
-                   {"address", ipv4_name(wtp.ip)},
-                   {"firmware", wtp.sw_ver}},
+        info_.add(labels_of({{"mac", mac},
+                             {"name", wtp.name},
+                             {"kind", kind_name(wtp)},
+                             {"model", wtp.model},
+                             {"serial", wtp.sn},
+                             {"address", ipv4_name(wtp.ip)},
+                             {"firmware", wtp.sw_ver}}),
                   1);
-        up_.add({{"mac", mac}}, wtp.state == WTP_ONLINE);
+        const std::string labels = labels_of({{"mac", mac}});
+        up_.add(labels, wtp.state == WTP_ONLINE);
         if (wtp.state != WTP_ONLINE)
             return;
-        uptime_.add({{"mac", mac}}, wtp.uptime);
-        memory_used_.add({{"mac", mac}}, wtp.mem.used);
-        memory_total_.add({{"mac", mac}}, wtp.mem.total);
+        uptime_.add(labels, wtp.uptime);
+        memory_used_.add(labels, wtp.mem.used);
+        memory_total_.add(labels, wtp.mem.total);
     }
 
-    void take_upgrade(const WtpRecord &wtp, const std::string &mac)
+    void take_upgrade(const WtpRecord &wtp, const std::string &labels)
     {
         upgrading_count_ += wtp.upg_img != 0 || wtp.sub_state == WTP_SUB_UPGRADING;
-        upgrade_flag_.add({{"mac", mac}}, wtp.upg_img != 0);
-        upgrade_state_.add({{"mac", mac}}, wtp.upg_state);
-        upgrade_progress_.add({{"mac", mac}}, wtp.progress);
+        upgrade_flag_.add(labels, wtp.upg_img != 0);
+        upgrade_state_.add(labels, wtp.upg_state);
+        upgrade_progress_.add(labels, wtp.progress);
     }
 
     // Radios and WLANs are counted from 1, as everywhere.
@@ -136,15 +135,13 @@ private:
     {
         const RadioInfo &radio = wtp.radio[number];
         const std::string radio_number = std::to_string(number + 1);
-        channel_.add({{"mac", mac}, {"radio", radio_number}},
-                     std::to_string(radio.cur_cfg.channel));
+        channel_.add(labels_of({{"mac", mac}, {"radio", radio_number}}), radio.cur_cfg.channel);
         for (uint32_t i = 0; i < radio.wlan.size(); i++) {
             const WlanInfo &wlan = radio.wlan[i];
-            const std::string wlan_number = std::to_string(i + 1);
-            const Labels labels = {{"mac", mac},
-                                   {"radio", radio_number},
-                                   {"wlan", wlan_number},
-                                   {"ssid", ssid_of(wtp, number, i)}};
+            const std::string labels = labels_of({{"mac", mac},
+                                                  {"radio", radio_number},
+                                                  {"wlan", std::to_string(i + 1)},
+                                                  {"ssid", ssid_of(wtp, number, i)}});
             stations_.add(labels, wlan.sta.size());
             tx_bytes_.add(labels, wlan.tx_bytes);
             rx_bytes_.add(labels, wlan.rx_bytes);
@@ -164,15 +161,24 @@ private:
 
     void take_switch(const WtpRecord &wtp, const std::string &mac)
     {
+        const std::string labels = labels_of({{"mac", mac}});
+        poe_budget_.add(labels, wtp.poe_global.power_budget);
+        poe_allocated_.add(labels, wtp.poe_global.allocated_power);
+        std::set<uint32_t> ports, poe_ports;
         for (const SwitchPortInfo &port : wtp.switch_port)
-            port_up_.add({{"mac", mac}, {"port", std::to_string(port.port)}},
-                         port.link_status != 0);
-        poe_budget_.add({{"mac", mac}}, wtp.poe_global.power_budget);
-        poe_allocated_.add({{"mac", mac}}, wtp.poe_global.allocated_power);
+            if (ports.insert(port.port).second)
+                port_up_.add(port_labels(mac, port.port), port.link_status != 0);
         for (const PoePortInfo &port : wtp.poe_port)
-            poe_output_.add({{"mac", mac}, {"port", std::to_string(port.port)}}, port.output_power);
+            if (poe_ports.insert(port.port).second)
+                poe_output_.add(port_labels(mac, port.port), port.output_power);
     }
 
+    static std::string port_labels(const std::string &mac, uint32_t port)
+    {
+        return labels_of({{"mac", mac}, {"port", std::to_string(port)}});
+    }
+
+    std::set<Mac> macs_;
     std::map<Group, uint32_t> devices_;
     uint32_t upgrading_count_ = 0;
 
