@@ -430,6 +430,36 @@ class Graph(unittest.TestCase):
             self.assertEqual((port["port"], port["link_status"]), (int(number), 1))
         self.assertEqual(self.render(text).count('class="edge"'), len(expected))
 
+    def test_what_neighbours_tell(self):
+        one, other = make_records([b"n"], [b"h"], 1, (2, 2))
+        ap, far = fields.Mac(b"\2\0\0\0\0\3"), fields.Mac(b"\2\0\0\0\0\4")
+        names = [fields.shown(mac) for mac in (one["mac"], other["mac"], ap, far)]
+
+        def lldp(mac, port, remote):
+            return {"mac": mac, "localPort": port, "remotePort": remote, "name": b"", "model": b""}
+
+        def device(mac, kind, *links):
+            return dict.fromkeys(("system_time", "update_time", "link_info_last_time", "no_link_info_first_time"), 1) | {
+                "type": kind, "mac": mac, "ip": fields.Ip(4), "name": b"", "model": b"",
+                "link": [{"local_port": port, "mac": to, "remote_port": remote} for port, to, remote in links]}
+        # A single cable: each end's own name for its port. Two: as the end tells that knows of both.
+        for back, ports in (([lldp(one["mac"], 7, b"x")], {("5", "7")}), ([], {("5", "ge5")}),
+                            ([lldp(one["mac"], 7, b"x"), lldp(one["mac"], 8, b"y")], {("x", "7"), ("y", "8")})):
+            one |= {"lldp_dev_list": [lldp(other["mac"], 5, b"ge5"), lldp(one["mac"], 6, b"self")],
+                    "dev_list": [device(ap, 3, (3, one["mac"], b"eth1")), device(far, 2, (4, ap, b"p"), (9, fields.Mac(6), b"")),
+                                 device(other["mac"], 2, (1, one["mac"], b"not this one"))]}
+            other |= {"lldp_dev_list": back, "dev_list": []}
+            with Player(fields.reply([one, other])) as player:
+                text = ok(player.port, "--format", "dot").decode()
+            edges = set()
+            for left, right, *ends in re.findall(r'"(\S+)" -- "(\S+)" \[taillabel="(\w+)", headlabel="(\w+)"\]', text):
+                ends = ends if names.index(left) < names.index(right) else ends[::-1]
+                edges.add((*sorted((names.index(left), names.index(right))), *ends))
+            self.assertEqual(edges, {(0, 1, *pair) for pair in ports} | {(0, 2, "3", "eth1"), (2, 3, "p", "4")})
+            self.assertEqual(text.count(",dashed"), 2)
+            column = re.search(r"rank=min;(.*) }", text)[1]
+            self.assertEqual(set(re.findall(r'"(\S+)"', column)), {names[0], names[1], names[3]})
+
     def test_hostile_texts(self):
         for seed in range(5):
             with Player(fields.reply(make_records(HOSTILE, HOSTS, seed, (2, 2, 3)))) as player:
