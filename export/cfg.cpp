@@ -20,8 +20,10 @@ public:
         if (wtp.wtp_cfg == nullptr)
             return lacks(mac, "the controller has no configuration of it");
         const bool is_switch = wtp.wtp_type == DEVICE_SWITCH;
-        if (!is_switch && wtp.wtp_type != DEVICE_ACCESS_POINT)
-            return lacks(mac, "is neither access point nor switch, nothing can be sent to it");
+        if (!is_switch && wtp.wtp_type != DEVICE_ACCESS_POINT) {
+            others_++;
+            return "";
+        }
         CfgWriter &writer = is_switch ? of_switches_ : of_access_points_;
         const std::string members = writer.write(*wtp.wtp_cfg);
         for (const std::string &setting : writer.left_out())
@@ -38,6 +40,11 @@ public:
     // To be called at the end: what all documents lack.
     void finish() const
     {
+        if (others_ > 0)
+            fprintf(stderr,
+                    "zov-export: nothing can be sent to what is neither access point nor switch "
+                    "(devices: %u)\n",
+                    others_);
         if (made_ == 0)
             throw Failure("there is no configuration to write");
         fprintf(stderr,
@@ -55,7 +62,7 @@ private:
 
     CfgWriter of_access_points_{DEVICE_ACCESS_POINT};
     CfgWriter of_switches_{DEVICE_SWITCH};
-    unsigned made_ = 0;
+    unsigned made_ = 0, others_ = 0;
 };
 
 } // namespace
