@@ -41,6 +41,11 @@ class Manual(Case):
         for command, text in re.findall(r"^(\w+)\t.*\n((?:\t.*\n)*)", usage, re.M):
             self.assertLessEqual(set(re.findall(r"^\t--(\w+)", text, re.M)), named(pages[command]), command)
 
+    def test_the_simulators_page_says_what_each_command_does(self):
+        page = Path(SOURCE, "man/ac-sim.1").read_text().split(".Sh REQUESTS")[1].split(".Sh")[0]
+        told = {word for line in re.findall(r"^\.(?:It )?Cm (.*)", page, re.M) for word in re.findall(r"\w+", line)}
+        self.assertLessEqual(entries().keys() - {"exit", "kill"}, told)
+
     def test_the_pages_name_the_options_that_there_are(self):
         self.assertEqual(named(ZOV_PAGE), set(OPTIONS))
         pages, known = [ZOV_PAGE], set(OPTIONS)

@@ -64,9 +64,12 @@ static string value_words(const ConfigKey &row)
         return "MAC address";
     case FORM_DATA_RATE:
         return "data rate";
-    default:
-        return "text, " + limits + " bytes";
+    case FORM_TEXT:
+    case FORM_HOST_LIST:
+    case FORM_PASSWORD_DIGEST:
+        break;
     }
+    return "text, " + limits + " bytes";
 }
 
 static string type_words(const SettingNode &setting)
@@ -119,9 +122,14 @@ static string pattern(ConfigForm form)
         return "^[0-9A-Fa-f]?[02468ACEace](:[0-9A-Fa-f]{1,2}){5}$";
     case FORM_DATA_RATE:
         return "^(auto|(VHT)?MCS[0-9]+|[0-9]+(\\.[0-9])?M)$";
-    default:
-        return "";
+    case FORM_U32:
+    case FORM_U16:
+    case FORM_TEXT:
+    case FORM_HOST_LIST:
+    case FORM_PASSWORD_DIGEST:
+        break;
     }
+    return "";
 }
 
 static void print_value_schema(JsonPrinter &json, const ConfigKey &row)

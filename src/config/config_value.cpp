@@ -247,9 +247,12 @@ static int take_string(ConfigContext &context, const ConfigKey &row, IndexKey ke
         return take_mac(context, row, key, text);
     case FORM_HOST_LIST:
         return take_host(context, row, key, text, length);
-    default:
-        return take_text(context, row, key, text);
+    case FORM_TEXT:
+    case FORM_U32: // those two are no strings
+    case FORM_U16:
+        break;
     }
+    return take_text(context, row, key, text);
 }
 
 static int take_scalar(ConfigContext &context, std::string_view path, IndexKey key,
