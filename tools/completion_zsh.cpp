@@ -12,7 +12,7 @@ static string quoted(const string &text)
     return "'" + replaced(text, "'", "'\\''") + "'";
 }
 
-// The text within the brackets of an option's specification.
+// The text within the brackets of an entry for _arguments.
 static string description(string text)
 {
     for (const char *special : {"\\", "[", "]", ":"})
@@ -43,7 +43,7 @@ static string action(const CompletedOption &option)
 }
 
 // _arguments offers an option once, unless * stands before it.
-static string specification(const CompletedOption &option)
+static string option_words(const CompletedOption &option)
 {
     string text = (option.repeatable ? "*--" : "--") + option.word;
     const bool has_argument = option.kind != Completes::nothing;
@@ -61,7 +61,7 @@ void write_zsh(const CompletedProgram &program, const string &functions)
         if (program.has_commands)
             call += " '1: :'";
         for (const CompletedOption &option : line.options)
-            call += specification(option);
+            call += option_words(option);
         return call + (program.operands == Completes::file ? " \\\n        '*:file:_files'" : "");
     };
     string text = "#compdef " + program.name + "\n" + functions + "\n";
