@@ -70,7 +70,7 @@ def pattern(lines):
     def one(line):
         if line.strip() == "...":
             return r"(?:.*\n)*?"
-        return r"[ \t]*" + r"[ \t]+".join(map(re.escape, line.split())).replace(re.escape("..."), ".*") + r"[ \t]*\n"
+        return r"[ \t]*" + r"[ \t]+".join(map(re.escape, line.split())).replace(re.escape("..."), ".*") + r"[ \t\r]*\n"
     return "\n*".join(one(line) for line in lines if line.strip()) + r"\n*"
 
 
