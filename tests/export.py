@@ -497,7 +497,7 @@ class Faults(unittest.TestCase):
                 self.assertEqual(run("1", *options), (2, b"", f"zov-export: {message}\n"))
         text = ok("1", "--help").decode()
         page = Path(sys.argv[3], "man/zov-export.1").read_text().split(".Sh EXAMPLES")[0]
-        self.assertEqual(set(re.findall(r"^  --(\w+)", text, re.M)), set(re.findall(r"\bFl -(\w+)", page)) - {"type"})
+        self.assertEqual(set(re.findall(r"^  (?:-h, )?--(\w+)", text, re.M)), set(re.findall(r"\bFl -(\w+)", page)) - {"type"})
         self.assertRegex(ok("1", "--version"), rb"^zov-export \d+\.\d+\.\d+\n$")
 
     def test_silent_controller(self):
