@@ -41,6 +41,16 @@ class Manual(Case):
         for command, text in re.findall(r"^(\w+)\t.*\n((?:\t.*\n)*)", usage, re.M):
             self.assertLessEqual(set(re.findall(r"^\t--(\w+)", text, re.M)), named(pages[command]), command)
 
+    def test_pages_and_packages_are_of_this_version(self):
+        def texts(pattern):
+            return [path.read_text() for path in Path(SOURCE).glob(pattern)]
+        version = re.search(r"project\(zov VERSION (\S+)", *texts("CMakeLists.txt"))[1]
+        for page in texts("man/*"):
+            self.assertIn(f"\n.Os zov {version}\n", page)
+        self.assertRegex(*texts("packaging/zov.spec"), rf"\nVersion: +{version}\n")
+        self.assertRegex(*texts("debian/changelog"), rf"^zov \({version}\)")
+        self.assertRegex(*texts("CHANGELOG.md"), rf"\A# Changes\n\n## {version}\n")
+
     def test_the_simulators_page_says_what_each_command_does(self):
         page = Path(SOURCE, "man/ac-sim.1").read_text().split(".Sh REQUESTS")[1].split(".Sh")[0]
         told = {word for line in re.findall(r"^\.(?:It )?Cm (.*)", page, re.M) for word in re.findall(r"\w+", line)}
