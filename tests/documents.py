@@ -21,7 +21,7 @@ from pathlib import Path
 DOCUMENT, SIM_OPTIONS, *PROGRAMS = sys.argv[1:]
 SOURCE = Path(__file__).parents[1]
 ESCAPES = {r"\-": "-", r"\e": "\\", r"\(aq": "'", r"\(dq": '"', r"\(ha": "^", r"\(ti": "~", r"\&": ""}
-LEFT_OUT = re.compile(r"zov (exit|kill)\b|.*\b(apt-get|cmake|dpkg-buildpackage)\b|scripts/|ac-sim$|(apt-get|man) ")
+LEFT_OUT = re.compile(r"zov (exit|kill)\b|.*\b(apt-get|cmake|dpkg-buildpackage)\b|scripts/|ac-sim >/dev/null|PATH=|kill %|(apt-get|man) ")
 MARK = "---- typed:"
 
 
