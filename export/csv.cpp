@@ -98,17 +98,30 @@ constexpr struct Column {
     {"poe_used", [](Wtp wtp) { return number(wtp.poe_global.allocated_power); }},
 };
 
-// Calls action(column, name) for each name of a list; column is null for an unknown one.
+// The option knows the same columns.
+static_assert([] {
+    std::string_view names = EXPORT_COLUMNS;
+    for (const Column &column : COLUMNS) {
+        if (!names.starts_with(column.name))
+            return false;
+        names.remove_prefix(column.name.size());
+        if (names.starts_with(' '))
+            names.remove_prefix(1);
+    }
+    return names.empty();
+}());
+
+// Calls action(column) for each name of a list.
 template <class Action> void for_each_column(std::string_view list, Action action)
 {
     while (true) {
         const size_t comma = list.find(',');
         const std::string_view name = list.substr(0, comma);
-        const Column *found = nullptr;
+        const Column *found = COLUMNS;
         for (const Column &column : COLUMNS)
             if (column.name == name)
                 found = &column;
-        action(found, name);
+        action(*found);
         if (comma == std::string_view::npos)
             return;
         list.remove_prefix(comma + 1);
@@ -137,18 +150,6 @@ constexpr const char *DEFAULT_COLUMNS =
 
 } // namespace
 
-void check_csv_columns(const char *list)
-{
-    for_each_column(list, [](const Column *column, std::string_view name) {
-        if (column != nullptr)
-            return;
-        std::string text = "--columns: no column '" + clean(name) + "', there are:";
-        for (const Column &known : COLUMNS)
-            text += " " + std::string(known.name);
-        throw UsageError(text);
-    });
-}
-
 static void write_csv(Devices &devices, const ExportSettings &settings)
 {
     OutputFile file(settings.output);
@@ -158,8 +159,8 @@ static void write_csv(Devices &devices, const ExportSettings &settings)
     file.put("\r\n");
     devices.for_each([&](const WtpRecord &wtp) {
         std::string line;
-        for_each_column(columns, [&](const Column *column, std::string_view) {
-            line += cell_of(column->cell(wtp));
+        for_each_column(columns, [&](const Column &column) {
+            line += cell_of(column.cell(wtp));
             line += ',';
         });
         line.pop_back();

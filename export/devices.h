@@ -3,7 +3,7 @@
 #pragma once
 
 #include "device/wtp_list.h"
-#include "settings.h"
+#include "options.h"
 
 #include <string>
 

@@ -35,6 +35,7 @@ LINES = [
     ("ac-sim --refuse 7 --result 2:0:0:0:0:1=1 --r", ["--result"]),
     ("zov-export --format c", ["cfg", "csv"]), ("zov-export --output=o", ["--output=office.json"]),
     ("zov-export --directory ", ["sub/"]), ("zov-export --acport=PORT --mac 02:A2", [SWITCH]),
+    ("zov-export --columns mac,poe_", ["mac,poe_budget", "mac,poe_used"]),
     # Files.
     ("zov cfg --file o", ["office.json"]), ("zov cfg --file=o", ["--file=office.json"]),
     ("zov cfg --file tw", ["two words.json"]), ("zov cfg --file=two\\ w", ["--file=two words.json"]),
