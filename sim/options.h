@@ -96,8 +96,8 @@ inline constexpr Option<SimOptions> SIM_OPTIONS[] = {
       .help = "a device that answers every action with a result code; repeatable", .repeatable = true},
      [](const char *text, SimOptions &to) { return take_result(text, to.controller); }},
     {{.word = "upgrade", .argument = "MAC=HOW",
-      .help = "a device whose upgrades fail, hang or take a time; repeatable",
-      .expected = "MAC=fail, MAC=hang or MAC=SECONDS", .repeatable = true},
+      .help = "a device whose upgrades fail, hang or take a time; repeatable", .repeatable = true,
+      .expected = "MAC=fail, MAC=hang or MAC=SECONDS"},
      [](const char *text, SimOptions &to) { return take_upgrade(text, to.controller); }},
 };
 // clang-format on

@@ -18,6 +18,7 @@ enum ResultCode : uint8_t {
     RESULT_BUSY = 10,
     RESULT_NO_RESPONSE = 12,
     RESULT_NOT_SUPPORTED = 13,
+    RESULT_NOT_READY = 17,
     RESULT_BAD_CONFIGURATION = 19,
 };
 

@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+// What a roll-out asks of the controller, each on a connection of its own. All throw Failure.
+#pragma once
+
+#include "connection.h"
+
+#include <functional>
+#include <map>
+#include <vector>
+
+// The controller may have done what it was asked for, but its reply did not come.
+struct Unanswered : Failure {
+    using Failure::Failure;
+};
+
+// Lists these devices, or all if there is none, without configuration and detail. The record holds
+// its basic members only, and only during the call.
+void list_devices(const Place &place, const std::vector<Mac> &macs,
+                  const std::function<void(const WtpRecord &)> &take);
+
+// What the controller knows of firmware for devices.
+struct FirmwareSteps {
+    std::map<Mac, uint8_t> codes;  // a result code for each
+    std::map<Mac, unsigned> steps; // 1 or 2, of those that can upgrade
+};
+FirmwareSteps ask_firmware_steps(const Place &place, const std::vector<Mac> &macs);
+
+// Starts upgrades; gives a result code for each device.
+std::vector<uint8_t> start_upgrades(const Place &place, const std::vector<Mac> &macs,
+                                    uint32_t period, uint32_t type);
