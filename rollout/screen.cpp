@@ -46,9 +46,10 @@ void Screen::clear()
 
 static std::string bar(unsigned percent, size_t width)
 {
+    const std::string digits = std::to_string(percent);
     std::string text(width * percent / 100, '#');
     text.resize(width, '-');
-    return "[" + text + "] " + std::to_string(percent) + " %";
+    return "[" + text + "] " + std::string(3 - digits.size(), ' ') + digits + " %";
 }
 
 std::string progress_text(const Roll &roll, size_t columns)

@@ -139,7 +139,7 @@ class Simulated(unittest.TestCase):
                 shown = terminal.read(65536).decode()
             kept, *lines = Path(f"{folder}/log").read_text().splitlines()
         self.assertEqual((status, kept), (1, "kept"))
-        self.assertRegex(shown, r"\rbatch 1/1 \[#+-+\] \d+ %  all \[#+-+\] \d+ %  1 done, 0 failed")
+        self.assertRegex(shown, r"\rbatch 1/1 \[#+-+\] +\d+ %  all \[#+-+\] +\d+ %  1 done, 0 failed")
         self.assertRegex(shown, r"\r *\rzov-rollout: \S+ ap-floor1-02: failed: still has its old version\r\n")
         self.assertNotRegex(shown, "\x1b|asked to upgrade")
         for line in lines:
