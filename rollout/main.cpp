@@ -6,6 +6,7 @@
 #include "tables.h"
 #include "teller.h"
 
+#include <algorithm>
 #include <chrono>
 
 // Seconds on a clock that nobody sets.
@@ -39,6 +40,7 @@ static void look_and_ask(const RolloutSettings &settings, Roll &roll, Teller &te
             roll.saw(wtp.mac, sight_of(wtp), seconds_now());
         });
         asked = roll.to_ask();
+        asked.resize(std::min(asked.size(), REQUEST_MAX)); // the rest next time
         if (!asked.empty()) {
             const std::vector<uint8_t> codes =
                 start_upgrades(settings, asked, settings.period, settings.type);

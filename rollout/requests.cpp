@@ -6,9 +6,6 @@
 #include <algorithm>
 #include <new>
 
-// How many devices are asked about in one request, of the 10,922 that fit it.
-enum : size_t { REQUEST_MAX = 10000 };
-
 static MacList to_mac_list(const std::vector<Mac> &macs, size_t first, size_t count)
 {
     MacList list;
@@ -24,7 +21,7 @@ void list_devices(const Place &place, const std::vector<Mac> &macs,
 {
     WtpList list;
     Connection(place).fetch(list, WTP_FILTER_MANAGED | WTP_FILTER_UNMANAGED | WTP_FILTER_UNJOINED,
-                            to_mac_list(macs, 0, macs.size()));
+                            to_mac_list(macs, 0, macs.size() > REQUEST_MAX ? 0 : macs.size()));
     for (const WtpRecord *wtp = first_wtp(list, WtpPart::basics); wtp != nullptr;
          wtp = next_wtp(list))
         take(*wtp);
@@ -52,8 +49,7 @@ FirmwareSteps ask_firmware_steps(const Place &place, const std::vector<Mac> &mac
 {
     FirmwareSteps known;
     for (size_t first = 0; first < macs.size(); first += REQUEST_MAX)
-        ask_for_some(place,
-                     to_mac_list(macs, first, std::min<size_t>(REQUEST_MAX, macs.size() - first)),
+        ask_for_some(place, to_mac_list(macs, first, std::min(REQUEST_MAX, macs.size() - first)),
                      known);
     return known;
 }

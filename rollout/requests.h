@@ -13,8 +13,11 @@ struct Unanswered : Failure {
     using Failure::Failure;
 };
 
-// Lists these devices, or all if there is none, without configuration and detail. The record holds
-// its basic members only, and only during the call.
+// How many devices are asked about in one request, of the 10,922 that fit it.
+inline constexpr size_t REQUEST_MAX = 10000;
+
+// Lists these devices without configuration and detail, or all if there is none or there are many.
+// The record holds its basic members only, and only during the call.
 void list_devices(const Place &place, const std::vector<Mac> &macs,
                   const std::function<void(const WtpRecord &)> &take);
 
@@ -25,6 +28,6 @@ struct FirmwareSteps {
 };
 FirmwareSteps ask_firmware_steps(const Place &place, const std::vector<Mac> &macs);
 
-// Starts upgrades; gives a result code for each device.
+// Starts upgrades, of REQUEST_MAX devices at most; gives a result code for each device.
 std::vector<uint8_t> start_upgrades(const Place &place, const std::vector<Mac> &macs,
                                     uint32_t period, uint32_t type);
