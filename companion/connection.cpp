@@ -12,7 +12,8 @@
 #include <sys/time.h>
 #include <unistd.h>
 
-// Remembers how the last receive went, since the library's functions only say that one failed.
+// Remembers how the last receive went, since the library's functions only say that one failed. They
+// are told that the stream ends, so that the only message is that of fail().
 struct Connection::Session : AcSession {
     ssize_t (*receive_plainly)(ByteSource &source, void *to, size_t room) = nullptr;
     bool ended = false;
@@ -24,7 +25,7 @@ struct Connection::Session : AcSession {
         const ssize_t got = self.receive_plainly(source, to, room);
         self.ended = got == 0;
         self.error = got < 0 ? errno : 0;
-        return got;
+        return got < 0 ? 0 : got;
     }
 };
 
@@ -56,6 +57,20 @@ static std::string name_of(const Place &place)
                   " s");
 }
 
+// Goes on with a connect(2) that a signal interrupted. Returns 0 or the errno of its end.
+static int finish_connecting(int fd, const Place &place)
+{
+    pollfd ready = {fd, POLLOUT, 0};
+    int error = EINPROGRESS, count;
+    socklen_t size = sizeof error;
+    do
+        count = poll(&ready, 1, static_cast<int>(place.timeout * 1000));
+    while (count < 0 && errno == EINTR);
+    if (count > 0)
+        getsockopt(fd, SOL_SOCKET, SO_ERROR, &error, &size);
+    return error;
+}
+
 // A connected socket whose transfers wait for the time-out at most.
 static int connect_to(const Place &place)
 {
@@ -69,9 +84,11 @@ static int connect_to(const Place &place)
     there.sin_family = AF_INET;
     there.sin_port = htons(place.port);
     inet_pton(AF_INET, place.address, &there.sin_addr);
-    if (connect(fd, reinterpret_cast<const sockaddr *>(&there), sizeof there) == 0)
+    int error = 0;
+    if (connect(fd, reinterpret_cast<const sockaddr *>(&there), sizeof there) != 0)
+        error = errno == EINTR ? finish_connecting(fd, place) : errno;
+    if (error == 0)
         return fd;
-    const int error = errno;
     close(fd);
     if (error == EINPROGRESS || error == EAGAIN)
         fail_silent(place);
@@ -83,6 +100,7 @@ Connection::Connection(const Place &place) : session_(new Session), place_(place
     ac_attach(*session_, connect_to(place));
     session_->receive_plainly = session_->receive;
     session_->receive = Session::receive_noting;
+    session_->quiet = true;
     uint8_t word[4];
     const ssize_t got = recv_all(*session_, word, sizeof word);
     const auto answer = got == sizeof word ? from_big_endian<int32_t>(word) : 0;

@@ -20,6 +20,12 @@ Controller::Controller(const ControllerOptions &options)
 {
     for (const auto &device : fleet_)
         by_mac_[device->record.mac] = device.get();
+    for (const auto &[mac, course] : options_.upgrades)
+        if (Device *device = find(mac)) {
+            device->course = course;
+            if (course.kind == UpgradeCourse::timed)
+                timed_.push_back(device);
+        }
 }
 
 void Controller::log(const char *format, ...)
@@ -86,6 +92,8 @@ void Controller::answer(std::string_view request, std::string &reply)
     Taker in(request);
     const Command &asked = command(in.number<uint8_t>());
     log("%s", asked.name);
+    for (Device *device : timed_)
+        follow_clock(*device, time(nullptr));
     (this->*asked.answer)(in, reply);
 }
 

@@ -18,7 +18,8 @@ struct ControllerOptions {
     FleetSize fleet;
     uint32_t max_wtps = 2048;
     std::map<Mac, uint8_t> results; // devices that answer every action with a code
-    bool verbose = false;           // a line on standard error for each request
+    std::map<Mac, UpgradeCourse> upgrades;
+    bool verbose = false; // a line on standard error for each request
 };
 
 class Controller {
@@ -73,7 +74,8 @@ private:
     ControllerOptions options_;
     Fleet fleet_;
     std::map<Mac, Device *> by_mac_;
-    bool debug_ = false; // set by clients: log as if verbose
+    std::vector<Device *> timed_; // those whose upgrades take their time
+    bool debug_ = false;          // set by clients: log as if verbose
     const std::string memory_path_;
     std::optional<TempFile> memory_file_; // the records written last
 };

@@ -5,6 +5,7 @@
 #include "device/wtp_record.h"
 #include "memory.h"
 
+#include <chrono>
 #include <cstdint>
 #include <ctime>
 #include <memory>
@@ -23,6 +24,14 @@ enum UpgradeState : uint8_t {
     UPGRADE_LOADING = 2,
     UPGRADE_WRITING = 3,
     UPGRADE_DONE = 4,
+    UPGRADE_FAILED = 5,
+};
+
+// How the upgrades of a device go on: by a step whenever it is listed, to the new version or to a
+// failure or to a step that never ends; or by the clock.
+struct UpgradeCourse {
+    enum Kind : uint8_t { succeeds, fails, hangs, timed } kind = succeeds;
+    double seconds = 0; // of timed
 };
 
 struct Device {
@@ -30,6 +39,8 @@ struct Device {
     std::unique_ptr<Memory> cfg_memory; // of its configuration
     WtpRecord record;
     time_t started = 0; // what its uptime counts from
+    UpgradeCourse course;
+    std::chrono::steady_clock::time_point upgrade_started;
 };
 
 using Fleet = std::vector<std::unique_ptr<Device>>;

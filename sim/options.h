@@ -41,6 +41,22 @@ inline bool take_result(const char *text, ControllerOptions &options)
     return true;
 }
 
+// MAC=fail, MAC=hang or MAC=SECONDS
+inline bool take_upgrade(const char *text, ControllerOptions &options)
+{
+    const char *equals = strchr(text, '=');
+    Mac mac;
+    if (equals == nullptr || !parse_mac(text, mac))
+        return false;
+    const std::string_view how = equals + 1;
+    UpgradeCourse &course = options.upgrades[mac];
+    course.kind = how == "fail"   ? UpgradeCourse::fails
+                  : how == "hang" ? UpgradeCourse::hangs
+                                  : UpgradeCourse::timed;
+    return course.kind != UpgradeCourse::timed ||
+           (take_number(equals + 1, course.seconds) && course.seconds > 0);
+}
+
 // clang-format off
 inline constexpr Option<SimOptions> SIM_OPTIONS[] = {
     {{.word = "port", .argument = "N",
@@ -79,6 +95,10 @@ inline constexpr Option<SimOptions> SIM_OPTIONS[] = {
     {{.word = "result", .argument = "MAC=CODE",
       .help = "a device that answers every action with a result code; repeatable", .repeatable = true},
      [](const char *text, SimOptions &to) { return take_result(text, to.controller); }},
+    {{.word = "upgrade", .argument = "MAC=HOW",
+      .help = "a device whose upgrades fail, hang or take a time; repeatable", .repeatable = true,
+      .expected = "MAC=fail, MAC=hang or MAC=SECONDS"},
+     [](const char *text, SimOptions &to) { return take_upgrade(text, to.controller); }},
 };
 // clang-format on
 

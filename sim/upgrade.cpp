@@ -3,7 +3,7 @@
 
 #include "proto/result_code.h"
 
-#include <cstring>
+#include <chrono>
 
 unsigned upgrade_steps(const Device &device)
 {
@@ -21,6 +21,7 @@ uint8_t start_upgrade(Device &device)
         return RESULT_NO_IMAGE;
     if (wtp.upg_img != 0)
         return RESULT_BUSY;
+    device.upgrade_started = std::chrono::steady_clock::now();
     wtp.upg_img = 1;
     wtp.upg_state = UPGRADE_WAITING;
     wtp.sub_state = WTP_SUB_WAITING;
@@ -31,9 +32,28 @@ uint8_t start_upgrade(Device &device)
     return RESULT_SUCCESS;
 }
 
+// The upgrade is over, with or without its version.
+static void end_upgrade(Device &device, UpgradeState state, time_t now)
+{
+    WtpRecord &wtp = device.record;
+    wtp.upg_state = state;
+    wtp.upg_img = 0;
+    wtp.sub_state = 0;
+    if (state == UPGRADE_DONE) {
+        wtp.progress = 100;
+        wtp.sw_ver = wtp.new_fw_ver;
+        device.started = now;
+    }
+    wtp.new_fw_ver = std::string_view();
+    wtp.new_fw_img = std::string_view();
+}
+
 void advance_upgrade(Device &device, time_t now)
 {
     WtpRecord &wtp = device.record;
+    const UpgradeCourse::Kind course = device.course.kind;
+    if (course == UpgradeCourse::timed)
+        return;
     switch (wtp.upg_state) {
     case UPGRADE_WAITING:
         wtp.upg_state = UPGRADE_LOADING;
@@ -41,20 +61,35 @@ void advance_upgrade(Device &device, time_t now)
         wtp.progress = 40;
         break;
     case UPGRADE_LOADING:
+        if (course == UpgradeCourse::hangs)
+            break;
         wtp.upg_state = UPGRADE_WRITING;
         wtp.progress = 80;
         break;
     case UPGRADE_WRITING:
-        wtp.upg_state = UPGRADE_DONE;
-        wtp.upg_img = 0;
-        wtp.sub_state = 0;
-        wtp.progress = 100;
-        wtp.sw_ver = wtp.new_fw_ver;
-        wtp.new_fw_ver = std::string_view();
-        wtp.new_fw_img = std::string_view();
-        device.started = now;
+        end_upgrade(device, course == UpgradeCourse::fails ? UPGRADE_FAILED : UPGRADE_DONE, now);
         break;
     default:
         break;
     }
+}
+
+// Waits, loads, writes and restarts, a quarter of the time each.
+void follow_clock(Device &device, time_t now)
+{
+    WtpRecord &wtp = device.record;
+    if (wtp.upg_img == 0)
+        return;
+    const std::chrono::duration<double> taken =
+        std::chrono::steady_clock::now() - device.upgrade_started;
+    const double part = taken.count() / device.course.seconds;
+    const bool restarts = part >= 0.75 && part < 1;
+    wtp.state = restarts ? WTP_OFFLINE : WTP_ONLINE;
+    if (part >= 1) {
+        end_upgrade(device, UPGRADE_DONE, now);
+        return;
+    }
+    wtp.upg_state = part < 0.25 ? UPGRADE_WAITING : part < 0.5 ? UPGRADE_LOADING : UPGRADE_WRITING;
+    wtp.sub_state = part < 0.25 ? WTP_SUB_WAITING : restarts ? 0 : WTP_SUB_UPGRADING;
+    wtp.progress = static_cast<uint8_t>(part * 100);
 }

@@ -37,9 +37,9 @@ def end_with_test(prctl=ctypes.CDLL(None).prctl, PR_SET_PDEATHSIG=1):
 
 
 class Controller:
-    def __init__(self, *options):
+    def __init__(self, *options, errors=subprocess.DEVNULL):
         self.process = subprocess.Popen([AC_SIM, "--port", "0", *options], stdout=subprocess.PIPE,
-                                        stderr=subprocess.DEVNULL, text=True, preexec_fn=end_with_test)
+                                        stderr=errors, text=True, preexec_fn=end_with_test)
         self.port = self.process.stdout.readline().strip().rsplit(":", 1)[1]
 
     def __enter__(self):

@@ -8,15 +8,15 @@
 //     reply     N result bytes
 //               2 count of devices that upgrade in one step, 6 each
 //               2 count of devices that upgrade in two steps, 6 each
+#include "ops/upgrade_requests.h"
 #include "options/option_checks.h"
-#include "proto/reply_reader.h"
 #include "proto/request_writer.h"
 #include "proto/result_code.h"
 #include "util/output.h"
 
 extern const CommandSpec FWLIST_ROW;
 
-static void read_macs(ReplyReader &reply, MacList &macs)
+void read_fwlist(ReplyReader &reply, MacList &macs)
 {
     const auto count = reply.number<uint16_t>();
     if (count == 0)
@@ -27,21 +27,25 @@ static void read_macs(ReplyReader &reply, MacList &macs)
         reply.read(macs.append());
 }
 
-static int fwlist_request(AcSession &session, const MacList &wtps, MacList &one_step,
-                          MacList &two_step)
+int send_fwlist_request(AcSession &session, const MacList &wtps)
 {
     RequestWriter request(session, COMMAND_FIRMWARE_LIST);
     request.begin_length();
     request.mac_list(wtps);
     request.end_length();
-    if (request.finish() != 0)
-        return 1;
+    return request.finish();
+}
 
+static int fwlist_request(AcSession &session, const MacList &wtps, MacList &one_step,
+                          MacList &two_step)
+{
+    if (send_fwlist_request(session, wtps) != 0)
+        return 1;
     ReplyReader reply(session);
     for (const Mac &mac : wtps)
         print_result_code(reply.number<uint8_t>(), mac);
-    read_macs(reply, one_step);
-    read_macs(reply, two_step);
+    read_fwlist(reply, one_step);
+    read_fwlist(reply, two_step);
     return reply.ok() ? 0 : 1;
 }
 

@@ -8,6 +8,7 @@
 //               4 type
 //             6*N devices
 //     reply     N result bytes
+#include "ops/upgrade_requests.h"
 #include "options/option_checks.h"
 #include "proto/request_writer.h"
 #include "proto/results.h"
@@ -16,19 +17,17 @@
 
 extern const CommandSpec UPG_ROW;
 
-static int upg_request(AcSession &session, const MacList &wtps, int period, int type)
+int send_upg_request(AcSession &session, const MacList &wtps, uint32_t period, uint32_t type)
 {
     RequestWriter request(session, COMMAND_UPGRADE);
     request.begin_length();
     request.mac_count(wtps);
-    request.u32(static_cast<uint32_t>(period));
-    request.u32(static_cast<uint32_t>(type));
+    request.u32(period);
+    request.u32(type);
     for (const Mac &mac : wtps)
         request.mac(mac);
     request.end_length();
-    if (request.finish() != 0)
-        return 1;
-    return read_device_results(session, wtps);
+    return request.finish();
 }
 
 static int upg_command(AcSession &session, const OptArgList &opts)
@@ -42,7 +41,10 @@ static int upg_command(AcSession &session, const OptArgList &opts)
         return 1;
     if (!wtps.given())
         return report_missing_option(OPT_MAC);
-    return upg_request(session, wtps.list(), opts.number(OPT_PERIOD), opts.number(OPT_TYPE));
+    if (send_upg_request(session, wtps.list(), static_cast<uint32_t>(opts.number(OPT_PERIOD)),
+                         static_cast<uint32_t>(opts.number(OPT_TYPE))) != 0)
+        return 1;
+    return read_device_results(session, wtps.list());
 }
 
 const CommandSpec UPG_ROW = {

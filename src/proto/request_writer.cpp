@@ -86,7 +86,8 @@ int RequestWriter::finish()
 void RequestWriter::flush()
 {
     if (!failed_ && send_all(session_, session_.out, used_) < 0) {
-        fail_errno("ERROR: writing socket failed for reason");
+        if (!session_.quiet)
+            fail_errno("ERROR: writing socket failed for reason");
         failed_ = true;
     }
     used_ = 0;

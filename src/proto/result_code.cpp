@@ -3,6 +3,7 @@
 
 #include "util/output.h"
 
+#include <cstdio>
 #include <iterator>
 
 // What stands before and after the device's MAC; without a second text the message names no device.
@@ -37,16 +38,20 @@ static constexpr ResultMessage MESSAGES[] = {
     {"Device ", " has aborted the operation."},
 };
 
-void print_result_code(uint8_t code, const Mac &mac)
+const char *result_text(uint8_t code, const Mac &mac)
 {
+    static char text[128];
     const ResultMessage &message = code < std::size(MESSAGES) ? MESSAGES[code] : FAILED;
-    if (message.before == nullptr)
-        return;
-    if (message.after == nullptr) {
-        fail("ERROR: %s\n", message.before);
-        return;
-    }
+    if (message.before == nullptr || message.after == nullptr)
+        return message.before;
     char name[MAC_TEXT_MAX + 1];
     *write_mac_lower(name, mac) = '\0';
-    fail("ERROR: %s%s%s\n", message.before, name, message.after);
+    snprintf(text, sizeof text, "%s%s%s", message.before, name, message.after);
+    return text;
+}
+
+void print_result_code(uint8_t code, const Mac &mac)
+{
+    if (const char *text = result_text(code, mac))
+        fail("ERROR: %s\n", text);
 }

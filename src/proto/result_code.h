@@ -18,9 +18,13 @@ enum ResultCode : uint8_t {
     RESULT_BUSY = 10,
     RESULT_NO_RESPONSE = 12,
     RESULT_NOT_SUPPORTED = 13,
+    RESULT_NOT_READY = 17,
     RESULT_BAD_CONFIGURATION = 19,
 };
 
-// Prints the code's message, if it has one, on standard error; messages about a device name it by
-// its MAC in lower case.
+// The code's text, or null for success; texts about a device name it by its MAC in lower case.
+// Valid until the next call.
+const char *result_text(uint8_t code, const Mac &mac);
+
+// Prints the text, if there is one, as a message on standard error.
 void print_result_code(uint8_t code, const Mac &mac);

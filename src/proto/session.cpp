@@ -79,7 +79,7 @@ int ac_connect(AcSession &session, const char *address, int port)
 void ac_disconnect(AcSession &session)
 {
     const uint8_t goodbye = COMMAND_GOODBYE;
-    if (send_all(session, &goodbye, sizeof goodbye) < 0)
+    if (send_all(session, &goodbye, sizeof goodbye) < 0 && !session.quiet)
         fail_errno("ERROR: writing socket failed for reason");
     if (close(session.socket) != 0)
         fail_errno("ERROR: ");

@@ -16,7 +16,8 @@ enum : int32_t { HANDSHAKE_ADMITTED = 1, HANDSHAKE_BUSY = -1 };
 // Bytes that arrive are read ahead into `in`; the ByteSource part is the window of those not yet
 // taken. Requests gather in `out` (see RequestWriter).
 struct AcSession : ByteSource {
-    int socket = 0; // set by ac_attach
+    int socket = 0;     // set by ac_attach
+    bool quiet = false; // failures to send are not printed: its user tells of them
     uint8_t in[65536] = {};
     uint8_t out[65552] = {}; // any request whose length has 16 bits, as a whole
 };
@@ -29,7 +30,7 @@ void ac_attach(AcSession &session, int socket);
 // Returns 0 when admitted; 1 with the message printed otherwise.
 int ac_connect(AcSession &session, const char *address, int port);
 
-// Says goodbye (one byte 0) and closes the socket; failures are reported and otherwise ignored.
+// Says goodbye (one byte 0) and closes the socket; failures are printed and otherwise ignored.
 void ac_disconnect(AcSession &session);
 
 // Writes exactly `length` bytes. Returns length, or -1 with errno as the failing call left it.
