@@ -217,6 +217,21 @@ class Scripted(unittest.TestCase):
         self.assertEqual([request[3:5] + request[13:] for request in requests if request[0] == 2],
                          [b"\0\2" + mac + two, b"\0\1" + two])
 
+    def test_one_that_restarts_is_followed_to_its_second_step(self):
+        requests, (status, out, err) = self.run_script(
+            record(self.MAC, state=0, flag=1, announced=b"1.5") + b"\1", b"\x0c" + bytes(4),
+            record(self.MAC, version=b"1.5") + b"\1", b"\0", record(self.MAC, version=b"2.0") + b"\1")
+        self.assertEqual((status, [request[0] for request in requests]), (0, [1, 19, 1, 2, 1]), err)
+        self.assertEqual(rows(out), {"02:00:00:00:00:01": ["dev", "1.0", "2.0", "done", "0"]})
+
+    def test_a_signal_while_the_controller_is_gone(self):
+        script = Script(record(self.MAC) + b"\1", b"\0\0\1" + self.MAC + b"\0\0", *[-1] * 999)
+        process = start(script.port, "--all-managed", "--deadline", "30")
+        self.assertTrue(any(b"is busy, try again later; trying again" in line for line in process.stderr))
+        process.send_signal(signal.SIGINT)
+        out, _ = process.communicate(timeout=20)
+        self.assertEqual((process.returncode, rows(out.decode())["02:00:00:00:00:01"][3]), (1, "not started"))
+
     def test_hostile_texts(self):
         texts = [b"\x1b]0;x\x07", b"\xc2\x9b31m", b"\xff\xfe\r\n", "\u202eabc".encode(), b"a\0b", b"\xe2\x82", b"%s%n",
                  "\u20ac".encode() * 999, b"x" * 65535, b""]
