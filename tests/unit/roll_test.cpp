@@ -133,9 +133,9 @@ TEST(Roll, Batches)
         batches += std::to_string(device.batch);
     EXPECT_EQ(batches, "112223310");
     // The third does not begin: two failed.
-    for (const size_t running : {3, 3}) {
+    for (int batch = 1; batch <= 2; batch++) {
         ASSERT_TRUE(roll.begin_batch(0));
-        EXPECT_EQ(roll.running().size(), running);
+        EXPECT_EQ(roll.running().size(), 3u);
         const std::vector<Mac> asked = roll.to_ask();
         for (const Mac &mac : asked)
             roll.answered(mac, mac == asked[0] ? 14 : 5, 0);
