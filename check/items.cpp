@@ -41,7 +41,7 @@ static string ipv4_text(string_view bytes)
 {
     Ipv4 address;
     memcpy(address.octet, bytes.data(), sizeof address.octet);
-    char text[IPV4_TEXT_MAX + 1]; // one more is touched
+    char text[IPV4_TEXT_MAX];
     return {text, write_ipv4(text, address)};
 }
 

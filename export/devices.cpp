@@ -69,6 +69,6 @@ std::string mac_name(const Mac &mac)
 
 std::string ipv4_name(Ipv4 addr)
 {
-    char text[IPV4_TEXT_MAX + 1]; // one more is touched
+    char text[IPV4_TEXT_MAX];
     return {text, write_ipv4(text, addr)};
 }

@@ -29,10 +29,9 @@ bool parse_ip_settings(const char *text, Ipv4 &ip, Ipv4 &mask, Ipv4 &gateway);
 bool parse_ip_dns_settings(const char *text, Ipv4 &ip, Ipv4 &mask, Ipv4 &gateway, Ipv4 &dns1,
                            Ipv4 &dns2);
 
-enum : unsigned { IPV4_TEXT_MAX = 15 };
+enum : unsigned { IPV4_TEXT_MAX = 16 }; // one more than the longest text, see write_number
 
-// Writes "192.168.1.10", unterminated, and returns the text's end. Touches one byte more than
-// IPV4_TEXT_MAX.
+// Writes "192.168.1.10" into IPV4_TEXT_MAX bytes, unterminated, and returns the text's end.
 inline char *write_ipv4(char *to, Ipv4 addr)
 {
     to = write_number(to, addr.octet[0]);
