@@ -101,12 +101,10 @@ bool CfgWriter::put_member(const CfgMember &member, const CfgRow &row)
     return put_setting(member, field->value);
 }
 
-// An object without members would be refused.
-bool CfgWriter::put_object(const CfgMember &member, const CfgRow &row)
+// The members in braces; nothing, and false, when there is none.
+bool CfgWriter::put_braces(const CfgMember &member, const CfgRow &row)
 {
     const size_t before = out_.size();
-    const bool was_first = first_;
-    begin(member.name);
     out_ += '{';
     first_ = true;
     depth_++;
@@ -118,9 +116,21 @@ bool CfgWriter::put_object(const CfgMember &member, const CfgRow &row)
         out_ += '}';
     } else {
         out_.resize(before);
-        first_ = was_first;
     }
     return any;
+}
+
+// An object without members would be refused.
+bool CfgWriter::put_object(const CfgMember &member, const CfgRow &row)
+{
+    const size_t before = out_.size();
+    const bool was_first = first_;
+    begin(member.name);
+    if (put_braces(member, row))
+        return true;
+    out_.resize(before);
+    first_ = was_first;
+    return false;
 }
 
 constexpr std::string_view NOTHING = "{\"comment\": \"nothing that can be sent\"}";
@@ -138,20 +148,8 @@ bool CfgWriter::put_table(const CfgMember &member, const std::vector<CfgRow> &ro
     positions_.push_back(0);
     for (const CfgRow &row : rows) {
         begin_element();
-        const size_t before = out_.size();
-        out_ += '{';
-        first_ = true;
-        depth_++;
-        const bool any = put_members(member.members, row);
-        depth_--;
-        first_ = false;
-        if (any) {
-            new_line();
-            out_ += '}';
-        } else {
-            out_.resize(before);
+        if (!put_braces(member, row))
             out_ += NOTHING;
-        }
         positions_.back()++;
     }
     positions_.pop_back();

@@ -24,6 +24,7 @@ public:
 private:
     bool put_members(const std::vector<CfgMember> &members, const CfgRow &row);
     bool put_member(const CfgMember &member, const CfgRow &row);
+    bool put_braces(const CfgMember &member, const CfgRow &row);
     bool put_object(const CfgMember &member, const CfgRow &row);
     bool put_table(const CfgMember &member, const std::vector<CfgRow> &rows);
     bool put_texts(const CfgMember &member, const CfgRow &row, size_t place);
