@@ -47,7 +47,7 @@ class Manual(Case):
         version = re.search(r"project\(zov VERSION (\S+)", *texts("CMakeLists.txt"))[1]
         for page in texts("man/*"):
             self.assertIn(f"\n.Os zov {version}\n", page)
-        self.assertRegex(*texts("packaging/zov.spec"), rf"\nVersion: +{version}\n")
+        self.assertRegex(*texts("packaging/zov.rpmbuild"), rf"\nVersion: +{version}\n")
         self.assertRegex(*texts("debian/changelog"), rf"^zov \({version}\)")
         self.assertRegex(*texts("CHANGELOG.md"), rf"\A# Changes\n\n## {version}\n")
 
