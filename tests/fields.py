@@ -104,7 +104,7 @@ def shown(value, mark=""):
     if isinstance(value, int):
         signed = value - (value >> 31 << 32)
         return {"": value, "-": signed, "'": value - (value >> 15 << 16), "@": data_rate(signed),
-                "!": time.asctime(time.gmtime(value)) if value else "",
+                "!": time.asctime(time.gmtime(value + 5400)) if value else "",
                 "+": f"{value // 86400}d:{value // 3600 % 24}h:{value // 60 % 60}m:{value % 60}s"}[mark]
     if isinstance(value, Ip):
         return ".".join(map(str, value))

@@ -2,8 +2,8 @@
 """Plays the controller for one run of the real program, and keeps what came of it.
 
 ZOV names the program (else the first argument of the test does), ZOV_WRAPPER a command to run it under,
-such as "valgrind -q --error-exitcode=99", or an emulator "qemu-s390x -0 zov". A program outlives no test: it ends when its peer is gone, and
-has a minute of processor time at most.
+such as "valgrind -q --error-exitcode=99", or an emulator "qemu-s390x -0 zov". A program outlives no test: it
+ends when its peer is gone, and has a minute of processor time at most.
 """
 import atexit
 import contextlib
@@ -22,6 +22,7 @@ from pathlib import Path
 
 ADMITTED = b"\0\0\0\1"
 PATIENCE = 60  # seconds that a peer may stay silent
+TIME_ZONE = "TST-1:30"  # local time is 90 minutes ahead
 WRAPPER = os.environ.get("ZOV_WRAPPER", "").split()
 
 _listener = socket.create_server(("127.0.0.1", 0), backlog=8)
@@ -96,7 +97,7 @@ def run(words, script=(), *, handshake=ADMITTED, absent=False, pieces=False, env
     outcome, zov = Outcome(), program()
     port = (_deaf if absent else _listener).getsockname()[1]
     words = [*words[:1], "--acport", str(port), *words[1:]] if words else []
-    settings = {**os.environ, "TZ": "UTC", **(environment or {})}
+    settings = {**os.environ, "TZ": TIME_ZONE, **(environment or {})}
     if WRAPPER:  # it looks for the program in PATH, by the name that the usage text shows
         settings["PATH"] = f"{os.path.dirname(zov)}:{settings['PATH']}"
     with contextlib.ExitStack() as stack:

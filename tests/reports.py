@@ -53,6 +53,10 @@ class Reports(Case):
             radio["data_rate"], radio["wlan"][0]["sec_mode"] = rate % 2 ** 32, mode
         self.check(records, (TEXT, JSON))
 
+    def test_every_byte_and_long_texts(self):
+        for text in (bytes(range(1, 256)), *(b'"' * length for length in (2047, 2048, 2049, 65535))):
+            self.check([fields.rich(3, words=[text])], (TEXT, JSON))
+
     def test_counts_of_more_than_one_byte(self):
         """Every list with 255 elements or 300, as its count has one byte or more."""
         tried = 0
