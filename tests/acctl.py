@@ -35,6 +35,11 @@ class ProcessControl(Case):
         self.ps.write_text(f"#!/bin/sh\n{script}\n")
         self.ps.chmod(0o700)
 
+    def list_processes(self, *lines):
+        """What ps prints from now on."""
+        self.ps.with_name("list").write_text("".join(line + "\n" for line in lines))
+        self.fake_ps(f"cat {self.ps.with_name('list')}")
+
     def zov(self, *words, **options):
         """One run that cannot see other processes."""
         return run(words, environment=self.path, **options)
@@ -42,11 +47,10 @@ class ProcessControl(Case):
     def test_kill_ends_the_first_process_that_is_the_controller(self):
         for command in ("/usr/sbin/ac -d", "ac -d", "x\tac -d", "12 ac 13 "):
             with self.subTest(command=command):
-                self.fake_ps(f"""echo '  PID TTY      STAT   TIME COMMAND'
-                    echo '    1 ?        Ss     0:01 /sbin/init'
-                    echo '  /usr/sbin/ac without-a-number '
-                    printf '%s\\n' ' {self.victim.pid} ?  Ss  0:00 {command}'
-                    echo ' 99999999 ?  Ss  0:00 /usr/sbin/ac -d'""")
+                self.list_processes(
+                    "  PID TTY      STAT   TIME COMMAND", "    1 ?        Ss     0:01 /sbin/init",
+                    "  /usr/sbin/ac without-a-number ", f" {self.victim.pid} ?  Ss  0:00 {command}",
+                    " 99999999 ?  Ss  0:00 /usr/sbin/ac -d")
                 self.expect(self.zov("kill"))
                 self.assertEqual(self.victim.wait(), -signal.SIGKILL)
                 self.start_victim()
@@ -54,9 +58,49 @@ class ProcessControl(Case):
     def test_kill_leaves_other_processes_alone(self):
         for command in ("/usr/sbin/ac", "/usr/sbin/acx -d", "mac -d", "trac -d", "/ac\t-d", "AC -d"):
             with self.subTest(command=command):
-                self.fake_ps(f"printf '%s\\n' ' {self.victim.pid} ?  Ss  0:00 {command}'")
+                self.list_processes(f" {self.victim.pid} ?  Ss  0:00 {command}")
                 self.expect(self.zov("kill"))
                 self.assertIsNone(self.victim.poll())
+
+    def test_kill_reads_the_first_number_of_the_line(self):
+        bystander = self.victim
+        self.start_victim()
+        other, pid = bystander.pid, self.victim.pid
+        cut = f"{other} "  # its name stands across two pieces of 511 characters, so it is none
+        self.list_processes(
+            f"{cut}{'x' * (509 - len(cut))}/ac -d", " 0 ? S 0:00 /usr/sbin/ac -d", f" -{'0' * 30} ac -d",
+            f" 99999999999 ? S 0:00 /usr/sbin/ac {other}", f" {2**32 + other} ? S 0:00 /usr/sbin/ac -d",
+            f" {'y' * 600} ac -d", f" {pid} {'z' * 600} {other} {'z' * 600} /usr/sbin/ac -d")
+        self.expect(self.zov("kill"))
+        self.assertEqual((self.victim.wait(10), bystander.poll()), (-signal.SIGKILL, None))
+
+    def test_kill_reads_a_number_across_pieces(self):
+        for split in range(1, len(str(self.victim.pid))):
+            self.list_processes(f"{'-' * (511 - split)}{self.victim.pid} /usr/sbin/ac -d")
+            self.expect(self.zov("kill"))
+            self.assertEqual(self.victim.wait(10), -signal.SIGKILL)
+            self.start_victim()
+
+    def test_kill_with_a_list_that_cannot_be_written(self):
+        read_end, write_end = os.pipe()
+
+        def occupy():
+            os.mkdir(f"/tmp/zov.ps.{os.getpid()}")
+            os.write(write_end, str(os.getpid()).encode())
+        self.list_processes(f" {self.victim.pid} ? S 0:00 /usr/sbin/ac -d")
+        outcome = self.zov("kill", prepare=occupy)
+        made = f"/tmp/zov.ps.{os.read(read_end, 20).decode()}"
+        os.rmdir(made)
+        os.close(read_end)
+        os.close(write_end)
+        self.assertEqual((outcome.status, outcome.out, outcome.err),
+                         (1, b"", f"ERROR: execute 'ps x > {made}' error=512\n".encode()))
+        self.assertIsNone(self.victim.poll())
+
+    def test_kill_with_sigchld_ignored(self):
+        self.list_processes(f" {self.victim.pid} ? S 0:00 /usr/sbin/ac -d")
+        self.expect(self.zov("kill", prepare=lambda: signal.signal(signal.SIGCHLD, signal.SIG_IGN)))
+        self.assertEqual(self.victim.wait(10), -signal.SIGKILL)
 
     def test_kill_reports_a_command_that_fails(self):
         for script, message in (("exit 3", r"ERROR: execute 'ps x > /tmp/zov\.ps\.\d+' error=768\n"),

@@ -71,6 +71,10 @@ def _serve(client, script, handshake, pieces, outcome):
     client.settimeout(PATIENCE)
     client.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
     client.sendall(handshake)
+    if isinstance(script, bytes):
+        client.sendall(script)
+        _receive(client, 1 << 20, outcome)
+        return
     for kind, *data in script:
         if kind == "x":
             client.shutdown(socket.SHUT_WR)
@@ -87,12 +91,13 @@ def _serve(client, script, handshake, pieces, outcome):
 
 
 def run(words, script=(), *, handshake=ADMITTED, absent=False, pieces=False, environment=None, files=None,
-        output=None):
+        output=None, prepare=None):
     """Runs the program with these words, in a folder with these files (name: bytes), and plays the script.
 
     A script is a list of (">", bytes) to expect, ("<", bytes) to send and ("x",) to hang up; the goodbye
-    byte is expected behind it. `absent`: nobody listens. `pieces`: replies go out byte by byte. `output`: a
-    file that standard output is, instead of being kept.
+    byte is expected behind it. Or it is the bytes of all replies, whatever is asked. `absent`: nobody listens.
+    `pieces`: replies go out byte by byte. `output`: a file or its descriptor that standard output is, instead of
+    being kept. `prepare` is called in the new process.
     """
     outcome, zov = Outcome(), program()
     port = (_deaf if absent else _listener).getsockname()[1]
@@ -111,7 +116,8 @@ def run(words, script=(), *, handshake=ADMITTED, absent=False, pieces=False, env
         stdout = stack.enter_context(open(output, "wb")) if output else out
         name = zov if "-0" in WRAPPER else "zov"  # an emulator is told what it calls the program
         process = subprocess.Popen([*WRAPPER, name, *words], executable=None if WRAPPER else zov, cwd=folder,
-                                   env=settings, stdin=subprocess.DEVNULL, stdout=stdout, stderr=err)
+                                   env=settings, stdin=subprocess.DEVNULL, stdout=stdout, stderr=err,
+                                   preexec_fn=prepare, start_new_session=True)  # where a wrong kill finds no test
         resource.prlimit(process.pid, resource.RLIMIT_CPU, (PATIENCE, PATIENCE + 1))
         end = os.pidfd_open(process.pid)
         stack.callback(os.close, end)
