@@ -124,9 +124,9 @@ private:
     bool character()
     {
         const Utf8Character next = first_character(text_);
-        if (!next.valid || static_cast<unsigned char>(first()) < ' ')
+        if (!next.valid || next.code < ' ')
             return false;
-        if (!next.control) {
+        if (!next.is_control()) {
             keep(next.length);
             return true;
         }

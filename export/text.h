@@ -3,19 +3,10 @@
 // it, and not to a terminal.
 #pragma once
 
+#include "utf8.h"
+
 #include <string>
 #include <string_view>
-
-struct Utf8Character {
-    unsigned length; // in bytes, at least 1
-    bool valid;      // false: the bytes are no character and stand for one U+FFFD
-    bool control;    // C0, DEL or C1
-};
-
-// What a text that is not empty begins with.
-Utf8Character first_character(std::string_view text);
-
-bool is_utf8(std::string_view text);
 
 // Writes the body of a JSON string: control characters escaped, quotes and backslashes too, bytes
 // that are no UTF-8 replaced by U+FFFD. Needs room for JSON_GROWTH times the text; returns the end.

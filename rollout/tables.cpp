@@ -3,6 +3,7 @@
 
 #include "output_file.h"
 #include "plain_text.h"
+#include "utf8.h"
 
 #include <algorithm>
 #include <cmath>
@@ -26,7 +27,7 @@ static std::string shortened(std::string_view text, size_t most)
         return plain;
     size_t end = 0;
     for (size_t characters = 0; characters < most - 3; characters++)
-        end += utf8_length(std::string_view(plain).substr(end));
+        end += first_character(std::string_view(plain).substr(end)).length;
     return plain.substr(0, end) + "...";
 }
 
