@@ -66,13 +66,18 @@ class ProcessControl(Case):
         bystander = self.victim
         self.start_victim()
         other, pid = bystander.pid, self.victim.pid
-        cut = f"{other} "  # its name stands across two pieces of 511 characters, so it is none
+        # A name across two pieces of 511 characters is none; at the very end of the first it is one.
+        cut = [f"{other} ".ljust(before, "x") + "/ac -d" for before in (508, 509, 510)]
         self.list_processes(
-            f"{cut}{'x' * (509 - len(cut))}/ac -d", " 0 ? S 0:00 /usr/sbin/ac -d", f" -{'0' * 30} ac -d",
+            *cut, " 0 ? S 0:00 /usr/sbin/ac -d", f" -{'0' * 30} ac -d",
             f" 99999999999 ? S 0:00 /usr/sbin/ac {other}", f" {2**32 + other} ? S 0:00 /usr/sbin/ac -d",
             f" {'y' * 600} ac -d", f" {pid} {'z' * 600} {other} {'z' * 600} /usr/sbin/ac -d")
         self.expect(self.zov("kill"))
         self.assertEqual((self.victim.wait(10), bystander.poll()), (-signal.SIGKILL, None))
+        self.start_victim()
+        self.list_processes(f"{self.victim.pid} ".ljust(507, "x") + "/ac -d")
+        self.expect(self.zov("kill"))
+        self.assertEqual(self.victim.wait(10), -signal.SIGKILL)
 
     def test_kill_reads_a_number_across_pieces(self):
         for split in range(1, len(str(self.victim.pid))):
