@@ -13,14 +13,16 @@ static bool is_unsafe(const Utf8Character &character)
            (code >= 0x2028 && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
 }
 
-// The text with what `shown` makes of each character, behind it its bytes.
+// The text with each character as `shown` wants it, which is given the character and its bytes. Bad
+// bytes are shown one by one.
 template <class Shown> static std::string changed(std::string_view text, Shown shown)
 {
     std::string made;
     while (!text.empty()) {
         const Utf8Character next = first_character(text);
-        made += shown(next, text.substr(0, next.length));
-        text.remove_prefix(next.length);
+        const size_t length = next.valid ? next.length : 1;
+        made += shown(next, text.substr(0, length));
+        text.remove_prefix(length);
     }
     return made;
 }

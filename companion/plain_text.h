@@ -6,9 +6,9 @@
 #include <string_view>
 
 // The text with a question mark for each control character, the bidirectional ones included, and
-// for what is no character.
+// for each byte that is no UTF-8.
 std::string plain_text(std::string_view text);
 
 // The text as a JSON string, quotes included: what plain_text() replaces is escaped (\u001b), and
-// what is no character becomes U+FFFD.
+// each byte that is no UTF-8 becomes U+FFFD.
 std::string quoted_text(std::string_view text);

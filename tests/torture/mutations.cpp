@@ -65,7 +65,7 @@ class Mutations : public testing::TestWithParam<const char *> {};
 
 } // namespace
 
-TEST_P(Mutations, OfOneBitAndOneByte)
+TEST_P(Mutations, OfBitsBytesAndCounts)
 {
     std::ifstream in(std::string(REPLY_FOLDER "/") + GetParam(), std::ios::binary);
     std::string reply(std::istreambuf_iterator<char>(in), {});
