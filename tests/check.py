@@ -10,6 +10,7 @@ import unittest
 from pathlib import Path
 
 import settings
+from harness import main
 from settings import AP, SWITCH, TABLE
 
 ZOV_CHECK, SOURCE = sys.argv[1:3]
@@ -60,8 +61,8 @@ FILES = [
       "3 config value 'radius' is sent as 0.0.0.0 for 'wtp_cfg.radio[].portal.radius_server'.",
       "3 *An object without members."]),
     # Nothing that a terminal would obey.
-    ('{"wtp_cfg":{"\\u001b]0;x\\u0007":1,"dns1":"\\u009b1m\x7f\\u202e\xe9"}}', 0,
-     ["1 Unknown member '?]0;x?' in 'wtp_cfg'.", "1 *Invalid config value '?1m???' for 'wtp_cfg.dns1'."]),
+    ('{"wtp_cfg":{"\\u001b]0;x\\u0007":1,"dns1":"\\u009b1m\x7f\\u202e\xe2\x82"}}', 0,
+     ["1 Unknown member '?]0;x?' in 'wtp_cfg'.", "1 *Invalid config value '?1m????' for 'wtp_cfg.dns1'."]),
     ('{"wtp_cfg":{"name":"x"\n,,}', 0, ["2 *Invalid config file FILE. Unexpected `,` in object."]),
     ('{"a":1,\n"b', 0, ["2 *Invalid config file FILE. Unexpected EOF in string."]),
     (DEEP, 0, ["1 *json iter stack is full.", "1 Unknown member 'nam' in 'wtp_cfg', did you mean 'name'?"]),
@@ -174,4 +175,4 @@ class Check(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1], verbosity=0)
+    main()

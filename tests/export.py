@@ -11,17 +11,15 @@ import re
 import resource
 import shutil
 import signal
-import socket
-import struct
 import subprocess
 import sys
 import tempfile
-import threading
 import unittest
 from pathlib import Path
 
 import fields
 import settings
+from harness import Player, main
 from simulator import AP, NOT_IN_RECORDS, SWITCH, ZOV, Controller, end_with_test, flatten
 
 try:
@@ -38,45 +36,6 @@ HOSTILE = [b"", b"plain", b'say "x" \\ a/b', b"tab\tline\r\nbell\x07", b"cut\0of
            b'"\x7f\xc2\x9b"', b"[" * 64 + b"]" * 64, b"[" * 65 + b"]" * 65, b"NaN", b"[\"\\x\"]", b"-", b"1.", b'"\t"']
 HOSTS = [b"host", b'"q"/\\', b"a\x1f", b"\x7fb", b"c\x80"]
 FOREIGN = re.compile(rb"[\0-\x09\x0b-\x1f\x7f]|\xc2[\x80-\x9f]")  # nothing of this may be written
-
-
-class Player:
-    """A controller that gives every list request this reply, and takes every configuration."""
-
-    def __init__(self, reply, handshake=b"\0\0\0\1"):
-        self.listener = socket.create_server(("127.0.0.1", 0))
-        self.port, self.reply, self.handshake = str(self.listener.getsockname()[1]), reply, handshake
-        threading.Thread(target=self.serve, daemon=True).start()
-
-    def serve(self):
-        while True:
-            try:
-                client = self.listener.accept()[0]
-            except OSError:
-                return
-            with client:
-                client.sendall(self.handshake)
-                try:
-                    self.answer(client)
-                except OSError:
-                    pass  # it was killed
-
-    def answer(self, client):
-        while code := client.recv(1):
-            if code == b"\1":
-                count = struct.unpack(">IH", client.recv(6, socket.MSG_WAITALL))[1]
-                client.recv(6 * count, socket.MSG_WAITALL)
-                client.sendall(self.reply)
-            elif code == b"\5":
-                client.recv(struct.unpack(">I", client.recv(4, socket.MSG_WAITALL))[0], socket.MSG_WAITALL)
-                client.sendall(b"\0\0")
-
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_):
-        self.listener.shutdown(socket.SHUT_RDWR)
-        self.listener.close()
 
 
 def run(port, *options, before=end_with_test):
@@ -152,13 +111,13 @@ class Json(unittest.TestCase):
         for seed in range(40):
             report = fields.report(make_records(PLAIN, PLAIN_HOSTS, seed), "json").decode("latin-1")
             expected = translated(json.loads("{" + report + "}"))
-            with Player(fields.reply(make_records(HOSTILE, HOSTS, seed))) as player:
-                out = ok(player.port, "--format", "json")
-                self.assertIsNone(FOREIGN.search(out))
-                made = json.loads(out, parse_constant=refuse_constant)
-                self.assertEqual(made, expected)
-                self.assertEqual([json.loads(line) for line in ok(player.port, "--format", "ndjson").splitlines()],
-                                 made["wtp_list"])
+            port = Player(*[fields.reply(make_records(HOSTILE, HOSTS, seed))] * 2).port
+            out = ok(port, "--format", "json")
+            self.assertIsNone(FOREIGN.search(out))
+            made = json.loads(out, parse_constant=refuse_constant)
+            self.assertEqual(made, expected)
+            self.assertEqual([json.loads(line) for line in ok(port, "--format", "ndjson").splitlines()],
+                             made["wtp_list"])
 
     @unittest.skipIf(Draft202012Validator is None, "jsonschema is missing (package python3-jsonschema)")
     def test_schema(self):
@@ -166,8 +125,7 @@ class Json(unittest.TestCase):
         Draft202012Validator.check_schema(schema)
         validator = Draft202012Validator(schema)
         for seed in range(20):
-            with Player(fields.reply(make_records(HOSTILE, HOSTS, seed))) as player:
-                made = json.loads(ok(player.port, "--format", "json"))
+            made = json.loads(ok(Player(fields.reply(make_records(HOSTILE, HOSTS, seed))).port, "--format", "json"))
             validator.validate(made)
             for device in made["wtp_list"]:  # the schema is strict
                 for name in ("sn", "wtp_cfg", "cfg_cap", "radio", "dev_list"):
@@ -296,8 +254,8 @@ class Configurations(unittest.TestCase):
             words = [word for word in HOSTILE if len(word) < 300]
             record = make_records(words, HOSTS, seed, (kind,))[0]
             cfg = record["wtp_cfg"][0]
-            with self.subTest(seed=seed), Player(fields.reply([record])) as player, \
-                    tempfile.TemporaryDirectory() as folder:
+            player = Player(fields.reply([record]), b"\0\0")
+            with self.subTest(seed=seed), tempfile.TemporaryDirectory() as folder:
                 status, out, err = run(player.port, "--format", "cfg", "--output", f"{folder}/f")
                 self.assertEqual((status, out), (0, b""))
                 self.assertNotRegex(err, r"[\0-\x09\x0b-\x1f\x7f-\x9f]")
@@ -335,8 +293,7 @@ class Tables(unittest.TestCase):
     def test_csv(self):
         for seed in range(10):
             records = make_records(HOSTILE, HOSTS, seed)
-            with Player(fields.reply(records)) as player:
-                out = ok(player.port, "--format", "csv", "--columns", "serial,mac,name,location,port")
+            out = ok(Player(fields.reply(records)).port, "--format", "csv", "--columns", "serial,mac,name,location,port")
             self.assertTrue(out.endswith(b"\r\n") and b"\n" not in out.replace(b"\r\n", b""))
             cells = list(csv.reader(io.StringIO(out.decode(), newline="")))
             self.assertEqual(cells[0], ["serial", "mac", "name", "location", "port"])
@@ -403,8 +360,7 @@ class Tables(unittest.TestCase):
         texts = []
         for seed in range(5):
             records = make_records(HOSTILE, HOSTS, seed) * 2  # each device twice
-            with Player(fields.reply(records)) as player:
-                texts.append(ok(player.port, "--format", "prometheus"))
+            texts.append(ok(Player(fields.reply(records)).port, "--format", "prometheus"))
             self.assertIsNone(FOREIGN.search(texts[-1]))
             found = self.samples(texts[-1].decode())
             self.assertEqual([labels["name"] for labels, _ in found["zov_device_info"]],
@@ -458,8 +414,7 @@ class Graph(unittest.TestCase):
                     "dev_list": [device(ap, 3, (3, one["mac"], b"eth1")), device(far, 2, (4, ap, b"p"), (9, fields.Mac(6), b"")),
                                  device(other["mac"], 2, (1, one["mac"], b"not this one"))]}
             other |= {"lldp_dev_list": back, "dev_list": []}
-            with Player(fields.reply([one, other])) as player:
-                text = ok(player.port, "--format", "dot").decode()
+            text = ok(Player(fields.reply([one, other])).port, "--format", "dot").decode()
             edges = set()
             for left, right, *ends in re.findall(r'"(\S+)" -- "(\S+)" \[taillabel="(\w+)", headlabel="(\w+)"\]', text):
                 ends = ends if names.index(left) < names.index(right) else ends[::-1]
@@ -471,8 +426,7 @@ class Graph(unittest.TestCase):
 
     def test_hostile_texts(self):
         for seed in range(5):
-            with Player(fields.reply(make_records(HOSTILE, HOSTS, seed, (2, 2, 3)))) as player:
-                text = ok(player.port, "--format", "dot")
+            text = ok(Player(fields.reply(make_records(HOSTILE, HOSTS, seed, (2, 2, 3)))).port, "--format", "dot")
             self.assertIsNone(FOREIGN.search(text))
             self.render(text)
 
@@ -499,10 +453,10 @@ class Faults(unittest.TestCase):
 
     def test_silent_controller(self):
         record = fields.reply(make_records([b"x"], [b"h"], 1))
-        for reply, handshake in ((b"", b""), (b"", b"\0\0\0\1"), (record[:-1], b"\0\0\0\1")):
-            with Player(reply, handshake) as player, tempfile.TemporaryDirectory() as folder:
+        for reply in (None, b"", record[:-1]):
+            with tempfile.TemporaryDirectory() as folder:
                 Path(folder, "f").write_text("old")
-                status, out, err = run(player.port, "--format", "json", "--timeout", "1", "--output", f"{folder}/f")
+                status, out, err = run(Player(reply, holds=True).port, "--format", "json", "--timeout", "1", "--output", f"{folder}/f")
                 self.assertEqual((status, out), (1, b""))
                 self.assertTrue(err.endswith("does not answer within 1 s\n"), err)
                 self.assertEqual((os.listdir(folder), Path(folder, "f").read_text()), (["f"], "old"))
@@ -534,4 +488,4 @@ class Faults(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1], verbosity=0)
+    main()

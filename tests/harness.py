@@ -13,9 +13,11 @@ import resource
 import select
 import signal
 import socket
+import struct
 import subprocess
 import sys
 import tempfile
+import threading
 import unittest
 from dataclasses import dataclass, field
 from pathlib import Path
@@ -142,6 +144,34 @@ def run(words, script=(), *, handshake=ADMITTED, absent=False, pieces=False, env
             stream.seek(0)
             setattr(outcome, name, stream.read())
     return outcome
+
+
+class Player:
+    """A controller that plays to one client after the other, each the next of the answers: bytes for whatever
+    it asks, a number in place of its admission, None for neither. It ends a connection then; with `holds` it
+    leaves that to the client. Keeps the requests.
+    """
+
+    def __init__(self, *answers, holds=False):
+        self.listener, self.requests = socket.create_server(("127.0.0.1", 0)), []
+        self.port = str(self.listener.getsockname()[1])
+        self.thread = threading.Thread(target=self._play, args=(answers, holds), daemon=True)
+        self.thread.start()
+
+    def _play(self, answers, holds):
+        for answer in answers:
+            with self.listener.accept()[0] as client, contextlib.suppress(ConnectionError):
+                if isinstance(answer, int):
+                    client.sendall(struct.pack(">i", answer))
+                elif answer is not None:
+                    client.sendall(ADMITTED)
+                    self.requests.append(client.recv(1 << 16))
+                    client.sendall(answer)
+                if not holds:
+                    client.shutdown(socket.SHUT_WR)
+                while client.recv(1 << 16):
+                    pass
+        self.listener.close()
 
 
 class Case(unittest.TestCase):

@@ -22,6 +22,7 @@ import unittest
 from pathlib import Path
 
 import settings
+from harness import main
 
 ZOV, AC_SIM, SOURCE = sys.argv[1:4]
 AP, SWITCH = "02:A3:00:00:00:01", "02:A2:00:00:00:01"
@@ -350,4 +351,4 @@ class Service(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1], verbosity=0)
+    main()
