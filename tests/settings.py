@@ -284,8 +284,9 @@ class Settings(Case):
             most = 256 if form == "macs" else 255
             for few in ([], made[:1], made[:3], made[:most]):
                 self.takes(kind, document((path, few), before=1))
-            self.refuses(kind, document((path, made[:most + 1])),
-                         f"config array of {most + 1} elements is too long ({most} at most) for '{path}'.")
+            for many in (most + 1, 65537):
+                self.refuses(kind, document((path, (made * 256)[:many])),
+                             f"config array of {many} elements is too long ({most} at most) for '{path}'.")
             doubles = made[:2] + [made[0].upper()] if form == "macs" else ["", "x", "X", ""]
             if form == "macs":
                 self.refuses(kind, document((path, doubles)), f"Duplicate MACs in '{path}'.")
