@@ -2,6 +2,7 @@
 """zov where its parent left something unusual: closed descriptors, pipes that do not wait, signals
 that are ignored, variables; memory that is short, files of odd kinds.  surroundings.py ZOV"""
 import contextlib
+import fcntl
 import os
 import resource
 import signal
@@ -30,23 +31,24 @@ class Parents(Case):
         self.assertEqual((outcome.status, outcome.received), (1, b"\0"))
 
     def test_a_pipe_that_does_not_wait_gets_the_whole_report(self):
-        output = bytes(range(32, 127)) * 689
-        macs = [f"02:00:00:00:00:{i:02x}" for i in range(20)]
-        reply = (b"\0" + len(output).to_bytes(2, "big") + output) * len(macs)
-        got = []
+        for devices, output in ((20, bytes(range(32, 127)) * 689), (1, b"x" * 4066)):  # 1 byte is left of the last
+            macs = [f"02:00:00:00:00:{i:02x}" for i in range(devices)]
+            reply = (b"\0" + len(output).to_bytes(2, "big") + output) * devices
+            got = []
 
-        def read_slowly():
-            threading.Event().wait(0.3)
-            with open(read_end, "rb") as pipe:
-                got.append(pipe.read())
-        read_end, write_end = os.pipe()
-        os.set_blocking(write_end, False)
-        reader = threading.Thread(target=read_slowly)
-        reader.start()
-        outcome = run(["sh", "--mac", ",".join(macs), "--cmd", "x"], reply, output=write_end)
-        reader.join()
-        self.expect(outcome)
-        self.assertTrue(got[0] == b"".join(b"WTP %s output:\n%s\n" % (mac.encode(), output) for mac in macs))
+            def read_slowly():
+                threading.Event().wait(0.3)
+                with open(read_end, "rb") as pipe:
+                    got.append(pipe.read())
+            read_end, write_end = os.pipe()
+            fcntl.fcntl(write_end, fcntl.F_SETPIPE_SZ, 4096)
+            os.set_blocking(write_end, False)
+            reader = threading.Thread(target=read_slowly)
+            reader.start()
+            outcome = run(["sh", "--mac", ",".join(macs), "--cmd", "x"], reply, output=write_end)
+            reader.join()
+            self.expect(outcome)
+            self.assertTrue(got[0] == b"".join(b"WTP %s output:\n%s\n" % (mac.encode(), output) for mac in macs))
 
     def test_options_count_wherever_they_stand(self):
         outcome = run(["initfw", "word", "--fwstat", "7"], environment={"POSIXLY_CORRECT": "1"},
