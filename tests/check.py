@@ -1,8 +1,7 @@
 # SPDX-License-Identifier: MIT
-"""zov-check on files, good and bad: check.py ZOV_CHECK SOURCE_FOLDER"""
+"""zov-check on files, good and bad, and the schemas of such files: check.py ZOV_CHECK SOURCE_FOLDER GENERATED"""
 import hashlib
 import json
-import struct
 import subprocess
 import sys
 import tempfile
@@ -13,7 +12,12 @@ import settings
 from harness import main
 from settings import AP, SWITCH, TABLE
 
-ZOV_CHECK, SOURCE = sys.argv[1:3]
+try:
+    from jsonschema import Draft202012Validator
+except ImportError:
+    Draft202012Validator = None
+
+ZOV_CHECK, SOURCE, GENERATED = sys.argv[1:4]
 DEEP = '{"wtp_cfg":{"comment":' + "[" * 100000 + "]" * 100000 + ',"nam":1}}'
 
 # Text of a file, type, what is reported of it; a number before a message is its line. What zov cfg refuses
@@ -69,6 +73,22 @@ FILES = [
 ]
 
 
+# What schemas and zov-check refuse, beyond single values, and what is good all the same.
+REFUSED = [
+    (AP, {}), (AP, {"radio": {"tx_power": 17}}), (AP, {"radio": [{}]}), (AP, {"led": [{"power": 1}]}),
+    (AP, {"ac_list": [f"ac{n}.example" for n in range(256)]}), (SWITCH, {"switch_port": [{"port": 1}] * 257}),
+    (AP, {"ac_list": ["a", "a"]}), (AP, {"radio": [{"wlan": [{"l2macWlist": ["0:0:5e:0:53:1"] * 2}]}]}),
+    (AP, {"radio": [{"wlan": [{"acl": {"mac": ["01:00:5e:00:00:01"]}}]}]}), (SWITCH, {"manage_mac_list": ["2:0:0:0:1"]}),
+    (AP, {"dns1": "192.168.1.256"}), (AP, {"ipv4": "192.168.100.10/255.255.255.0"}),
+    (AP, {"radio": [{"portal": {"radius_server": "radius"}}]}), (AP, {"radio": [{"data_rate": "54"}]}),
+    (AP, {"radio": [{"txpower": 17}]}), (SWITCH, {"bandsteer": 1}), (SWITCH, {"power_budget": {"comment": 1}})]
+ACCEPTED = [
+    (AP, {"comment": ["red"], "radio": [{"comment": {"tx_power": "x"}}, {"mesh": {"comment": 1}}]}),
+    (SWITCH, {"ac_list": [], "manage_mac_list": []}), (SWITCH, {"ac_list": ["a", "a"]}),
+    (AP, {"ac_list": [f"ac{n}.example" for n in range(255)]}), (AP, {"ipv4": "0.0.0.0/0.0.0.0/0.0.0.0"}),
+    *((AP, {"radio": [{"data_rate": rate}]}) for rate in ("auto", "MCS7", "VHTMCS9", "5.5M"))]
+
+
 def check(*words, **more):
     done = subprocess.run([ZOV_CHECK, *words], capture_output=True, timeout=60, **more)
     return done.returncode, done.stdout.decode(), done.stderr.decode()
@@ -87,15 +107,6 @@ def shown(row, value):
     if row.form == "digest":
         return hashlib.md5(value.encode() + b"\n").hexdigest()
     return value.replace(".000", ".0") if row.form in ("ipv4", "server", "ipset") else json.dumps(value)
-
-
-def parts(items):
-    """Ids and index keys of items."""
-    while items:
-        number, length = struct.unpack_from(">HH", items)
-        key, (size,) = items[4:4 + length], struct.unpack_from(">H", items, 4 + length)
-        yield [str(number), ".".join(map(str, key)) or "-"]
-        items = items[6 + length + size:]
 
 
 class Check(unittest.TestCase):
@@ -130,7 +141,9 @@ class Check(unittest.TestCase):
                 status, out, err = check("--items", "--type", str(AP - kind), self.file)
                 self.assertEqual((status, err), (0, ""))
                 lines = [line.split(None, 3) for line in out.splitlines()]
-                self.assertEqual([line[:2] for line in lines], list(parts(settings.Walk(kind).walk(made))))
+                self.assertEqual([line[:2] for line in lines], [
+                    [str(number), ".".join(map(str, key)) or "-"]
+                    for number, key, _ in settings.split(settings.Walk(kind).walk(made))])
                 self.assertEqual(len({line.index(" wtp_cfg.") for line in out.splitlines()}), 1)
                 sent = {path: text for _, _, path, text in lines}
                 self.assertEqual(sent, {**{path: shown(rows[path], value[path]) for path in rows},
@@ -172,6 +185,37 @@ class Check(unittest.TestCase):
         status, out, err = check("--help")
         self.assertEqual((status, err), (0, ""))
         self.assertRegex(out, r"^usage: zov-check \[OPTION\]\.\.\. FILE\.\.\.\n(.*\n)+  --type TYPE .*(\n.*)+--timeout SEC")
+
+
+@unittest.skipIf(Draft202012Validator is None, "jsonschema is missing (package python3-jsonschema)")
+class Schemas(unittest.TestCase):
+    def setUp(self):
+        self.valid = {}
+        for kind, name in ((AP, "ap"), (SWITCH, "switch")):
+            schema = json.loads(Path(GENERATED, f"wtp_cfg-{name}.schema.json").read_text())
+            Draft202012Validator.check_schema(schema)
+            self.valid[kind] = Draft202012Validator(schema).is_valid
+
+    def test_every_setting(self):
+        for kind, rows in TABLE.items():
+            for row in rows.values():
+                low, high = settings.extremes(row)
+                high = min(high, 65535) if row.form == "u16" else high  # what is sent as it stands
+                if row.is_number:
+                    bad = [low - 1, high + 1, str(low), low + 0.5]
+                else:
+                    bad = [1] + ["z" * (row.low - 1)] * (row.low > 0) + ["z" * ((row.high or 0) + 1)] * (row.high is not None)
+                for value, good in (*((value, True) for value in (low, high)),
+                                    *((value, False) for value in (*bad, True, None, {"comment": 1}))):
+                    self.assertEqual(self.valid[kind](settings.document((row.path, value))), good, (row.path, value))
+
+    def test_agree_with_zov_check(self):
+        for kind, cfg in REFUSED + ACCEPTED:
+            good, document = (kind, cfg) in ACCEPTED, {"wtp_cfg": cfg}
+            status, _, err = check("--type", str(AP - kind), "-", input=json.dumps(document).encode())
+            self.assertEqual((self.valid[kind](document), status, err == ""), (good, int(not good), good), cfg)
+        for kind, name in ((AP, "office-ap"), (SWITCH, "poe-switch")):
+            self.assertTrue(self.valid[kind](json.loads(Path(f"{SOURCE}/examples/{name}.json").read_text())))
 
 
 if __name__ == "__main__":

@@ -4,6 +4,7 @@
 export.py ZOV AC_SIM SOURCE_FOLDER ZOV_EXPORT GENERATED_FOLDER
 """
 import csv
+import hashlib
 import io
 import json
 import os
@@ -20,7 +21,7 @@ from pathlib import Path
 import fields
 import settings
 from harness import Player, main
-from simulator import AP, NOT_IN_RECORDS, SWITCH, ZOV, Controller, end_with_test, flatten
+from simulator import AP, SWITCH, ZOV, Controller, end_with_test
 
 try:
     from jsonschema import Draft202012Validator
@@ -215,37 +216,45 @@ def as_setting(row, value, kind):
     return None if bad or unique and len(set(texts)) < len(texts) else texts
 
 
+NOT_IN_RECORDS = {"wtp_cfg.password", "wtp_cfg.pd_lifeguard[].clear_reboot_count"}
+
+
 class Configurations(unittest.TestCase):
     def test_backup_reset_restore(self):
-        shapes = {settings.AP: {"wtp_cfg.radio[]": 2, "wtp_cfg.radio[].wlan[]": 5, "wtp_cfg.lan_port[]": 2,
-                                "wtp_cfg.radio[].wlan[].wep.key[]": 4}, settings.SWITCH: {"wtp_cfg.pdl_status[]": 2}}
-        for kind, mac in ((settings.AP, AP), (settings.SWITCH, SWITCH)):
-            made = {"wtp_cfg": settings.Documents(7, kind, shapes[kind]).group()}
+        shapes = {"wtp_cfg.radio[]": 2, "wtp_cfg.radio[].wlan[]": 5, "wtp_cfg.radio[].wlan[].wep.key[]": 4,
+                  "wtp_cfg.lan_port[]": 2, "wtp_cfg.pdl_status[]": 2}
+        for kind, mac, example in ((settings.AP, AP, "office-ap"), (settings.SWITCH, SWITCH, "poe-switch")):
+            made = {"wtp_cfg": settings.Documents(7, kind, shapes).group()}
             for radio in made["wtp_cfg"].get("radio", []):
                 for mode, wlan in zip((0, 1, 3, 6, 13), radio["wlan"]):
                     wlan["sec_mode"] = mode
-            with self.subTest(kind=kind), Controller() as controller, tempfile.TemporaryDirectory() as folder:
-                def stored():
-                    record = controller.record(mac)["wtp_cfg"]
-                    return record | {"password_md5": None}
-                file = Path(folder, "backup", mac.replace(":", "-") + ".json")
-                backup = ("--format", "cfg", "--mac", mac, "--directory", str(file.parent))
-                controller.configure(mac, kind, made)
-                before = stored()
-                ok(controller.port, *backup)
-                first = file.read_bytes()
-                controller.ok("rst", "--mac", mac, "--factory")
-                self.assertNotEqual(stored(), before)
-                controller.ok("cfg", "--mac", mac, "--type", str(settings.AP - kind), "--file", str(file))
-                self.assertEqual(stored(), before)
-                ok(controller.port, *backup)
-                self.assertEqual(file.read_bytes(), first)
-                self.assertEqual(os.listdir(file.parent), [file.name])
-                # Every setting is in it as it was sent, those that the security mode hides included.
-                names = {re.sub(r"\[\d+\]", "[]", path).removesuffix("[]") for path in flatten(json.loads(first)["wtp_cfg"])}
-                rows = {path.removeprefix("wtp_cfg.").removesuffix("[]") for path in
-                        settings.TABLE[kind].keys() - NOT_IN_RECORDS[kind] - {"wtp_cfg.password"}}
-                self.assertEqual(names, rows)
+            for document in (made, json.loads(Path(f"{sys.argv[3]}/examples/{example}.json").read_text())):
+                with self.subTest(kind=kind), Controller() as controller, tempfile.TemporaryDirectory() as folder:
+                    self.check(controller, Path(folder, mac.replace(":", "-") + ".json"), kind, mac, document)
+
+    def check(self, controller, file, kind, mac, document):
+        def stored():
+            return controller.record(mac)["wtp_cfg"]
+        backup = ("--format", "cfg", "--mac", mac, "--directory", str(file.parent))
+        controller.configure(mac, kind, document)
+        before = stored()
+        ok(controller.port, *backup)
+        first = file.read_bytes()
+        controller.ok("rst", "--mac", mac, "--factory")
+        self.assertNotEqual(stored(), before)
+        controller.ok("cfg", "--mac", mac, "--type", str(settings.AP - kind), "--file", str(file))
+        self.assertEqual(stored() | {"password_md5": None}, before | {"password_md5": None})
+        ok(controller.port, *backup)
+        self.assertEqual(file.read_bytes(), first)
+        self.assertEqual(os.listdir(file.parent), [file.name])
+        # Every setting is in it as it was sent, those that the security mode hides included.
+        ids = {row.id for row in settings.TABLE[kind].values() if row.path not in NOT_IN_RECORDS}
+        sent, kept = ({item for item in settings.split(settings.Walk(kind).walk(one)) if item[0] in ids}
+                      for one in (document, json.loads(first)))
+        self.assertEqual((sent - kept, ids - {number for number, *_ in kept}), (set(), set()))
+        password = document["wtp_cfg"].get("password")
+        if kind == settings.AP and password is not None:
+            self.assertEqual(before["password_md5"], hashlib.md5(password.encode() + b"\n").hexdigest())
 
     def test_documents_of_any_record_can_be_sent(self):
         left = sent = 0
@@ -266,7 +275,7 @@ class Configurations(unittest.TestCase):
                 self.assertEqual((done.returncode, done.stderr), (0, b""))
                 made = json.loads(text)
                 for row in settings.TABLE[kind].values():
-                    if row.path in NOT_IN_RECORDS[kind] or row.form in ("digest", "ipset"):
+                    if row.path in NOT_IN_RECORDS or row.form in ("digest", "ipset"):
                         continue
                     for value, path in held(cfg, row.path):
                         expected = as_setting(row, value, kind)

@@ -110,14 +110,6 @@ class Files(Case):
                 threading.Thread(target=pipe.write_text, args=(content,)).start()
                 self.assertEqual(self.configure(str(pipe)), sent)
 
-    def test_long_paths_are_skipped(self):
-        long = "n" * 248
-        document = f'{{"wtp_cfg":{{"{long}":1,"{long}":[1,{{"x":[2]}}],"name":"AP1"}}}}'
-        self.assertEqual(self.configure("f", document.encode()), self.NAME)
-        # An object without members ends the walk all the same.
-        outcome = run(["cfg", "--mac", MAC, "--file", "f"], files={"f": f'{{"wtp_cfg":{{"{long}":{{}}}}}}'.encode()})
-        self.expect(outcome, status=1)
-
     def test_the_shell_length_is_the_low_16_bits_of_the_whole(self):
         request = bytes.fromhex("12 000E 0001") + MAC_BYTES + bytes(5) + b"\xff\xff" + b"c" * 65535
         self.expect(run(["sh", "--mac", MAC, "--cmd", "c" * 65535], [(">", request), ("<", b"\6")]), status=0,
