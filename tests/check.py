@@ -204,7 +204,7 @@ class Schemas(unittest.TestCase):
                 if row.is_number:
                     bad = [low - 1, high + 1, str(low), low + 0.5]
                 else:
-                    bad = [1] + ["z" * (row.low - 1)] * (row.low > 0) + ["z" * ((row.high or 0) + 1)] * (row.high is not None)
+                    bad = [1, *("z" * length for length in (row.low - 1, (row.high or -2) + 1) if length >= 0)]
                 for value, good in (*((value, True) for value in (low, high)),
                                     *((value, False) for value in (*bad, True, None, {"comment": 1}))):
                     self.assertEqual(self.valid[kind](settings.document((row.path, value))), good, (row.path, value))
