@@ -52,7 +52,7 @@ static bool met()
     return true;
 }
 
-// What comes before main and after it is not zov's, such as coverage figures that are written at the end.
+// What comes before main and after it is not zov's, such as coverage figures that are written.
 static bool in_main;
 [[maybe_unused]] static const int at_end = (in_main = true, atexit([] { in_main = false; }));
 
