@@ -178,6 +178,10 @@ class Case(unittest.TestCase):
     """A test case that compares outcomes."""
     maxDiff = None
 
+    def needs_memory(self):
+        if b"__asan_init" in Path(program()).read_bytes():
+            self.skipTest("the address sanitizer takes address space")
+
     def expect(self, outcome, out=b"", err=b"", status=None):
         """Everything of an outcome; the status is 0 when nothing was complained of, unless it is told."""
         status = (1 if err else 0) if status is None else status
