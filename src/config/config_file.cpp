@@ -15,12 +15,21 @@ static int read_failed(const char *name, const ConfigMessages &messages)
     return messages.report("ERROR: read %s failed.\n", name);
 }
 
+// Room for size bytes at the end of the text; or null, with the message printed.
+static uint8_t *room_for(size_t size, Bytes &text, const ConfigMessages &messages)
+{
+    uint8_t *place = text.place(size);
+    if (place == nullptr)
+        messages.report("ERROR: Out of memory.\n");
+    return place;
+}
+
 static int read_sized(FILE *file, const char *name, size_t size, Bytes &text,
                       const ConfigMessages &messages)
 {
-    uint8_t *place = text.place(size + 1); // the parser looks behind the end
+    uint8_t *place = room_for(size + 1, text, messages); // the parser looks behind the end
     if (place == nullptr)
-        return messages.report("ERROR: Out of memory.\n");
+        return 1;
     if (fread(place, 1, size, file) != size)
         return read_failed(name, messages);
     text.advance(size);
@@ -31,9 +40,9 @@ static int read_sized(FILE *file, const char *name, size_t size, Bytes &text,
 static int read_stream(FILE *file, const char *name, Bytes &text, const ConfigMessages &messages)
 {
     while (feof(file) == 0 && ferror(file) == 0) {
-        uint8_t *place = text.place(STREAM_PIECE);
+        uint8_t *place = room_for(STREAM_PIECE, text, messages);
         if (place == nullptr)
-            return messages.report("ERROR: Out of memory.\n");
+            return 1;
         text.advance(fread(place, 1, STREAM_PIECE - 1, file));
     }
     return ferror(file) == 0 ? 0 : read_failed(name, messages);
