@@ -4,7 +4,10 @@
 kill sees a fake ps that stands first in PATH, exit a pid file that names a child.
 """
 import fcntl
+import glob
 import os
+import resource
+import shutil
 import signal
 import subprocess
 import tempfile
@@ -86,20 +89,32 @@ class ProcessControl(Case):
             self.assertEqual(self.victim.wait(10), -signal.SIGKILL)
             self.start_victim()
 
-    def test_kill_with_a_list_that_cannot_be_written(self):
+    def test_kill_where_a_folder_has_the_name(self):
         read_end, write_end = os.pipe()
+        self.addCleanup(os.close, read_end)
 
         def occupy():
-            os.mkdir(f"/tmp/zov.ps.{os.getpid()}")
-            os.write(write_end, str(os.getpid()).encode())
+            made = f"/tmp/zov.ps.{os.getpid()}"
+            os.makedirs(f"{made}/not-empty")
+            os.write(write_end, made.encode())
+            if os.geteuid() == 0:
+                os.chown(made, 65534, 65534)
         self.list_processes(f" {self.victim.pid} ? S 0:00 /usr/sbin/ac -d")
         outcome = self.zov("kill", prepare=occupy)
-        made = f"/tmp/zov.ps.{os.read(read_end, 20).decode()}"
-        os.rmdir(made)
-        os.close(read_end)
         os.close(write_end)
-        self.assertEqual((outcome.status, outcome.out, outcome.err),
-                         (1, b"", f"ERROR: execute 'ps x > {made}' error=512\n".encode()))
+        made = os.read(read_end, 40).decode()
+        moved = glob.glob(f"{made}*")
+        for folder in moved:
+            shutil.rmtree(folder)
+        self.expect(outcome)
+        self.assertEqual((len(moved), made in moved), (1, False))
+        self.assertEqual(self.victim.wait(10), -signal.SIGKILL)
+
+    def test_kill_with_a_list_that_cannot_be_written(self):
+        self.list_processes(f" {self.victim.pid} ? S 0:00 /usr/sbin/ac -d")
+        outcome = self.zov("kill", prepare=lambda: resource.setrlimit(resource.RLIMIT_NOFILE, (4, 4)))
+        self.assertEqual((outcome.status, outcome.out), (1, b""))
+        self.assertRegex(outcome.err, rb"^ERROR: execute 'ps x > /tmp/zov\.ps\.\d+' error=512\n$")
         self.assertIsNone(self.victim.poll())
 
     def test_kill_with_sigchld_ignored(self):

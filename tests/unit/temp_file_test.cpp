@@ -46,6 +46,18 @@ protected:
         fs::remove_all(folder_);
     }
 
+    // Removes what was moved aside from a name; how much that was.
+    static unsigned remove_moved(const std::string &name)
+    {
+        unsigned count = 0;
+        for (const fs::directory_entry &one : fs::directory_iterator("/tmp"))
+            if (one.path().string().starts_with(name + ".")) {
+                fs::remove_all(one.path());
+                count++;
+            }
+        return count;
+    }
+
     std::string folder_, victim_, names_[2];
 };
 
@@ -66,10 +78,24 @@ TEST_F(TempFiles, DigestsWhateverHasTheNames)
             EXPECT_EQ(digest_of(password), digest);
             fs::create_symlink(victim_, name);
             EXPECT_EQ(digest_of(password), digest);
-            fs::create_directory(name);
-            EXPECT_EQ(digest_of(password), "ERROR: create '" + name + "' failed.\n");
-            EXPECT_TRUE(fs::remove(name)); // it is not ours
+            fs::create_directories(name + "/not-empty"); // of another user, to be in the way
+            EXPECT_EQ(digest_of(password), digest);
+            EXPECT_EQ(remove_moved(name), 1u);
         }
+}
+
+TEST_F(TempFiles, FoldersThatCannotBeMoved)
+{
+    if (geteuid() != 0)
+        GTEST_SKIP() << "only root can play another user";
+    for (const std::string &name : names_) {
+        fs::create_directory(name);
+        EXPECT_EQ(seteuid(65534), 0); // /tmp lets nobody else move it
+        EXPECT_EQ(digest_of("secret"), "ERROR: create '" + name + "' failed.\n");
+        EXPECT_EQ(seteuid(0), 0);
+        EXPECT_TRUE(fs::remove(name));
+        EXPECT_EQ(remove_moved(name), 0u);
+    }
 }
 
 TEST_F(TempFiles, FailingMd5sum)
