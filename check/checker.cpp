@@ -35,6 +35,8 @@ void Checker::Walk::take_message(void *walk, const char *format, va_list argumen
 {
     auto &self = *static_cast<Walk *>(walk);
     self.refused = true;
+    if (self.faults.is_full())
+        return self.faults.add(self.at, {});
     char *text = nullptr;
     if (vasprintf(&text, format, arguments) < 0)
         throw std::bad_alloc();
@@ -145,7 +147,9 @@ bool Checker::check(const char *name)
     }
     const std::string_view text(reinterpret_cast<const char *>(bytes.data()), bytes.size());
     if (root != nullptr) {
+        faults.begin_walk();
         check_members(known_, *root, faults);
+        faults.begin_walk();
         JsonIterStack stack;
         json_walk(stack, *root, {Walk::take_value, &walk, Walk::take_refusal});
     }

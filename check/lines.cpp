@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <vector>
 
 // The position behind the string whose first quotation mark is at `at`.
 static size_t behind_string(std::string_view text, size_t at)
@@ -47,13 +48,15 @@ static std::vector<unsigned> lines_of_values(std::string_view text)
     return lines;
 }
 
-Lines::Lines(std::string_view text, const json_value &root) : lines_(lines_of_values(text))
+void find_places(std::string_view text, const json_value &root, ValuePlaces &places)
 {
+    const std::vector<unsigned> lines = lines_of_values(text);
     std::vector<const json_value *> waiting = {&root};
     for (size_t n = 0; !waiting.empty(); n++) {
         const json_value &value = *waiting.back();
         waiting.pop_back();
-        positions_[&value] = n;
+        if (const auto wanted = places.find(&value); wanted != places.end())
+            wanted->second = {n, n < lines.size() ? lines[n] : 0};
         if (value.type == json_object)
             for (unsigned i = value.u.object.length; i > 0; i--)
                 waiting.push_back(value.u.object.values[i - 1].value);
@@ -61,6 +64,4 @@ Lines::Lines(std::string_view text, const json_value &root) : lines_(lines_of_va
             for (unsigned i = value.u.array.length; i > 0; i--)
                 waiting.push_back(value.u.array.values[i - 1]);
     }
-    lines_.resize(
-        positions_.size()); // line 0, should the parser ever see values where this does not
 }

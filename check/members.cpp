@@ -3,7 +3,8 @@
 
 #include "spelling.h"
 
-#include <unordered_set>
+#include <algorithm>
+#include <numeric>
 
 namespace {
 
@@ -20,18 +21,34 @@ std::string_view name_of(const json_object_entry &member)
     return {member.name, member.name_length};
 }
 
+// For each member of an object, whether one before it has the same name.
+std::vector<bool> find_repeated(const json_value &object)
+{
+    const json_object_entry *members = object.u.object.values;
+    std::vector<unsigned> order(object.u.object.length);
+    std::iota(order.begin(), order.end(), 0);
+    std::stable_sort(order.begin(), order.end(), [=](unsigned one, unsigned other) {
+        return name_of(members[one]) < name_of(members[other]);
+    });
+    std::vector<bool> repeated(order.size());
+    for (size_t i = 1; i < order.size(); i++)
+        repeated[order[i]] = name_of(members[order[i]]) == name_of(members[order[i - 1]]);
+    return repeated;
+}
+
 class MemberCheck {
 public:
     MemberCheck(const KnownMembers &known, Faults &faults) : known_(known), faults_(faults) {}
 
     void object(const SettingNode &node, const json_value &value)
     {
-        std::unordered_set<std::string_view> seen;
-        for (const json_object_entry &member : value.u.object) {
+        const std::vector<bool> repeated = find_repeated(value);
+        for (unsigned i = 0; i < value.u.object.length; i++) {
+            const json_object_entry &member = value.u.object.values[i];
             const std::string_view name = name_of(member);
             if (name == COMMENT)
                 continue;
-            if (!seen.insert(name).second)
+            if (repeated[i])
                 fault(*member.value, "Member " + quoted(name) + " is given twice" + within(node));
             if (const SettingNode *known = node.find(name))
                 one_member(*known, *member.value);
@@ -77,6 +94,8 @@ private:
 
     void unknown(const SettingNode &node, const json_object_entry &member)
     {
+        if (faults_.is_full())
+            return faults_.add(member.value, {});
         const std::string_view name = name_of(member);
         std::string hint;
         if (const char *place = place_in_other_kind(node, name)) {

@@ -11,7 +11,12 @@
 #include <getopt.h>
 #include <new>
 
-enum : int { OPT_HELP = 'h', OPT_VERSION = 'v', OPT_FIRST = 256 }; // those of the table from here
+enum : int {
+    OPERAND = 1,
+    OPT_HELP = 'h',
+    OPT_VERSION = 'v',
+    OPT_FIRST = 256
+}; // those of the table from here
 
 static constexpr OptionText VERSION = {"version", nullptr, "print the version"};
 static constexpr OptionText HELP = {"help", nullptr, "print this text"};
@@ -89,10 +94,14 @@ bool read_command_line(int argc, char **argv, const ProgramText &program,
                                {"version", no_argument, nullptr, OPT_VERSION},
                                {nullptr, 0, nullptr, 0}});
     opterr = 0;
-    for (;;) {
-        const int code = getopt_long(argc, argv, ":h", known.data(), nullptr);
+    for (;;) { // the "-" hands over operands as well, whatever POSIXLY_CORRECT says
+        const int code = getopt_long(argc, argv, "-:h", known.data(), nullptr);
         if (code == -1)
             break;
+        if (code == OPERAND) {
+            operands.push_back(optarg);
+            continue;
+        }
         if (code == OPT_HELP || code == OPT_VERSION) {
             code == OPT_HELP ? print_help(program, options) : print_version(program);
             return false;
@@ -104,7 +113,7 @@ bool read_command_line(int argc, char **argv, const ProgramText &program,
             throw UsageError(std::string("--") + options[row].word + ": bad argument '" + optarg +
                              "'" + expectation(options[row]));
     }
-    operands.assign(argv + optind, argv + argc);
+    operands.insert(operands.end(), argv + optind, argv + argc);
     return true;
 }
 

@@ -5,12 +5,13 @@
 
 #include <cstdio>
 
-// What moves the cursor, changes the terminal or the direction of writing.
+// What moves the cursor, changes the terminal or the direction of writing, or is not seen at all.
 static bool is_unsafe(const Utf8Character &character)
 {
     const char32_t code = character.code;
-    return character.is_control() || (code >= 0x200E && code <= 0x200F) ||
-           (code >= 0x2028 && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
+    return character.is_control() || code == 0x061C || (code >= 0x200B && code <= 0x200F) ||
+           (code >= 0x2028 && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069) ||
+           code == 0xFEFF;
 }
 
 // The text with each character as `shown` wants it, which is given the character and its bytes. Bad

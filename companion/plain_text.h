@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-// The text with a question mark for each control character, the bidirectional ones included, and
-// for each byte that is no UTF-8.
+// The text with a question mark for each control character, the bidirectional ones included, for
+// each character without width (U+200B to U+200D, U+FEFF) and for each byte that is no UTF-8.
 std::string plain_text(std::string_view text);
 
 // The text as a JSON string, quotes included: what plain_text() replaces is escaped (\u001b), and

@@ -2,6 +2,8 @@
 """zov-check on files, good and bad, and the schemas of such files: check.py ZOV_CHECK SOURCE_FOLDER GENERATED"""
 import hashlib
 import json
+import os
+import resource
 import subprocess
 import sys
 import tempfile
@@ -67,6 +69,8 @@ FILES = [
     # Nothing that a terminal would obey.
     ('{"wtp_cfg":{"\\u001b]0;x\\u0007":1,"dns1":"\\u009b1m\x7f\\u202e\xe2\x82"}}', 0,
      ["1 Unknown member '?]0;x?' in 'wtp_cfg'.", "1 *Invalid config value '?1m????' for 'wtp_cfg.dns1'."]),
+    ('{"wtp_cfg":{"\\u061c\\u200a\\u200b\\u200c\\u200d\\u200e\\ufeff":1}}', 0,
+     ["1 Unknown member '?\u200a?????' in 'wtp_cfg'."]),
     ('{"wtp_cfg":{"name":"x"\n,,}', 0, ["2 *Invalid config file FILE. Unexpected `,` in object."]),
     ('{"a":1,\n"b', 0, ["2 *Invalid config file FILE. Unexpected EOF in string."]),
     (DEEP, 0, ["1 *json iter stack is full.", "1 Unknown member 'nam' in 'wtp_cfg', did you mean 'name'?"]),
@@ -131,6 +135,27 @@ class Check(unittest.TestCase):
                     self.assertEqual(out, "")
                 self.assertEqual(check("--type", str(kind), self.file), (status, "", err))
 
+    def test_very_many_messages(self):
+        # On each line but the first a value is out of range and its member given twice.
+        text = '{"wtp_cfg":{' + ",\n".join(['"bandsteer":2'] * 1500) + "}}"
+        Path(self.file).write_text(text)
+        status, _, err = check(self.file)
+        *lines, last = err.splitlines()
+        self.assertEqual((status, last), (1, f"{self.file}: and 1999 more"))
+        self.assertEqual([int(line.removeprefix(self.file).split(":")[1]) for line in lines],
+                         [n // 2 + 1 for n in range(1, 1001)])
+        slow = b"__asan_init" in Path(ZOV_CHECK).read_bytes()
+        size = 10**5 if slow else 10**6
+        for text, limit in (('{"wtp_cfg":{"radio":[' + ",".join("0" * size) + "]}}", 128 << 10),
+                            ('{"wtp_cfg":{' + ",".join(f'"nam{n}":0' for n in range(size)) + "}}", 256 << 10)):
+            Path(self.file).write_text(text)
+            before = resource.getrusage(resource.RUSAGE_CHILDREN).ru_utime
+            status, _, err = check(self.file)
+            self.assertEqual((status, err.count("\n")), (1, 1001))
+            used = resource.getrusage(resource.RUSAGE_CHILDREN)
+            self.assertLess(used.ru_utime - before, 5)
+            self.assertTrue(slow or used.ru_maxrss < limit, used.ru_maxrss)
+
     def test_items_of_every_setting_at_its_bounds(self):
         for kind, rows in TABLE.items():
             for which in (0, 1):
@@ -182,6 +207,9 @@ class Check(unittest.TestCase):
         for words, message in (([], "no file to check, see --help"), (["--type", "2", "f"], "--type: bad argument '2', "
                                "expected one of: 0 1"), (["--itms"], "unknown option '--itms', see --help")):
             self.assertEqual(check(*words), (2, "", f"zov-check: {message}\n"))
+        Path(self.file).write_text('{"wtp_cfg":{"power_budget":1}}')
+        self.assertEqual(check(self.file, "--type", "1", env={**os.environ, "POSIXLY_CORRECT": "1"}), (0, "", ""))
+        self.assertEqual(check("--type", "1", "--", self.file), (0, "", ""))
         status, out, err = check("--help")
         self.assertEqual((status, err), (0, ""))
         self.assertRegex(out, r"^usage: zov-check \[OPTION\]\.\.\. FILE\.\.\.\n(.*\n)+  --type TYPE .*(\n.*)+--timeout SEC")
