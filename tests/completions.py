@@ -177,6 +177,12 @@ class Completions(unittest.TestCase):
                 shown = ask(filled(line))[1]
                 for text in texts:
                     self.assertIn(text, shown)
+            if shell is bash:  # it would offer these unquoted behind a comma, and run what they hold
+                odd = ["x`id`.json", "x$HOME.json"]
+                for name in odd:
+                    folder.joinpath(name).touch()
+                for line, expected in (("x", odd), ("office.json,x", []), ("x\\`id\\`.json,o", [])):
+                    self.assertEqual(set(ask(f"zov cfg --file {line}")[0]), set(expected), line)
 
     def test_bash(self):
         self.check(bash)

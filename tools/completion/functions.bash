@@ -74,6 +74,11 @@ _PROGRAM_argument()
         fi
         [[ $kind == file_list && -d $found ]] && found+=/
         found=$before$found
+        # Bash does not quote these two in what is not the name of a file, such as a list of names.
+        if [[ $kind == file_list && $found == *,* && $found == *[\`$]* ]]; then
+            unset "COMPREPLY[i]"
+            continue
+        fi
         COMPREPLY[i]=${found:${#text}}
     done
 }
