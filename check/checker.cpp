@@ -161,7 +161,7 @@ bool Checker::check(const char *name)
 
 void Checker::print_items(const char *name) const
 {
-    OutputFile out(nullptr);
+    OutputFile out("-", 0);
     if (name != nullptr)
         out.put(plain_text(name) + ":\n");
     out.put(items_text(buffer_, items_));

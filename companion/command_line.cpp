@@ -31,7 +31,7 @@ static std::string left_column(const OptionText &row)
 
 static void print_help(const ProgramText &program, std::span<const OptionText> options)
 {
-    OutputFile out(nullptr);
+    OutputFile out("-", 0);
     out.put("usage: ");
     out.put(program.name);
     out.put(" [OPTION]...");
@@ -59,7 +59,7 @@ static void print_help(const ProgramText &program, std::span<const OptionText> o
 
 static void print_version(const ProgramText &program)
 {
-    OutputFile out(nullptr);
+    OutputFile out("-", 0);
     out.put(std::string(program.name) + " " ZOV_VERSION "\n");
     out.finish();
 }

@@ -5,74 +5,108 @@
 
 #include <cerrno>
 #include <climits>
-#include <cstdio>
-#include <cstdlib>
 #include <fcntl.h>
-#include <memory>
 #include <poll.h>
-#include <sys/stat.h>
 #include <unistd.h>
-#include <utility>
 
 enum : size_t { BUFFER_MAX = 65536 };
-enum : mode_t { MODE_NEW = 0666 };
 
-// The path behind its links; the path itself when there is nothing yet.
-static std::string resolve(const char *path)
+static std::string path_of(const Descriptor &file)
 {
-    const std::unique_ptr<char, decltype(&free)> real(realpath(path, nullptr), free);
-    return real != nullptr ? real.get() : path;
+    return "/proc/self/fd/" + std::to_string(file.get());
 }
 
-OutputFile::OutputFile(const char *path) : name_(path != nullptr ? path : "standard output")
+// A short one, since the file's own may have the longest length.
+static std::string temporary_name()
+{
+    return ".zov." + random_name();
+}
+
+OutputFile::OutputFile(const char *path, mode_t mode)
+    : name_(path == nullptr || std::string_view(path) == "-" ? "standard output" : path),
+      fd_(inherited_descriptor(path != nullptr ? path : "-"))
 {
     buffer_.reserve(BUFFER_MAX);
-    if (path == nullptr)
-        return;
-    struct stat there;
-    if (stat(path, &there) == 0 && !S_ISREG(there.st_mode)) {
-        fd_ = open(path, O_WRONLY | O_CLOEXEC);
-        if (fd_ < 0)
-            fail("open", errno);
+    if (fd_ < 0)
+        open(AT_FDCWD, path, mode);
+}
+
+OutputFile::OutputFile(const Descriptor &directory, const std::string &name,
+                       const std::string &path, mode_t mode)
+    : name_(path + "/" + name), fd_(-1)
+{
+    buffer_.reserve(BUFFER_MAX);
+    open(directory.get(), name.c_str(), mode);
+}
+
+void OutputFile::open(int at, const char *path, mode_t mode)
+{
+    const Descriptor found(openat(at, path, O_PATH | O_CLOEXEC));
+    struct stat state = {};
+    if (found ? fstat(found.get(), &state) != 0 : errno != ENOENT)
+        fail("open", errno);
+    if (found && !S_ISREG(state.st_mode)) {
+        own_ = open_found(found, 0, name_);
+        fd_ = own_.get();
         return;
     }
-    open_beside(resolve(path));
+    if (found) {
+        char real[PATH_MAX];
+        const ssize_t length = readlink(path_of(found).c_str(), real, sizeof real);
+        if (length < 0)
+            fail("open", errno);
+        find_directory(at, {real, static_cast<size_t>(length)});
+        check_unmoved(state);
+    } else {
+        find_directory(at, path);
+    }
+    create(mode);
+    if (found && state.st_uid == geteuid())
+        fchmod(fd_, state.st_mode & 0777);
+}
+
+void OutputFile::find_directory(int at, const std::string &path)
+{
+    const size_t slash = path.rfind('/');
+    const std::string directory = slash == std::string::npos ? "."
+                                  : slash == 0               ? "/"
+                                                             : path.substr(0, slash);
+    target_ = path.substr(slash + 1);
+    directory_ = Descriptor(openat(at, directory.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    if (!directory_)
+        fail("create", errno);
+}
+
+// The file that was found is the one that will be replaced, whoever moves directories meanwhile.
+void OutputFile::check_unmoved(const struct stat &found) const
+{
+    struct stat now = {};
+    if (fstatat(directory_.get(), target_.c_str(), &now, AT_SYMLINK_NOFOLLOW) != 0 ||
+        now.st_dev != found.st_dev || now.st_ino != found.st_ino)
+        throw Failure("cannot open " + name_ + ": it was moved meanwhile");
 }
 
 // A file without a name leaves nothing behind, whatever ends the program; where the file system
 // has none, a temporary name is the best there is.
-void OutputFile::open_beside(const std::string &path)
+void OutputFile::create(mode_t mode)
 {
-    target_ = path;
-    const size_t slash = path.rfind('/');
-    const std::string folder = slash == std::string::npos ? "."
-                               : slash == 0               ? "/"
-                                                          : path.substr(0, slash);
-    fd_ = open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, MODE_NEW);
-    if (fd_ < 0 && (errno == EOPNOTSUPP || errno == EISDIR)) {
-        beside_ = path + ".XXXXXX";
-        fd_ = mkostemp(beside_.data(), O_CLOEXEC);
-        if (fd_ < 0)
-            beside_.clear();
+    own_ = Descriptor(openat(directory_.get(), ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, mode));
+    if (!own_ && (errno == EOPNOTSUPP || errno == EISDIR)) {
+        temporary_ = temporary_name();
+        own_ = Descriptor(openat(directory_.get(), temporary_.c_str(),
+                                 O_CREAT | O_EXCL | O_NOFOLLOW | O_WRONLY | O_CLOEXEC, mode));
+        if (!own_)
+            temporary_.clear();
     }
-    if (fd_ < 0)
+    if (!own_)
         fail("create", errno);
-    struct stat there;
-    if (stat(path.c_str(), &there) == 0) {
-        fchmod(fd_, there.st_mode & 07777);
-    } else if (!beside_.empty()) {
-        const mode_t mask = umask(0);
-        umask(mask);
-        fchmod(fd_, MODE_NEW & ~mask);
-    }
+    fd_ = own_.get();
 }
 
 OutputFile::~OutputFile()
 {
-    if (!beside_.empty())
-        unlink(beside_.c_str());
-    if (fd_ > 1)
-        close(fd_);
+    if (!temporary_.empty())
+        unlinkat(directory_.get(), temporary_.c_str(), 0);
 }
 
 void OutputFile::put(std::string_view bytes)
@@ -107,10 +141,10 @@ void OutputFile::finish()
 {
     write_all(buffer_);
     buffer_.clear();
-    if (!target_.empty())
+    if (directory_)
         take_name();
-    if (fd_ > 1 && close(std::exchange(fd_, -1)) != 0)
-        fail("write", errno);
+    if (const int error = own_.close(); error != 0)
+        fail("write", error);
 }
 
 // The new contents are on the disk before they get the name. A link cannot replace a file, so one
@@ -119,20 +153,16 @@ void OutputFile::take_name()
 {
     if (fsync(fd_) != 0)
         fail("write", errno);
-    if (beside_.empty()) {
-        const std::string open_file = "/proc/self/fd/" + std::to_string(fd_);
-        beside_ = target_ + "." + std::to_string(getpid()) + ".new";
-        unlink(beside_.c_str()); // of a process that is gone
-        if (linkat(AT_FDCWD, open_file.c_str(), AT_FDCWD, beside_.c_str(), AT_SYMLINK_FOLLOW) !=
-            0) {
-            const int error = errno;
-            beside_.clear();
-            fail("create", error);
-        }
+    if (temporary_.empty()) {
+        const std::string name = temporary_name();
+        if (linkat(AT_FDCWD, path_of(own_).c_str(), directory_.get(), name.c_str(),
+                   AT_SYMLINK_FOLLOW) != 0)
+            fail("create", errno);
+        temporary_ = name;
     }
-    if (rename(beside_.c_str(), target_.c_str()) != 0)
+    if (renameat(directory_.get(), temporary_.c_str(), directory_.get(), target_.c_str()) != 0)
         fail("replace", errno);
-    beside_.clear();
+    temporary_.clear();
 }
 
 void OutputFile::fail(const char *what, int error) const

@@ -5,9 +5,7 @@
 #include "output_file.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
-#include <sys/stat.h>
 
 namespace {
 
@@ -75,15 +73,14 @@ static std::string file_name(const Mac &mac)
     return name + ".json";
 }
 
-static void write_files(Devices &devices, const std::string &directory, Documents &documents)
+static void write_files(Devices &devices, const std::string &path, Documents &documents)
 {
-    if (mkdir(directory.c_str(), 0777) != 0 && errno != EEXIST)
-        throw Failure(with_reason("cannot create " + directory, errno));
+    const Descriptor directory = open_directory(path);
     devices.for_each([&](const WtpRecord &wtp) {
         const std::string document = documents.make(wtp);
         if (document.empty())
             return;
-        OutputFile file((directory + "/" + file_name(wtp.mac)).c_str());
+        OutputFile file(directory, file_name(wtp.mac), path, MODE_SECRET);
         file.put(document);
         file.finish();
     });
@@ -95,7 +92,7 @@ static void write_cfg(Devices &devices, const ExportSettings &settings)
     Documents documents;
     if (settings.directory != nullptr)
         return write_files(devices, settings.directory, documents);
-    OutputFile file(settings.output);
+    OutputFile file(settings.output, MODE_SECRET);
     devices.for_each([&](const WtpRecord &wtp) { file.put(documents.make(wtp)); });
     documents.finish();
     file.finish();

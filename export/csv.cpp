@@ -152,7 +152,7 @@ constexpr const char *DEFAULT_COLUMNS =
 
 static void write_csv(Devices &devices, const ExportSettings &settings)
 {
-    OutputFile file(settings.output);
+    OutputFile file(settings.output, MODE_PUBLIC);
     const std::string_view columns =
         settings.columns != nullptr ? settings.columns : DEFAULT_COLUMNS;
     file.put(columns);

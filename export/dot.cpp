@@ -88,7 +88,7 @@ static void write_dot(Devices &devices, const ExportSettings &settings)
 {
     Topology topology;
     devices.for_each([&](const WtpRecord &wtp) { topology.add(wtp); });
-    OutputFile file(settings.output);
+    OutputFile file(settings.output, MODE_PUBLIC);
     file.put("graph topology {\n"
              "  graph [rankdir=LR, ranksep=1.5, nodesep=0.15, fontname=\"sans-serif\"];\n"
              "  node [fontname=\"sans-serif\", fontsize=10, margin=\"0.1,0.05\"];\n"

@@ -4,6 +4,11 @@
 
 #include "devices.h"
 
+#include <sys/stat.h>
+
+// The modes of new files: configurations hold secrets.
+enum : mode_t { MODE_SECRET = 0600, MODE_PUBLIC = 0666 };
+
 struct Format {
     const char *name; // one of EXPORT_FORMATS
     uint32_t filter;  // what it needs of the devices

@@ -11,7 +11,7 @@ static void print_device(ValidJsonWriter &json, const WtpRecord &wtp)
 
 static void write_document(Devices &devices, const ExportSettings &settings)
 {
-    OutputFile file(settings.output);
+    OutputFile file(settings.output, MODE_SECRET);
     FileOutput out(file);
     ValidJsonWriter json(out);
     json.object();
@@ -26,7 +26,7 @@ static void write_document(Devices &devices, const ExportSettings &settings)
 
 static void write_lines(Devices &devices, const ExportSettings &settings)
 {
-    OutputFile file(settings.output);
+    OutputFile file(settings.output, MODE_SECRET);
     FileOutput out(file);
     devices.for_each([&](const WtpRecord &wtp) {
         ValidJsonWriter json(out);

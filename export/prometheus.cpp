@@ -218,7 +218,7 @@ static void write_prometheus(Devices &devices, const ExportSettings &settings)
 {
     Metrics metrics;
     devices.for_each([&](const WtpRecord &wtp) { metrics.take(wtp); });
-    OutputFile file(settings.output);
+    OutputFile file(settings.output, MODE_PUBLIC);
     metrics.write(file);
     file.finish();
 }

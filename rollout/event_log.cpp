@@ -5,26 +5,19 @@
 
 #include <cerrno>
 #include <ctime>
-#include <fcntl.h>
 #include <string_view>
 #include <unistd.h>
-
-enum : mode_t { MODE_NEW = 0666 };
 
 EventLog::EventLog(const char *path)
 {
     if (path == nullptr)
         return;
     path_ = path;
-    fd_ = open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, MODE_NEW);
-    if (fd_ < 0)
-        throw Failure(with_reason("cannot open " + path_, errno));
-}
-
-EventLog::~EventLog()
-{
+    fd_ = inherited_descriptor(path);
     if (fd_ >= 0)
-        close(fd_);
+        return;
+    own_ = open_log(path);
+    fd_ = own_.get();
 }
 
 void EventLog::add(const std::string &text) const

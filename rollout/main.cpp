@@ -115,8 +115,8 @@ static int run(int argc, char **argv)
     const RolloutSettings settings = read_settings(argc, argv, goes_on);
     if (!goes_on)
         return 0;
-    watch_for_stop();
     const EventLog log(settings.dry_run ? nullptr : settings.log);
+    watch_for_stop();
     Screen screen;
     Teller teller(log, screen);
     const RollLimits limits = {settings.batch, settings.max_failures,

@@ -56,7 +56,7 @@ static void print_table(const std::vector<Row> &rows, size_t number_column)
     for (const Row &row : rows)
         for (size_t i = 0; i < row.size(); i++)
             widths[i] = std::max(widths[i], width_of(row[i]));
-    OutputFile out(nullptr);
+    OutputFile out("-", 0);
     for (const Row &row : rows) {
         std::string line;
         for (size_t i = 0; i < row.size(); i++) {

@@ -119,9 +119,13 @@ class Simulated(unittest.TestCase):
             self.assertNotIn("upgrade", self.requests(controller))
             # One that ends in between: the batch does not.
             os.mkfifo(f"{folder}/pipe")
+            reader = os.open(f"{folder}/pipe", os.O_RDONLY | os.O_NONBLOCK)
+            os.set_blocking(reader, True)
             process = start(self.controller().port, "--mac", f"{AP1},{AP3}", "--batch", "1", "--log", f"{folder}/pipe")
-            with open(f"{folder}/pipe") as pipe:
-                self.assertIn("roll-out of 2 devices, 0 skipped", pipe.readline())
+            while b"\n" not in (line := os.read(reader, 999)):
+                time.sleep(0.01)
+            self.assertIn(b"roll-out of 2 devices, 0 skipped", line)
+            os.close(reader)
             out, err = (text.decode() for text in process.communicate(timeout=30))
             self.assertEqual((process.returncode, [row[3] for row in rows(out).values()]), (1, ["done", "not started"]))
             self.assertIn("Broken pipe; stopping after this batch", err)

@@ -1,0 +1,155 @@
+# SPDX-License-Identifier: MIT
+"""Another user of the host prepares files, links, pipes and directories where companion tools write:
+other_users.py ZOV AC_SIM SOURCE_FOLDER ZOV_EXPORT ZOV_ROLLOUT
+"""
+import os
+import stat
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+from harness import main
+from simulator import AP, Controller, end_with_test
+
+EXPORT, ROLLOUT = sys.argv[4:6]
+NOBODY = 65534  # plays the other user
+OTHERS, WRITABLE = "it belongs to another user", "others can write to it"
+UNREAD = "no process reads from it"
+
+
+@unittest.skipIf(os.geteuid() != 0, "only root can play another user")
+class Case(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory(prefix="zov-users.")
+        self.addCleanup(folder.cleanup)
+        self.folder = Path(folder.name)
+        self.folder.chmod(0o1777)
+        self.controller = Controller("--aps", "2", "--switches", "1", "--others", "0")
+        self.addCleanup(self.controller.__exit__)
+        self.addCleanup(os.umask, os.umask(0o022))
+
+    def path(self, make, name="f", owner=NOBODY):
+        """Something that `make` makes, and that belongs to the other user."""
+        path = self.folder / name
+        make(path)
+        os.chown(path, owner, owner, follow_symlinks=False)
+        return path
+
+    def file(self, mode, owner=NOBODY):
+        path = self.path(lambda path: path.write_text("old"), owner=owner)
+        path.chmod(mode)
+        return path
+
+    def run_tool(self, tool, *options, wrapper=(), out=subprocess.PIPE, **more):
+        words = [*wrapper, tool, "--acport", self.controller.port, *map(str, options)]
+        done = subprocess.run(words, stdout=out, stderr=subprocess.PIPE, timeout=60,
+                              preexec_fn=end_with_test, **more)
+        return done.returncode, done.stderr.decode()
+
+    def export(self, *options, form="csv", **more):
+        return self.run_tool(EXPORT, "--format", form, *options, **more)
+
+    def mode(self, path):
+        state = path.lstat()
+        return state.st_uid, oct(stat.S_IMODE(state.st_mode))
+
+
+class Outputs(Case):
+    def test_modes_of_others_are_not_taken_over(self):
+        new = [(form, None, "0o600") for form in ("json", "ndjson", "cfg")]
+        new += [(form, None, "0o644") for form in ("csv", "dot", "prometheus")]
+        for form, there, expected in (
+                ("csv", (0o6777, NOBODY), "0o644"), ("json", (0o666, NOBODY), "0o600"),
+                ("csv", (0o6750, 0), "0o750"), ("ndjson", (0o640, 0), "0o640"), *new):
+            with self.subTest(form=form, there=there):
+                path = self.file(*there) if there else self.folder / "f"
+                self.assertEqual(self.export("--output", path, form=form)[0], 0)
+                self.assertEqual(self.mode(path), (0, expected))
+                self.assertNotEqual(path.read_text(), "old")
+                path.unlink()
+        self.assertEqual(os.listdir(self.folder), [])
+
+    def test_links_that_the_kernel_does_not_follow(self):
+        victim = self.folder / "victim"
+        link = self.path(lambda path: path.symlink_to(victim), "zov.csv")
+        protected = Path("/proc/sys/fs/protected_symlinks").read_text().strip() == "1"
+        refusal = ["strace", "--quiet=all", "-o", "/dev/null", "-P", link, "-e", "inject=openat:error=EACCES"]
+        for wrapper in ([], refusal) if protected else (refusal,):
+            victim.write_text("kept")
+            status, err = self.export("--output", link, wrapper=wrapper,
+                                      env={**os.environ, "ASAN_OPTIONS": "detect_leaks=0"})
+            self.assertEqual((status, err),
+                             (1, f"zov-export: cannot open {link}: Permission denied\n"))
+            self.assertEqual((victim.read_text(), link.is_symlink()), ("kept", True))
+        os.chown(link, 0, 0, follow_symlinks=False)  # the caller's own is followed
+        self.assertEqual(self.export("--output", link), (0, ""))
+        self.assertEqual((victim.read_text()[:4], link.is_symlink()), ("mac,", True))
+
+    def test_pipes_and_descriptors(self):
+        pipe = self.path(os.mkfifo)
+        reader = os.open(pipe, os.O_RDONLY | os.O_NONBLOCK)
+        self.addCleanup(os.close, reader)
+        self.assertEqual(self.export("--output", pipe),
+                         (1, f"zov-export: cannot open {pipe}: {OTHERS}\n"))
+        self.assertEqual(os.read(reader, 99), b"")
+        os.chown(pipe, 0, 0)
+        self.assertEqual(self.export("--output", pipe), (0, ""))
+        self.assertEqual(os.read(reader, 4), b"mac,")
+        alone = self.path(os.mkfifo, "alone", owner=0)
+        self.assertEqual(self.export("--output", alone),
+                         (1, f"zov-export: cannot open {alone}: {UNREAD}\n"))
+        # Under sudo the terminal and the pipe are the login user's.
+        for name in ("-", "/dev/stdout", "/dev/fd/1", "/proc/self/fd/1"):
+            ours, theirs = os.pipe()
+            os.fchown(theirs, NOBODY, NOBODY)
+            with open(ours, "rb") as shown, open(theirs, "wb") as out:
+                done = self.export("--output", name, out=out, cwd=self.folder)
+                self.assertEqual(done, (0, ""), name)
+                out.close()
+                self.assertEqual(shown.read(4), b"mac,")
+        self.assertEqual(self.export("--output", "/dev/fd/77"),
+                         (1, "zov-export: cannot write /dev/fd/77: Bad file descriptor\n"))
+
+    def test_directories(self):
+        for mode, owner, group, why in (
+                (0o700, NOBODY, 0, OTHERS), (0o777, 0, 0, WRITABLE), (0o775, 0, NOBODY, WRITABLE),
+                (0o1777, 0, 0, ""), (0o1775, 0, NOBODY, ""), (0o775, 0, 0, ""),
+                (0o755, 0, NOBODY, ""), (None, 0, 0, "")):
+            with self.subTest(mode=mode, owner=owner, group=group):
+                directory = self.folder / "backup"
+                if mode is not None:
+                    directory.mkdir()
+                    directory.chmod(mode)
+                    os.chown(directory, owner, group)
+                status, err = self.export("--directory", directory, form="cfg")
+                files = list(directory.iterdir())
+                if why:
+                    expected = (1, f"zov-export: cannot use {directory}: {why}\n")
+                    self.assertEqual((status, err, files), (*expected, []))
+                else:
+                    self.assertEqual((status, len(files)), (0, 3), err)
+                    self.assertEqual(self.mode(directory), (0, oct(mode or 0o700)))
+                    self.assertEqual({self.mode(file) for file in files}, {(0, "0o600")})
+                for file in files:
+                    file.unlink()
+                directory.rmdir()
+
+
+class Logs(Case):
+    def test_logs(self):
+        def roll_out(log):
+            return self.run_tool(ROLLOUT, "--mac", AP, "--interval", "0.05", "--log", log)
+        for path, why in ((self.path(os.mkfifo, "theirs"), OTHERS), (self.file(0o666), OTHERS),
+                          (self.path(os.mkfifo, "alone", owner=0), UNREAD)):
+            self.assertEqual(roll_out(path), (1, f"zov-rollout: cannot open {path}: {why}\n"))
+            self.assertTrue(path.is_fifo() or path.read_text() == "old")
+        log = self.folder / "log"
+        self.assertEqual(roll_out(log)[0], 0)
+        self.assertEqual(self.mode(log), (0, "0o600"))
+        self.assertIn(" done, ", log.read_text())
+
+
+if __name__ == "__main__":
+    main()
