@@ -49,7 +49,7 @@ class Manual(Case):
             self.assertIn(f"\n.Os zov {version}\n", page)
         self.assertRegex(*texts("packaging/zov.rpmbuild"), rf"\nVersion: +{version}\n")
         self.assertRegex(*texts("debian/changelog"), rf"^zov \({version}\)")
-        self.assertRegex(*texts("CHANGELOG.md"), rf"\A# Changes\n\n## {version}\n")
+        self.assertRegex(*texts("CHANGELOG.md"), rf"\A# Changes\n\n(## Unreleased\n(.*\n)*?)?## {version}\n")
 
     def test_the_simulators_page_says_what_each_command_does(self):
         page = Path(SOURCE, "man/ac-sim.1").read_text().split(".Sh REQUESTS")[1].split(".Sh")[0]
