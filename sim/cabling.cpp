@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "cabling.h"
+#include "sim/cabling.h"
 
-#include "factory.h"
+#include "sim/factory.h"
 
 namespace {
 

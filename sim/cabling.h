@@ -2,7 +2,7 @@
 // What hangs on the ports of the simulated switches.
 #pragma once
 
-#include "fleet.h"
+#include "sim/fleet.h"
 
 // Each switch serves the access points of its floor and is joined to those of the floors above and
 // below. Those that are online see each other: as neighbours, in the state of their ports and in

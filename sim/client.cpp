@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "client.h"
+#include "sim/client.h"
 #include "proto/session.h"
 
 #include "proto/commands.h"
-#include "record_writer.h"
-#include "request.h"
+#include "sim/record_writer.h"
+#include "sim/request.h"
 
 #include <algorithm>
 #include <cerrno>

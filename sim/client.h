@@ -2,7 +2,7 @@
 // One client of the simulated controller, and the ways in which its connection can go wrong.
 #pragma once
 
-#include "controller.h"
+#include "sim/controller.h"
 
 #include <cstddef>
 #include <cstdint>

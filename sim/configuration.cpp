@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The controller's answers about management and configuration.
-#include "controller.h"
-#include "request.h"
-#include "setting.h"
+#include "sim/controller.h"
+#include "sim/request.h"
+#include "sim/setting.h"
 
 #include <algorithm>
 #include <set>

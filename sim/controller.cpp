@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "controller.h"
+#include "sim/controller.h"
 
-#include "factory.h"
 #include "proto/commands.h"
-#include "request.h"
-#include "shell.h"
-#include "upgrade.h"
+#include "sim/factory.h"
+#include "sim/request.h"
+#include "sim/shell.h"
+#include "sim/upgrade.h"
 
 #include <algorithm>
 #include <cerrno>

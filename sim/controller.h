@@ -2,10 +2,10 @@
 // The simulated controller: its state, and an answer to every command.
 #pragma once
 
-#include "fleet.h"
 #include "proto/result_code.h"
-#include "record_writer.h"
-#include "taker.h"
+#include "sim/fleet.h"
+#include "sim/record_writer.h"
+#include "sim/taker.h"
 #include "util/temp_file.h"
 
 #include <map>

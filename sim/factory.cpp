@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "factory.h"
+#include "sim/factory.h"
 
 #include <cstring>
 

@@ -2,7 +2,7 @@
 // What simulated devices are made of, and the configuration that they are delivered with.
 #pragma once
 
-#include "fleet.h"
+#include "sim/fleet.h"
 
 #include <cstdio>
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "fleet.h"
+#include "sim/fleet.h"
 
-#include "cabling.h"
-#include "factory.h"
+#include "sim/cabling.h"
+#include "sim/factory.h"
 
 #include <random>
 

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "device/wtp_record.h"
-#include "memory.h"
+#include "sim/memory.h"
 
 #include <chrono>
 #include <cstdint>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // ac-sim: a simulated controller, for trying zov and for testing scripts that use it.
-#include "options.h"
-#include "server.h"
+#include "sim/options.h"
+#include "sim/server.h"
 
 #include <arpa/inet.h>
 #include <cerrno>

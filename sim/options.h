@@ -2,9 +2,9 @@
 // The command line of the simulated controller.
 #pragma once
 
-#include "client.h"
-#include "command_line.h"
+#include "common/command_line.h"
 #include "proto/session.h"
+#include "sim/client.h"
 
 #include <arpa/inet.h>
 #include <cstdint>

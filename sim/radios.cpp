@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The controller's answers about radios and their stations.
-#include "controller.h"
+#include "sim/controller.h"
 
 #include <algorithm>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "request.h"
+#include "sim/request.h"
 
 #include <string>
 

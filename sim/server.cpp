@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "server.h"
+#include "sim/server.h"
 
-#include "request.h"
+#include "sim/request.h"
 
 #include <cerrno>
 #include <memory>

@@ -2,7 +2,7 @@
 // The loop that serves all clients.
 #pragma once
 
-#include "options.h"
+#include "sim/options.h"
 
 #include <csignal>
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "setting.h"
+#include "sim/setting.h"
 
 #include "device/cfg_layout.h"
-#include "factory.h"
+#include "sim/factory.h"
 #include "util/byte_order.h"
 
 #include <cstring>

@@ -4,7 +4,7 @@
 
 #include "config/config_keys.h"
 #include "device/wtp_record.h"
-#include "memory.h"
+#include "sim/memory.h"
 
 #include <string>
 #include <string_view>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "shell.h"
+#include "sim/shell.h"
 
 #include <algorithm>
 #include <ctime>

@@ -2,7 +2,7 @@
 // What simulated devices answer to shell commands. Nothing is run.
 #pragma once
 
-#include "fleet.h"
+#include "sim/fleet.h"
 
 #include <string>
 

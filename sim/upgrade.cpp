@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "upgrade.h"
+#include "sim/upgrade.h"
 
 #include "proto/result_code.h"
 

@@ -2,7 +2,7 @@
 // Firmware upgrades of simulated devices.
 #pragma once
 
-#include "fleet.h"
+#include "sim/fleet.h"
 
 // How many upgrades lead to the newest firmware: 0, 1 or 2.
 unsigned upgrade_steps(const Device &device);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "completion.h"
+#include "tools/completion.h"
 
 #include <iostream>
 

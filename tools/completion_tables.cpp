@@ -2,9 +2,9 @@
 // The programs' tables as completion sees them: the rows of zov's commands, and the options.h of
 // each other program.
 #include "cli/command_table.h"
-#include "completed_programs.h"
-#include "completion.h"
-#include "connection.h"
+#include "common/connection.h"
+#include "tools/completed_programs.h"
+#include "tools/completion.h"
 
 #include <algorithm>
 #include <array>

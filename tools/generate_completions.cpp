@@ -2,7 +2,7 @@
 // Writes a program's completion script to standard output.
 //
 // usage: generate_completions bash|zsh|fish PROGRAM FUNCTIONS
-#include "completion.h"
+#include "tools/completion.h"
 #include "util/output.h"
 
 #include <algorithm>

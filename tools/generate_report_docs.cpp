@@ -4,11 +4,11 @@
 // the printers print; each member has a text in members.def, or is a setting of settings.def.
 //
 // usage: generate_report_docs schema|man TEMPLATE
-#include "doc_writer.h"
-#include "member_recorder.h"
 #include "report/json_members.h"
-#include "sample_record.h"
-#include "setting_texts.h"
+#include "tools/doc_writer.h"
+#include "tools/member_recorder.h"
+#include "tools/sample_record.h"
+#include "tools/setting_texts.h"
 #include "util/output.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The machine of a roll-out, fed with what one device shows and answers.
-#include "roll.h"
+#include "rollout/roll.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>

@@ -1,9 +1,0 @@
-// SPDX-License-Identifier: MIT
-#include "failure.h"
-
-#include <cstring>
-
-std::string with_reason(const std::string &text, int error)
-{
-    return text + ": " + strerror(error);
-}

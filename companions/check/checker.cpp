@@ -1,0 +1,169 @@
+// SPDX-License-Identifier: MIT
+#include "check/checker.h"
+
+#include "common/output_file.h"
+#include "common/plain_text.h"
+#include "config/config_file.h"
+#include "config/config_value.h"
+#include "util/ipv4.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+// What a file's values are handed to, one after the other; none of them ends the walk.
+struct Checker::Walk {
+    Walk(DeviceKind kind, TlvBuffer &buffer, std::vector<SentItem> &sent, Faults &list)
+        : config(kind, buffer), items(sent), faults(list)
+    {
+        config.messages = {take_message, this};
+    }
+
+    ConfigContext config;
+    std::vector<SentItem> &items;
+    Faults &faults;
+    const json_value *at = nullptr; // the value that is being checked
+    bool refused = false;           // zov cfg does not send the file
+
+    static void take_message(void *walk, const char *format, va_list arguments);
+    static int take_value(std::string_view path, IndexKey key, const json_value &value, void *walk);
+    static int take_refusal(const json_value &value, const char *message, void *walk);
+    void check_unchanged(std::string_view path, const json_value &value);
+};
+
+void Checker::Walk::take_message(void *walk, const char *format, va_list arguments)
+{
+    auto &self = *static_cast<Walk *>(walk);
+    self.refused = true;
+    if (self.faults.is_full())
+        return self.faults.add(self.at, {});
+    char *text = nullptr;
+    if (vasprintf(&text, format, arguments) < 0)
+        throw std::bad_alloc();
+    const std::unique_ptr<char, void (*)(void *)> owned(text, free);
+    self.faults.add(self.at, text);
+}
+
+int Checker::Walk::take_value(std::string_view path, IndexKey key, const json_value &value,
+                              void *walk)
+{
+    auto &self = *static_cast<Walk *>(walk);
+    self.at = &value;
+    const size_t size = self.config.items.wire_size();
+    if (config_value_handler(path, key, value, &self.config) != 0) {
+        self.refused = true;
+        return 0;
+    }
+    self.check_unchanged(path, value);
+    if (self.config.items.wire_size() == size)
+        return 0;
+    const DeviceKind kind = self.config.kind;
+    const ConfigArray *array = value.type == json_array ? config_array_find(path) : nullptr;
+    const ConfigKey *row = nullptr;
+    for (const DeviceKind of : {kind, kind == DEVICE_SWITCH ? DEVICE_ACCESS_POINT : DEVICE_SWITCH})
+        if (array == nullptr && row == nullptr)
+            row = config_key_find(config_keys(of), path);
+    if (array != nullptr)
+        path = array->path;
+    else if (row != nullptr)
+        path = row->path;
+    self.items.push_back({self.config.items.wire_size(), path, row});
+    return 0;
+}
+
+int Checker::Walk::take_refusal(const json_value &value, const char *message, void *walk)
+{
+    auto &self = *static_cast<Walk *>(walk);
+    self.refused = true;
+    self.faults.add(&value, message != nullptr ? message : "ERROR: An object without members.");
+    return 0;
+}
+
+// Values that zov cfg takes and sends as other ones.
+void Checker::Walk::check_unchanged(std::string_view path, const json_value &value)
+{
+    const ConfigKey *row = config_key_find(config_keys(config.kind), path);
+    if (row == nullptr || value.type != row->kind())
+        return;
+    const std::string place = " for '" + std::string(path) + "'.";
+    Ipv4 unused;
+    if (row->form == FORM_U16 && value.u.integer > UINT16_MAX)
+        faults.add(&value, "ERROR: config value '" + std::to_string(value.u.integer) +
+                               "' is sent as " + std::to_string(value.u.integer & UINT16_MAX) +
+                               place);
+    if (value.type != json_string)
+        return;
+    const char *text = value.u.string.ptr;
+    if (strlen(text) < value.u.string.length)
+        faults.add(&value, "ERROR: config value ends at its NUL character" + place);
+    if (row->form == FORM_SERVER_ADDRESS && *text != '\0' && !parse_ipv4(text, unused))
+        faults.add(&value,
+                   "ERROR: config value '" + std::string(text) + "' is sent as 0.0.0.0" + place);
+}
+
+// The line that the parser's message begins with, or has in brackets; 0 when there is none.
+static unsigned line_of(std::string_view why)
+{
+    const size_t bracket = why.find("(at ");
+    return static_cast<unsigned>(
+        atoi(why.substr(bracket == std::string_view::npos ? 0 : bracket + strlen("(at ")).data()));
+}
+
+// The parser's message without its line and its column, which it does not count.
+static std::string without_place(std::string why)
+{
+    if (const size_t bracket = why.find(" (at "); bracket != std::string::npos)
+        why.erase(bracket);
+    else if (const size_t space = why.find(": "); space != std::string::npos)
+        why.erase(0, space + 2);
+    return why;
+}
+
+static int no_digest(const char *, uint8_t digest[16])
+{
+    memset(digest, 0, 16);
+    return 0;
+}
+
+bool Checker::check(const char *name)
+{
+    const char *path = strcmp(name, "-") == 0 ? "/dev/stdin" : name;
+    buffer_.wire.clear();
+    items_.clear();
+    Faults faults;
+    Walk walk(known_.kind, buffer_, items_, faults);
+    if (!digests_)
+        walk.config.digest = no_digest;
+    Bytes bytes;
+    JsonTree root(nullptr, json_value_free);
+    char why[json_error_max] = "";
+    if (config_file_read(path, bytes, walk.config.messages) == 0) {
+        if (bytes.size() == 0)
+            faults.add(nullptr, "ERROR: No member 'wtp_cfg', the file is empty.");
+        else
+            root = config_text_parse(path, bytes, walk.config.messages, why);
+        if (*why != '\0')
+            faults.explain(line_of(why), without_place(why));
+    }
+    const std::string_view text(reinterpret_cast<const char *>(bytes.data()), bytes.size());
+    if (root != nullptr) {
+        faults.begin_walk();
+        check_members(known_, *root, faults);
+        faults.begin_walk();
+        JsonIterStack stack;
+        json_walk(stack, *root, {Walk::take_value, &walk, Walk::take_refusal});
+    }
+    faults.print(name, text, root.get());
+    if (walk.refused)
+        items_.clear();
+    return faults.empty();
+}
+
+void Checker::print_items(const char *name) const
+{
+    OutputFile out("-", 0);
+    if (name != nullptr)
+        out.put(plain_text(name) + ":\n");
+    out.put(items_text(buffer_, items_));
+    out.finish();
+}

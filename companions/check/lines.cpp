@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: MIT
+#include "check/lines.h"
+
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+// The position behind the string whose first quotation mark is at `at`.
+static size_t behind_string(std::string_view text, size_t at)
+{
+    for (at++; at < text.size() && text[at] != '"'; at++)
+        if (text[at] == '\\')
+            at++;
+    return std::min(at + 1, text.size());
+}
+
+// Whether the text goes on with a colon: what stood before it is a member's name.
+static bool is_name_before(std::string_view text, size_t at)
+{
+    at = text.find_first_not_of(" \t\r\n", at);
+    return at != std::string_view::npos && text[at] == ':';
+}
+
+// The line of each value's first character, of a text that the parser has accepted.
+static std::vector<unsigned> lines_of_values(std::string_view text)
+{
+    std::vector<unsigned> lines;
+    unsigned line = 1;
+    for (size_t at = 0; at < text.size();) {
+        size_t end = at + 1;
+        bool begins = false;
+        if (text[at] == '"') {
+            end = behind_string(text, at);
+            begins = !is_name_before(text, end);
+        } else if (text[at] == '{' || text[at] == '[') {
+            begins = true;
+        } else if (text[at] == '\0') { // ends the text for the parser
+            break;
+        } else if (strchr("-0123456789tfn", text[at]) != nullptr) {
+            end = std::min(text.find_first_of({",]} \t\r\n\0", 8}, at), text.size());
+            begins = true;
+        }
+        if (begins)
+            lines.push_back(line);
+        line += static_cast<unsigned>(std::count(&text[at], text.data() + end, '\n'));
+        at = end;
+    }
+    return lines;
+}
+
+void find_places(std::string_view text, const json_value &root, ValuePlaces &places)
+{
+    const std::vector<unsigned> lines = lines_of_values(text);
+    std::vector<const json_value *> waiting = {&root};
+    for (size_t n = 0; !waiting.empty(); n++) {
+        const json_value &value = *waiting.back();
+        waiting.pop_back();
+        if (const auto wanted = places.find(&value); wanted != places.end())
+            wanted->second = {n, n < lines.size() ? lines[n] : 0};
+        if (value.type == json_object)
+            for (unsigned i = value.u.object.length; i > 0; i--)
+                waiting.push_back(value.u.object.values[i - 1].value);
+        else if (value.type == json_array)
+            for (unsigned i = value.u.array.length; i > 0; i--)
+                waiting.push_back(value.u.array.values[i - 1]);
+    }
+}

@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: MIT
+#include "check/members.h"
+
+#include "check/spelling.h"
+
+#include <algorithm>
+#include <numeric>
+
+namespace {
+
+constexpr std::string_view COMMENT = "comment"; // a member that any object may have
+constexpr std::string_view SCHEMA = "$schema";  // one of the whole file
+
+std::string quoted(std::string_view text)
+{
+    return "'" + std::string(text) + "'";
+}
+
+std::string_view name_of(const json_object_entry &member)
+{
+    return {member.name, member.name_length};
+}
+
+// For each member of an object, whether one before it has the same name.
+std::vector<bool> find_repeated(const json_value &object)
+{
+    const json_object_entry *members = object.u.object.values;
+    std::vector<unsigned> order(object.u.object.length);
+    std::iota(order.begin(), order.end(), 0);
+    std::stable_sort(order.begin(), order.end(), [=](unsigned one, unsigned other) {
+        return name_of(members[one]) < name_of(members[other]);
+    });
+    std::vector<bool> repeated(order.size());
+    for (size_t i = 1; i < order.size(); i++)
+        repeated[order[i]] = name_of(members[order[i]]) == name_of(members[order[i - 1]]);
+    return repeated;
+}
+
+class MemberCheck {
+public:
+    MemberCheck(const KnownMembers &known, Faults &faults) : known_(known), faults_(faults) {}
+
+    void object(const SettingNode &node, const json_value &value)
+    {
+        const std::vector<bool> repeated = find_repeated(value);
+        for (unsigned i = 0; i < value.u.object.length; i++) {
+            const json_object_entry &member = value.u.object.values[i];
+            const std::string_view name = name_of(member);
+            if (name == COMMENT)
+                continue;
+            if (repeated[i])
+                fault(*member.value, "Member " + quoted(name) + " is given twice" + within(node));
+            if (const SettingNode *known = node.find(name))
+                one_member(*known, *member.value);
+            else if (!node.path.empty() || name != SCHEMA)
+                unknown(node, member);
+        }
+    }
+
+private:
+    void fault(const json_value &at, const std::string &text)
+    {
+        faults_.add(&at, "ERROR: " + text + ".");
+    }
+
+    static std::string within(const SettingNode &node)
+    {
+        return node.path.empty() ? "" : " in " + quoted(node.path);
+    }
+
+    void one_member(const SettingNode &node, const json_value &value)
+    {
+        if (!node.is_array())
+            return element(node, value);
+        if (value.type != json_array)
+            return fault(value, quoted(node.path) + " has to be an array");
+        for (const json_value *one : value.u.array)
+            element(node, *one);
+    }
+
+    // A value that is no array of the node's, or one of its elements. The type of a setting's
+    // single value is checked with the value.
+    void element(const SettingNode &node, const json_value &value)
+    {
+        const std::string who = (node.is_array() ? "an element of " : "") + quoted(node.path);
+        if (node.row == nullptr && value.type == json_object)
+            object(node, value);
+        else if (node.row == nullptr)
+            fault(value, who + " has to be an object");
+        else if (value.type == json_object || value.type == json_array)
+            fault(value,
+                  who + " has to be a " + (node.row->kind() == json_integer ? "number" : "text"));
+    }
+
+    void unknown(const SettingNode &node, const json_object_entry &member)
+    {
+        if (faults_.is_full())
+            return faults_.add(member.value, {});
+        const std::string_view name = name_of(member);
+        std::string hint;
+        if (const char *place = place_in_other_kind(node, name)) {
+            hint = place;
+        } else {
+            std::vector<std::string_view> names = {COMMENT};
+            for (const SettingNode &one : node.members)
+                names.push_back(one.name);
+            if (const std::string_view meant = nearest_name(name, names); !meant.empty())
+                hint = ", did you mean " + quoted(meant) + "?";
+        }
+        if (!hint.ends_with('?'))
+            hint += '.';
+        faults_.add(member.value, "ERROR: Unknown member " + quoted(name) + within(node) + hint);
+    }
+
+    // For a member that the other kind of device has.
+    const char *place_in_other_kind(const SettingNode &node, std::string_view name) const
+    {
+        const bool of_switch = known_.kind == DEVICE_SWITCH;
+        std::string path(node.path);
+        path.append(path.empty() ? "" : ".").append(name);
+        const ConfigKey *row = config_keys(of_switch ? DEVICE_ACCESS_POINT : DEVICE_SWITCH);
+        for (; !row->path.empty(); row++) {
+            const std::string_view rest = row->path.substr(std::min(path.size(), row->path.size()));
+            if (row->path.starts_with(path) && (rest.empty() || rest[0] == '.' || rest[0] == '['))
+                return of_switch ? ", which access points have (--type 0)"
+                                 : ", which switches have (--type 1)";
+        }
+        return nullptr;
+    }
+
+    const KnownMembers &known_;
+    Faults &faults_;
+};
+
+} // namespace
+
+KnownMembers::KnownMembers(DeviceKind of) : kind(of), root(settings_tree(of)) {}
+
+void check_members(const KnownMembers &known, const json_value &root, Faults &faults)
+{
+    const std::string_view settings = known.root.members.front().name;
+    bool there = false;
+    if (root.type == json_object) {
+        for (const json_object_entry &member : root.u.object)
+            there |= name_of(member) == settings;
+        MemberCheck(known, faults).object(known.root, root);
+    }
+    if (!there)
+        faults.add(nullptr, "ERROR: No member " + quoted(settings) + ".");
+}

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+// The command line of zov-check.
+#pragma once
+
+#include "common/command_line.h"
+#include "common/connection.h"
+
+// The place of a controller is taken, so that all programs beside zov can be given the same
+// options, and not used.
+struct CheckSettings : Place {
+    uint8_t type = 0;
+    bool items = false;
+
+    [[nodiscard]] DeviceKind kind() const
+    {
+        return type == 1 ? DEVICE_SWITCH : DEVICE_ACCESS_POINT;
+    }
+};
+
+inline constexpr Option<CheckSettings> CHECK_OPTIONS[] = {
+    {{"type", "TYPE", "what the files are for, 0: access points (default), 1: switches", "0 1"},
+     [](const char *text, CheckSettings &to) { return take_number<uint8_t>(text, 0, 1, to.type); }},
+    {{"items", nullptr, "print what would be sent of each good file: id, index, path, value"},
+     [](const char *, CheckSettings &to) { return to.items = true; }},
+    PLACE_OPTIONS,
+};
+
+inline constexpr ProgramText CHECK_PROGRAM = {
+    "zov-check",
+    "FILE...",
+    "Checks configuration files as zov cfg does, without a controller, and reports all that is\n"
+    "wrong with them. The FILE - is standard input.\n",
+};

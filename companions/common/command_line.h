@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: MIT
+// The command lines of the programs beside zov: long options only, from one table for each program,
+// which help, completion and the manual's test read as well.
+#pragma once
+
+#include "common/failure.h"
+
+#include <charconv>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// What is the same for all settings.
+struct OptionText {
+    const char *word;
+    const char *argument;           // its name in the help; null for an option that takes none
+    const char *help;               // one line
+    const char *values = nullptr;   // those that are known, parted by blanks; null: any
+    bool repeatable = false;        // may be given more than once, to add something
+    const char *expected = nullptr; // what a bad argument should have been; null: see values
+    const char *heading = nullptr;  // a line above it in the help
+};
+
+// A row of a program's table. `take` keeps the argument (null if there is none) in the settings;
+// false when it does not fit.
+template <class Settings> struct Option : OptionText {
+    bool (*take)(const char *argument, Settings &settings);
+};
+
+struct ProgramText {
+    const char *name;
+    const char *operands; // as the first help line shows them behind the options; "" for none
+    const char *summary;  // what the program does, in lines that end with \n
+};
+
+// Reads a command line. Calls take(row, argument) for each option; throws UsageError when it is
+// false, and for all that getopt_long(3) refuses. Prints the help or the version when asked for and
+// returns false: there is nothing else to do. Operands are appended to `operands`.
+struct OptionSink {
+    virtual bool take(size_t row, const char *argument) = 0;
+
+protected:
+    ~OptionSink() = default;
+};
+bool read_command_line(int argc, char **argv, const ProgramText &program,
+                       std::span<const OptionText> options, OptionSink &sink,
+                       std::vector<const char *> &operands);
+
+template <class Settings, size_t N>
+bool read_command_line(int argc, char **argv, const ProgramText &program,
+                       const Option<Settings> (&options)[N], Settings &settings,
+                       std::vector<const char *> &operands)
+{
+    struct Sink : OptionSink {
+        const Option<Settings> *options;
+        Settings &settings;
+        Sink(const Option<Settings> *rows, Settings &to) : options(rows), settings(to) {}
+        bool take(size_t row, const char *argument) override
+        {
+            return options[row].take(argument, settings);
+        }
+    } sink(options, settings);
+    const std::vector<OptionText> texts(options, options + N);
+    return read_command_line(argc, argv, program, texts, sink, operands);
+}
+
+// The whole text as a number that the type can hold, or one from `low` to `high`.
+template <class Int> bool take_number(const char *text, Int low, Int high, Int &number)
+{
+    const char *end = text + strlen(text);
+    const auto [last, error] = std::from_chars(text, end, number);
+    return error == std::errc() && last == end && end != text && number >= low && number <= high;
+}
+
+template <class Int> bool take_number(const char *text, Int &number)
+{
+    using Limits = std::numeric_limits<Int>;
+    return take_number(text, Limits::lowest(), Limits::max(), number);
+}
+
+// Runs a program: body(argc, argv) gives the exit status, and a Failure or UsageError that it
+// throws becomes a message and 1 or 2. Closed standard descriptors are filled with /dev/null first,
+// and a pipe that nobody reads is an error like any other.
+int run_program(const ProgramText &program, int argc, char **argv, int (*body)(int, char **));

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+// Where the programs beside zov write: standard output, or a file that has its old contents until
+// the new ones are whole.
+#pragma once
+
+#include "common/trusted_files.h"
+
+#include <string>
+#include <string_view>
+
+// Every write is checked: put() and finish() throw Failure, which names the file, for what the
+// system does not take. Without finish() a regular file stays as it was, whatever ends the program.
+class OutputFile {
+public:
+    // Null and - are standard output, /dev/stdout, /dev/fd/N and the like a descriptor that the
+    // process has; these are written to as they are. Another path that is there and no regular file
+    // (a device, a pipe) is written to directly, if it belongs to the caller or root. A regular
+    // file is replaced by a new one, which takes over the 0777 bits of the mode if the caller owned
+    // it. Otherwise the new file has the mode `mode`, less what umask(2) takes away.
+    OutputFile(const char *path, mode_t mode);
+
+    // A file of this name in a directory, which `path` calls for messages.
+    OutputFile(const Descriptor &directory, const std::string &name, const std::string &path,
+               mode_t mode);
+
+    OutputFile(const OutputFile &) = delete;
+    OutputFile &operator=(const OutputFile &) = delete;
+    ~OutputFile();
+
+    void put(std::string_view bytes);
+
+    // Writes what is left and gives a new file its name. To be called once, as the last.
+    void finish();
+
+private:
+    void open(int at, const std::string &path, mode_t mode);
+    void find_directory(int at, const std::string &path);
+    void check_unmoved(const struct stat &found) const;
+    void create(mode_t mode);
+    void write_all(std::string_view bytes);
+    void take_name();
+    [[noreturn]] void fail(const char *what, int error) const;
+
+    std::string name_;      // for messages
+    Descriptor directory_;  // of a file that is replaced; none if it is written to directly
+    std::string target_;    // the file's name in it
+    std::string temporary_; // its name until then; empty while it has none
+    Descriptor own_;        // what was opened here
+    int fd_;                // what is written to
+    std::string buffer_;
+};

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+#include "common/plain_text.h"
+
+#include "common/utf8.h"
+
+#include <cstdio>
+
+// What moves the cursor, changes the terminal or the direction of writing, or is not seen at all.
+static bool is_unsafe(const Utf8Character &character)
+{
+    const char32_t code = character.code;
+    return character.is_control() || code == 0x061C || (code >= 0x200B && code <= 0x200F) ||
+           (code >= 0x2028 && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069) ||
+           code == 0xFEFF;
+}
+
+// The text with each character as `shown` wants it, which is given the character and its bytes. Bad
+// bytes are shown one by one.
+template <class Shown> static std::string changed(std::string_view text, Shown shown)
+{
+    std::string made;
+    while (!text.empty()) {
+        const Utf8Character next = first_character(text);
+        const size_t length = next.valid ? next.length : 1;
+        made += shown(next, text.substr(0, length));
+        text.remove_prefix(length);
+    }
+    return made;
+}
+
+std::string plain_text(std::string_view text)
+{
+    return changed(text, [](const Utf8Character &character, std::string_view bytes) {
+        return !character.valid || is_unsafe(character) ? "?" : bytes;
+    });
+}
+
+std::string quoted_text(std::string_view text)
+{
+    return '"' +
+           changed(text,
+                   [](const Utf8Character &character, std::string_view bytes) -> std::string {
+                       char escape[] = "\\u0000";
+                       if (!character.valid)
+                           return "\xEF\xBF\xBD";
+                       if (bytes == "\"" || bytes == "\\")
+                           return '\\' + std::string(bytes);
+                       if (!is_unsafe(character))
+                           return std::string(bytes);
+                       snprintf(escape, sizeof escape, "\\u%04x", character.code & 0xFFFFU);
+                       return escape;
+                   }) +
+           '"';
+}

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: MIT
+#include "common/settings_tree.h"
+
+const SettingNode *SettingNode::find(std::string_view member) const
+{
+    for (const SettingNode &one : members)
+        if (one.name == member)
+            return &one;
+    return nullptr;
+}
+
+static SettingNode &member_at(SettingNode &node, std::string_view path)
+{
+    std::string_view name = path.substr(path.rfind('.') + 1);
+    name = name.substr(0, name.find('['));
+    for (SettingNode &member : node.members)
+        if (member.name == name)
+            return member;
+    return node.members.emplace_back(SettingNode{name, path, nullptr, {}});
+}
+
+SettingNode settings_tree(DeviceKind kind)
+{
+    SettingNode root;
+    for (const ConfigKey *row = config_keys(kind); !row->path.empty(); row++) {
+        SettingNode *node = &root;
+        for (size_t end = 0; end != std::string_view::npos;) {
+            end = row->path.find('.', end + 1);
+            node = &member_at(*node, row->path.substr(0, end));
+        }
+        node->row = row;
+    }
+    return root;
+}

@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: MIT
+// The formats, one row each at the end of the file that writes it.
+#pragma once
+
+#include "export/devices.h"
+
+#include <sys/stat.h>
+
+// The modes of new files: configurations hold secrets.
+enum : mode_t { MODE_SECRET = 0600, MODE_PUBLIC = 0666 };
+
+struct Format {
+    const char *name; // one of EXPORT_FORMATS
+    uint32_t filter;  // what it needs of the devices
+    void (*write)(Devices &devices, const ExportSettings &settings);
+};
+
+extern const Format JSON_FORMAT, NDJSON_FORMAT, CFG_FORMAT, CSV_FORMAT, PROMETHEUS_FORMAT,
+    DOT_FORMAT;

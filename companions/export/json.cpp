@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+// The report's JSON as one document, or as one line a device.
+#include "export/formats.h"
+#include "export/valid_json_writer.h"
+#include "report/json_members.h"
+
+static void print_device(ValidJsonWriter &json, const WtpRecord &wtp)
+{
+    json_members::print_wtp(json, wtp, false, false);
+}
+
+static void write_document(Devices &devices, const ExportSettings &settings)
+{
+    OutputFile file(settings.output, MODE_SECRET);
+    FileOutput out(file);
+    ValidJsonWriter json(out);
+    json.object();
+    json.array("wtp_list");
+    devices.for_each([&](const WtpRecord &wtp) { print_device(json, wtp); });
+    json.end_array();
+    json.end_object();
+    out.put('\n');
+    out.flush();
+    file.finish();
+}
+
+static void write_lines(Devices &devices, const ExportSettings &settings)
+{
+    OutputFile file(settings.output, MODE_SECRET);
+    FileOutput out(file);
+    devices.for_each([&](const WtpRecord &wtp) {
+        ValidJsonWriter json(out);
+        print_device(json, wtp);
+        out.put('\n');
+    });
+    out.flush();
+    file.finish();
+}
+
+const Format JSON_FORMAT = {"json", WTP_FILTER_ALL, write_document};
+const Format NDJSON_FORMAT = {"ndjson", WTP_FILTER_ALL, write_lines};

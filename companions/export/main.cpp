@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+// zov-export: the controller's devices in formats that other programs read.
+#include "export/formats.h"
+
+#include <algorithm>
+
+static const Format &find_format(std::string_view name)
+{
+    static constexpr const Format *FORMATS[] = {&JSON_FORMAT, &NDJSON_FORMAT,     &CFG_FORMAT,
+                                                &CSV_FORMAT,  &PROMETHEUS_FORMAT, &DOT_FORMAT};
+    return **std::find_if(std::begin(FORMATS), std::end(FORMATS) - 1,
+                          [=](const Format *format) { return format->name == name; });
+}
+
+static const Format &check_settings(const ExportSettings &settings,
+                                    const std::vector<const char *> &operands)
+{
+    if (!operands.empty())
+        throw UsageError(std::string("unexpected argument '") + operands[0] + "'");
+    if (settings.format == nullptr)
+        throw UsageError("--format is missing, see --help");
+    const Format &format = find_format(settings.format);
+    if (settings.output != nullptr && settings.directory != nullptr)
+        throw UsageError("--output and --directory exclude each other");
+    if (settings.directory != nullptr && &format != &CFG_FORMAT)
+        throw UsageError("--directory is for --format cfg");
+    if (settings.columns != nullptr && &format != &CSV_FORMAT)
+        throw UsageError("--columns is for --format csv");
+    return format;
+}
+
+static int run(int argc, char **argv)
+{
+    ExportSettings settings;
+    std::vector<const char *> operands;
+    if (!read_command_line(argc, argv, EXPORT_PROGRAM, EXPORT_OPTIONS, settings, operands))
+        return 0;
+    const Format &format = check_settings(settings, operands);
+    Devices devices(settings, format.filter);
+    format.write(devices, settings);
+    return devices.all_found() ? 0 : 1;
+}
+
+int main(int argc, char **argv)
+{
+    return run_program(EXPORT_PROGRAM, argc, argv, run);
+}

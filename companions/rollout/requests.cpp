@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: MIT
+#include "rollout/requests.h"
+
+#include "ops/upgrade_requests.h"
+
+#include <algorithm>
+#include <new>
+
+static MacList to_mac_list(const std::vector<Mac> &macs, size_t first, size_t count)
+{
+    MacList list;
+    if (!list.reserve(count))
+        throw std::bad_alloc();
+    for (size_t i = first; i < first + count; i++)
+        list.append() = macs[i];
+    return list;
+}
+
+void list_devices(const Place &place, const std::vector<Mac> &macs,
+                  const std::function<void(const WtpRecord &)> &take)
+{
+    WtpList list;
+    Connection(place).fetch(list, WTP_FILTER_MANAGED | WTP_FILTER_UNMANAGED | WTP_FILTER_UNJOINED,
+                            to_mac_list(macs, 0, macs.size() > REQUEST_MAX ? 0 : macs.size()));
+    for (const WtpRecord *wtp = first_wtp(list, WtpPart::basics); wtp != nullptr;
+         wtp = next_wtp(list))
+        take(*wtp);
+}
+
+static void ask_for_some(const Place &place, const MacList &macs, FirmwareSteps &known)
+{
+    Connection connection(place);
+    if (send_fwlist_request(connection.session(), macs) != 0)
+        connection.fail();
+    ReplyReader reply(connection.session());
+    for (const Mac &mac : macs)
+        known.codes[mac] = reply.number<uint8_t>();
+    for (const unsigned steps : {1U, 2U}) {
+        MacList listed;
+        read_fwlist(reply, listed);
+        for (const Mac &mac : listed)
+            known.steps[mac] = steps;
+    }
+    if (!reply.ok())
+        connection.fail();
+}
+
+FirmwareSteps ask_firmware_steps(const Place &place, const std::vector<Mac> &macs)
+{
+    FirmwareSteps known;
+    for (size_t first = 0; first < macs.size(); first += REQUEST_MAX)
+        ask_for_some(place, to_mac_list(macs, first, std::min(REQUEST_MAX, macs.size() - first)),
+                     known);
+    return known;
+}
+
+std::vector<uint8_t> start_upgrades(const Place &place, const std::vector<Mac> &macs,
+                                    uint32_t period, uint32_t type)
+{
+    const MacList list = to_mac_list(macs, 0, macs.size());
+    Connection connection(place);
+    try {
+        std::vector<uint8_t> codes(macs.size());
+        if (send_upg_request(connection.session(), list, period, type) != 0 ||
+            recv_all(connection.session(), codes.data(), codes.size()) !=
+                static_cast<ssize_t>(codes.size()))
+            connection.fail();
+        return codes;
+    } catch (const Failure &failure) {
+        throw Unanswered(failure.what());
+    }
+}
