@@ -3,11 +3,11 @@
 
 #include "common/output_file.h"
 #include "common/plain_text.h"
+#include "common/stored_message.h"
 #include "config/config_file.h"
 #include "config/config_value.h"
 #include "util/ipv4.h"
 
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -16,42 +16,38 @@ struct Checker::Walk {
     Walk(DeviceKind kind, TlvBuffer &buffer, std::vector<SentItem> &sent, Faults &list)
         : config(kind, buffer), items(sent), faults(list)
     {
-        config.messages = {take_message, this};
+        buffer.messages = message.sink();
     }
 
+    StoredMessage message; // what zov would print of the value at hand
     ConfigContext config;
     std::vector<SentItem> &items;
     Faults &faults;
-    const json_value *at = nullptr; // the value that is being checked
-    bool refused = false;           // zov cfg does not send the file
+    bool refused = false; // zov cfg does not send the file
 
-    static void take_message(void *walk, const char *format, va_list arguments);
     static int take_value(std::string_view path, IndexKey key, const json_value &value, void *walk);
     static int take_refusal(const json_value &value, const char *message, void *walk);
     void check_unchanged(std::string_view path, const json_value &value);
+    void report(const json_value *at);
 };
 
-void Checker::Walk::take_message(void *walk, const char *format, va_list arguments)
+// The message that was stored is one of the value; null: of the file.
+void Checker::Walk::report(const json_value *at)
 {
-    auto &self = *static_cast<Walk *>(walk);
-    self.refused = true;
-    if (self.faults.is_full())
-        return self.faults.add(self.at, {});
-    char *text = nullptr;
-    if (vasprintf(&text, format, arguments) < 0)
+    refused = true;
+    if (message.cause == Cause::no_memory)
         throw std::bad_alloc();
-    const std::unique_ptr<char, void (*)(void *)> owned(text, free);
-    self.faults.add(self.at, text);
+    faults.add(at, message.text);
+    message.clear();
 }
 
 int Checker::Walk::take_value(std::string_view path, IndexKey key, const json_value &value,
                               void *walk)
 {
     auto &self = *static_cast<Walk *>(walk);
-    self.at = &value;
     const size_t size = self.config.items.wire_size();
     if (config_value_handler(path, key, value, &self.config) != 0) {
-        self.refused = true;
+        self.report(&value);
         return 0;
     }
     self.check_unchanged(path, value);
@@ -119,7 +115,7 @@ static std::string without_place(std::string why)
     return why;
 }
 
-static int no_digest(const char *, uint8_t digest[16])
+static int no_digest(const char *, uint8_t digest[16], const Messages &)
 {
     memset(digest, 0, 16);
     return 0;
@@ -137,13 +133,13 @@ bool Checker::check(const char *name)
     Bytes bytes;
     JsonTree root(nullptr, json_value_free);
     char why[json_error_max] = "";
-    if (config_file_read(path, bytes, walk.config.messages) == 0) {
-        if (bytes.size() == 0)
-            faults.add(nullptr, "ERROR: No member 'wtp_cfg', the file is empty.");
-        else
-            root = config_text_parse(path, bytes, walk.config.messages, why);
-        if (*why != '\0')
-            faults.explain(line_of(why), without_place(why));
+    if (config_file_read(path, bytes, buffer_.messages) != 0) {
+        walk.report(nullptr);
+    } else if (bytes.size() == 0) {
+        faults.add(nullptr, "ERROR: No member 'wtp_cfg', the file is empty.");
+    } else if ((root = config_text_parse(path, bytes, buffer_.messages, why)) == nullptr) {
+        walk.report(nullptr);
+        faults.explain(line_of(why), without_place(why));
     }
     const std::string_view text(reinterpret_cast<const char *>(bytes.data()), bytes.size());
     if (root != nullptr) {
@@ -151,11 +147,12 @@ bool Checker::check(const char *name)
         check_members(known_, *root, faults);
         faults.begin_walk();
         JsonIterStack stack;
-        json_walk(stack, *root, {Walk::take_value, &walk, Walk::take_refusal});
+        json_walk(stack, *root, {Walk::take_value, Walk::take_refusal, &walk});
     }
     faults.print(name, text, root.get());
     if (walk.refused)
         items_.clear();
+    buffer_.messages = {};
     return faults.empty();
 }
 

@@ -1,31 +1,65 @@
 // SPDX-License-Identifier: MIT
 #include "common/connection.h"
 
-#include "util/byte_order.h"
+#include "common/stored_message.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
 #include <cerrno>
+#include <chrono>
 #include <fcntl.h>
 #include <netinet/in.h>
+#include <new>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <unistd.h>
 
-// Remembers how the last receive went, since the library's functions only say that one failed. They
-// are told that the stream ends, so that the only message is that of fail().
-struct Connection::Session : AcSession {
-    ssize_t (*receive_plainly)(ByteSource &source, void *to, size_t room) = nullptr;
-    bool ended = false;
-    int error = 0;
+enum : uint32_t { WHOLE_REPLY = 10 }; // how many times the time-out a whole reply may take
+enum : uint64_t { REPLY_MAX = uint64_t{1} << 30 }; // bytes
 
-    static ssize_t receive_noting(ByteSource &source, void *to, size_t room)
+using Clock = std::chrono::steady_clock;
+
+// A session that receives with the limits of a companion tool.
+struct Connection::Session : AcSession {
+    StoredMessage message;
+    ssize_t (*receive_plainly)(ByteSource &source, void *to, size_t room) = nullptr;
+    Clock::duration patience;
+    Clock::time_point end;
+    uint64_t received = 0; // behind the handshake
+
+    static ssize_t receive_within_limits(ByteSource &source, void *to, size_t room)
     {
         auto &self = static_cast<Session &>(source);
+        if (self.received > REPLY_MAX) {
+            errno = EFBIG;
+            return -1;
+        }
+        if (!self.wait())
+            return -1;
         const ssize_t got = self.receive_plainly(source, to, room);
-        self.ended = got == 0;
-        self.error = got < 0 ? errno : 0;
-        return got < 0 ? 0 : got;
+        if (got > 0)
+            self.received += static_cast<uint64_t>(got);
+        return got;
+    }
+
+private:
+    // Until something can be received; false, with errno set, when that takes too long.
+    bool wait() const
+    {
+        using std::chrono::ceil, std::chrono::milliseconds;
+        const Clock::time_point limit = std::min(end, Clock::now() + patience);
+        for (;;) {
+            const auto left = ceil<milliseconds>(limit - Clock::now()).count();
+            pollfd ready = {socket, POLLIN, 0};
+            const int count = poll(&ready, 1, static_cast<int>(std::max<int64_t>(left, 0)));
+            if (count > 0)
+                return true;
+            if (count == 0)
+                errno = limit == end ? ETIME : EAGAIN;
+            if (count == 0 || errno != EINTR)
+                return false;
+        }
     }
 };
 
@@ -54,7 +88,13 @@ static std::string name_of(const Place &place)
 [[noreturn]] static void fail_silent(const Place &place)
 {
     throw Failure(name_of(place) + " does not answer within " + std::to_string(place.timeout) +
-                  " s");
+                      " s",
+                  Cause::silent);
+}
+
+[[noreturn]] static void fail_unreachable(const Place &place, int error)
+{
+    throw Failure(with_reason("cannot connect to " + name_of(place), error), Cause::unreachable);
 }
 
 // Goes on with a connect(2) that a signal interrupted. Returns 0 or the errno of its end.
@@ -71,15 +111,14 @@ static int finish_connecting(int fd, const Place &place)
     return error;
 }
 
-// A connected socket whose transfers wait for the time-out at most.
+// A connected socket whose sends wait for the time-out at most.
 static int connect_to(const Place &place)
 {
     const int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     if (fd < 0)
-        throw Failure(with_reason("cannot create a socket", errno));
+        fail_unreachable(place, errno);
     const timeval patience = {static_cast<time_t>(place.timeout), 0};
     setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience); // of connect(2) as well
-    setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
     sockaddr_in there = {};
     there.sin_family = AF_INET;
     there.sin_port = htons(place.port);
@@ -92,26 +131,22 @@ static int connect_to(const Place &place)
     close(fd);
     if (error == EINPROGRESS || error == EAGAIN)
         fail_silent(place);
-    throw Failure(with_reason("cannot connect to " + name_of(place), error));
+    fail_unreachable(place, error);
 }
 
 Connection::Connection(const Place &place) : session_(new Session), place_(place)
 {
     ac_attach(*session_, connect_to(place));
     session_->receive_plainly = session_->receive;
-    session_->receive = Session::receive_noting;
-    session_->quiet = true;
-    uint8_t word[4];
-    const ssize_t got = recv_all(*session_, word, sizeof word);
-    const auto answer = got == sizeof word ? from_big_endian<int32_t>(word) : 0;
-    if (answer == HANDSHAKE_ADMITTED)
-        return;
-    close(session_->socket);
-    if (got != sizeof word)
+    session_->receive = Session::receive_within_limits;
+    session_->messages = session_->message.sink();
+    session_->patience = std::chrono::seconds(place.timeout);
+    session_->end = Clock::now() + WHOLE_REPLY * session_->patience;
+    if (ac_admit(*session_) != 0) {
+        close(session_->socket);
         fail();
-    throw Failure(name_of(place) + (answer == HANDSHAKE_BUSY
-                                        ? " is busy, try again later"
-                                        : " refuses: answer " + std::to_string(answer)));
+    }
+    session_->received = 0;
 }
 
 Connection::~Connection()
@@ -132,11 +167,40 @@ AcSession &Connection::session()
 
 void Connection::fail() const
 {
-    if (session_->ended)
-        throw Failure(name_of(place_) + " ended the connection");
-    if (session_->error == EAGAIN)
-        fail_silent(place_);
-    if (session_->error != 0)
-        throw Failure(with_reason("cannot receive from " + name_of(place_), session_->error));
-    throw Failure("no complete reply from " + name_of(place_));
+    const StoredMessage &message = session_->message;
+    const auto failure = [&](const std::string &text) { return Failure(text, message.cause); };
+    const std::string name = name_of(place_);
+    switch (message.cause) {
+    case Cause::no_memory:
+        throw std::bad_alloc();
+    case Cause::busy:
+        throw failure(name + " is busy, try again later");
+    case Cause::refused:
+        throw failure(name + " refuses: answer " + std::to_string(message.detail));
+    case Cause::ended:
+        throw failure(name + " ended the connection after " + std::to_string(session_->received) +
+                      " bytes");
+    case Cause::not_received:
+    case Cause::not_sent:
+        if (message.detail == EAGAIN)
+            fail_silent(place_);
+        if (message.detail == ETIME)
+            throw Failure(name + " does not complete its reply within " +
+                              std::to_string(WHOLE_REPLY * place_.timeout) + " s",
+                          Cause::silent);
+        if (message.detail == EFBIG)
+            throw Failure("the reply of " + name + " is longer than 1 GiB", Cause::too_long);
+        throw failure(with_reason(
+            (message.cause == Cause::not_sent ? "cannot send to " : "cannot receive from ") + name,
+            message.detail));
+    case Cause::other:
+    case Cause::unreachable:
+    case Cause::silent:
+    case Cause::too_long:
+        break;
+    }
+    std::string text = message.text;
+    if (text.ends_with('\n'))
+        text.pop_back();
+    throw failure(text);
 }

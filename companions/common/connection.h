@@ -31,8 +31,10 @@ bool take_timeout(const char *text, Place &place);
      [](const char *text, auto &to) { return take_timeout(text, to); }}
 // clang-format on
 
-// A session that is admitted from the start, and says goodbye at its end. All members throw Failure
-// when the controller is not there, refuses, ends the connection or is silent for too long.
+// A session that is admitted from the start, and says goodbye at its end. It is for one request:
+// its reply may be silent for the time-out, take ten times as long in all, and have 1 GiB. All
+// members throw Failure, which has the cause, when the controller is not there, refuses, ends the
+// connection or goes beyond these limits; and bad_alloc when memory is short.
 class Connection {
 public:
     explicit Connection(const Place &place);

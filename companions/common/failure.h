@@ -3,12 +3,19 @@
 // run_program() turns into a message "NAME: TEXT" on standard error and an exit status.
 #pragma once
 
+#include "util/messages.h"
+
 #include <stdexcept>
 #include <string>
 
 // Something failed: status 1.
 struct Failure : std::runtime_error {
-    using std::runtime_error::runtime_error;
+    explicit Failure(const std::string &text, Cause why = Cause::other)
+        : std::runtime_error(text), cause(why)
+    {
+    }
+
+    Cause cause;
 };
 
 // The command line is wrong: status 2.

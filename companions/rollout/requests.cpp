@@ -61,9 +61,11 @@ std::vector<uint8_t> start_upgrades(const Place &place, const std::vector<Mac> &
     Connection connection(place);
     try {
         std::vector<uint8_t> codes(macs.size());
-        if (send_upg_request(connection.session(), list, period, type) != 0 ||
-            recv_all(connection.session(), codes.data(), codes.size()) !=
-                static_cast<ssize_t>(codes.size()))
+        if (send_upg_request(connection.session(), list, period, type) != 0)
+            connection.fail();
+        ReplyReader reply(connection.session());
+        reply.take(codes.data(), codes.size());
+        if (!reply.ok())
             connection.fail();
         return codes;
     } catch (const Failure &failure) {

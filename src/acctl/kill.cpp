@@ -90,8 +90,8 @@ static int list_processes(pid_t &pid)
     snprintf(command, sizeof command, "ps x > %s", path);
     const TempFile file(path);
     if (!file.created())
-        return report_execute_failed(command, STATUS_NO_OUTPUT_FILE);
-    if (execute(command) != 0)
+        return report_execute_failed(command, STATUS_NO_OUTPUT_FILE, {});
+    if (execute(command, {}) != 0)
         return 1;
     const std::unique_ptr<FILE, int (*)(FILE *)> list(fopen(path, "re"), fclose);
     if (list == nullptr)
@@ -111,7 +111,7 @@ static int kill_command(AcSession &, const OptArgList &opts)
         return 0;
     char command[512];
     snprintf(command, sizeof command, "kill -9 %d", static_cast<int>(pid));
-    return execute(command);
+    return execute(command, {});
 }
 
 const CommandSpec KILL_ROW = {kill_command, "kill", "Kill AC", {}, {}};

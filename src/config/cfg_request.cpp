@@ -4,7 +4,6 @@
 #include "proto/reply_reader.h"
 #include "proto/request_writer.h"
 #include "proto/result_code.h"
-#include "util/output.h"
 
 // Sends what is gathered and reads the result byte of one device; false when either fails.
 static bool read_result(AcSession &session, RequestWriter &request, const Mac &mac, uint8_t &code)
@@ -15,7 +14,7 @@ static bool read_result(AcSession &session, RequestWriter &request, const Mac &m
     reply.read(code);
     if (!reply.ok())
         return false;
-    print_result_code(code, mac);
+    print_result_code(code, mac, session.messages);
     return true;
 }
 
@@ -58,7 +57,7 @@ static int read_answers(AcSession &session, const MacList &wtps)
     int status = 0;
     for (const Mac &mac : wtps) {
         const auto code = reply.number<uint8_t>();
-        print_result_code(code, mac);
+        print_result_code(code, mac, session.messages);
         if (code != RESULT_SUCCESS)
             status = 1;
         char message[UINT8_MAX + 1];
@@ -68,7 +67,7 @@ static int read_answers(AcSession &session, const MacList &wtps)
         if (!reply.ok())
             return 1;
         if (length > 0)
-            fail("Msg: %s.\n", message);
+            session.messages.report("Msg: %s.\n", message);
     }
     return status;
 }

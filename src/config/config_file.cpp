@@ -10,22 +10,22 @@
 
 enum : size_t { STREAM_PIECE = 65536 };
 
-static int read_failed(const char *name, const ConfigMessages &messages)
+static int read_failed(const char *name, const Messages &messages)
 {
     return messages.report("ERROR: read %s failed.\n", name);
 }
 
 // Room for size bytes at the end of the text; or null, with the message printed.
-static uint8_t *room_for(size_t size, Bytes &text, const ConfigMessages &messages)
+static uint8_t *room_for(size_t size, Bytes &text, const Messages &messages)
 {
     uint8_t *place = text.place(size);
     if (place == nullptr)
-        messages.report("ERROR: Out of memory.\n");
+        messages.report(Cause::no_memory, 0, "ERROR: Out of memory.\n");
     return place;
 }
 
 static int read_sized(FILE *file, const char *name, size_t size, Bytes &text,
-                      const ConfigMessages &messages)
+                      const Messages &messages)
 {
     uint8_t *place = room_for(size + 1, text, messages); // the parser looks behind the end
     if (place == nullptr)
@@ -37,7 +37,7 @@ static int read_sized(FILE *file, const char *name, size_t size, Bytes &text,
 }
 
 // Reads what cannot be sought, such as a pipe, to its end.
-static int read_stream(FILE *file, const char *name, Bytes &text, const ConfigMessages &messages)
+static int read_stream(FILE *file, const char *name, Bytes &text, const Messages &messages)
 {
     while (feof(file) == 0 && ferror(file) == 0) {
         uint8_t *place = room_for(STREAM_PIECE, text, messages);
@@ -48,7 +48,7 @@ static int read_stream(FILE *file, const char *name, Bytes &text, const ConfigMe
     return ferror(file) == 0 ? 0 : read_failed(name, messages);
 }
 
-int config_file_read(const char *name, Bytes &text, const ConfigMessages &messages)
+int config_file_read(const char *name, Bytes &text, const Messages &messages)
 {
     const std::unique_ptr<FILE, int (*)(FILE *)> file(fopen(name, "re"), fclose);
     struct stat status;
@@ -64,7 +64,7 @@ int config_file_read(const char *name, Bytes &text, const ConfigMessages &messag
                     : read_sized(file.get(), name, static_cast<size_t>(size), text, messages);
 }
 
-JsonTree config_text_parse(const char *name, Bytes &text, const ConfigMessages &messages, char *why)
+JsonTree config_text_parse(const char *name, Bytes &text, const Messages &messages, char *why)
 {
     text.data()[text.size()] = '\0';
     json_settings settings = {};
@@ -81,11 +81,11 @@ int config_file_load(const char *name, DeviceKind kind, TlvBuffer &items)
     JsonTree root(nullptr, json_value_free);
     {
         Bytes text;
-        if (config_file_read(name, text, {}) != 0)
+        if (config_file_read(name, text, items.messages) != 0)
             return 1;
         if (text.size() == 0)
             return 0;
-        root = config_text_parse(name, text, {}, nullptr);
+        root = config_text_parse(name, text, items.messages, nullptr);
     }
     return root == nullptr ? 1 : config_tree_load(*root, kind, items);
 }
@@ -94,5 +94,5 @@ int config_tree_load(const json_value &root, DeviceKind kind, TlvBuffer &items)
 {
     JsonIterStack stack;
     ConfigContext context(kind, items);
-    return json_walk(stack, root, {config_value_handler, &context});
+    return json_walk(stack, root, {config_value_handler, config_refusal_handler, &context});
 }

@@ -4,25 +4,23 @@
 #pragma once
 
 #include "config/config_keys.h"
-#include "config/config_messages.h"
 #include "config/tlv_buffer.h"
 #include "util/bytes.h"
 
 #include <memory>
 
 // Reads the file into the empty buffer. An empty file has no items. Returns 0, or 1 with the
-// message of the first thing that is wrong printed (an object without members and a value of no
+// message of the first thing that is wrong reported (an object without members and a value of no
 // known kind have none).
 int config_file_load(const char *name, DeviceKind kind, TlvBuffer &items);
 
 // The parts of it. Reading gives the whole file, with room behind it that the parser looks at.
-int config_file_read(const char *name, Bytes &text, const ConfigMessages &messages);
+int config_file_read(const char *name, Bytes &text, const Messages &messages);
 
 // Parses a text that is not empty. Null when it is no JSON: the message is reported, and `why`
 // (null, or room for json_error_max characters) has the parser's own.
 using JsonTree = std::unique_ptr<json_value, void (*)(json_value *)>;
-JsonTree config_text_parse(const char *name, Bytes &text, const ConfigMessages &messages,
-                           char *why);
+JsonTree config_text_parse(const char *name, Bytes &text, const Messages &messages, char *why);
 
 // Turns a parsed file into items, with the same result.
 int config_tree_load(const json_value &root, DeviceKind kind, TlvBuffer &items);

@@ -11,13 +11,13 @@
 
 static int report_invalid(const ConfigContext &context, const ConfigKey &row, const char *text)
 {
-    return context.messages.report("ERROR: Invalid config value '%s' for '%s'.\n", text,
-                                   row.path.data());
+    return context.messages().report("ERROR: Invalid config value '%s' for '%s'.\n", text,
+                                     row.path.data());
 }
 
 static int report_too_long(const ConfigContext &context, const ConfigKey &row, size_t length)
 {
-    return context.messages.report(
+    return context.messages().report(
         "ERROR: config value of %zu bytes is too long (%u at most) for '%s'.\n", length,
         CONFIG_VALUE_BYTES_MAX, row.path.data());
 }
@@ -60,7 +60,7 @@ static int take_empty_list(ConfigContext &context, const ConfigKey &list, IndexK
 {
     const bool of_switches_only = config_key_find(ACCESS_POINT_KEYS, list.path) == nullptr;
     if (of_switches_only && context.kind != DEVICE_SWITCH)
-        return context.messages.report("ERROR: Only support Switch device\n");
+        return context.messages().report("ERROR: Only support Switch device\n");
     return append(context, list.id, key, nullptr, 0);
 }
 
@@ -73,7 +73,7 @@ static int start_list(ConfigContext &context, const ConfigKey &list, uint32_t le
     const size_t size = size_t{length} * list.element_size();
     uint8_t *place = context.list_bytes.place(size);
     if (place == nullptr)
-        return context.messages.report("ERROR: Out of memory\n");
+        return context.messages().report(Cause::no_memory, 0, "ERROR: Out of memory\n");
     memset(place, 0, size);
     context.list_bytes.advance(size);
     return 0;
@@ -85,7 +85,7 @@ static int take_array(ConfigContext &context, std::string_view path, IndexKey ke
     const ConfigKey *list = find_list(context.kind, path);
     if (length > elements_max(list) &&
         (array != nullptr || list != nullptr || config_keys_below(config_keys(context.kind), path)))
-        return context.messages.report(
+        return context.messages().report(
             "ERROR: config array of %u elements is too long (%u at most) for '%.*s'.\n", length,
             elements_max(list), static_cast<int>(path.size()), path.data());
     if (array != nullptr)
@@ -127,7 +127,7 @@ static int finish_element(ConfigContext &context, const ConfigKey &row, IndexKey
     if (context.list_refused)
         return 0;
     if (what != nullptr && has_equal_elements(bytes, row.element_size()))
-        return context.messages.report("ERROR: Duplicate %s in '%s'.\n", what, row.path.data());
+        return context.messages().report("ERROR: Duplicate %s in '%s'.\n", what, row.path.data());
     context.list = nullptr;
     return append(context, row.id, key.first(key.size() - 1), bytes.data(), bytes.size());
 }
@@ -157,7 +157,7 @@ static int take_host(ConfigContext &context, const ConfigKey &row, IndexKey key,
 static int take_integer(ConfigContext &context, const ConfigKey &row, IndexKey key, int64_t number)
 {
     if (number < row.min || number > row.max)
-        return context.messages.report(
+        return context.messages().report(
             "ERROR: config value '%lld' is out of range (%d to %d) for '%s'.\n",
             static_cast<long long>(number), row.min, row.max, row.path.data());
     const auto bits = static_cast<uint32_t>(number);
@@ -215,7 +215,7 @@ static int take_password(ConfigContext &context, const ConfigKey &row, IndexKey 
                          const char *text)
 {
     uint8_t digest[16];
-    if (context.digest(text, digest) != 0)
+    if (context.digest(text, digest, context.messages()) != 0)
         return 1;
     return append(context, row.id, key, digest, sizeof digest);
 }
@@ -224,7 +224,7 @@ static int take_string(ConfigContext &context, const ConfigKey &row, IndexKey ke
                        uint32_t length)
 {
     if (length < static_cast<uint32_t>(row.min) || length > static_cast<uint32_t>(row.max))
-        return context.messages.report(
+        return context.messages().report(
             "ERROR: config string length '%u' is out of range (%d-%d) for '%s'.\n", length, row.min,
             row.max, row.path.data());
     Ipv4 addr;
@@ -262,8 +262,8 @@ static int take_scalar(ConfigContext &context, std::string_view path, IndexKey k
     if (row == nullptr)
         return 0;
     if (value.type != row->kind())
-        return context.messages.report("ERROR: json config value is not matched for '%s'\n",
-                                       row->path.data());
+        return context.messages().report("ERROR: json config value is not matched for '%s'\n",
+                                         row->path.data());
     if (row->kind() == json_integer)
         return take_integer(context, *row, key, value.u.integer);
     return take_string(context, *row, key, value.u.string.ptr, value.u.string.length);
@@ -279,4 +279,11 @@ int config_value_handler(std::string_view path, IndexKey key, const json_value &
     if (status != 0)
         config.list_refused = true;
     return status;
+}
+
+int config_refusal_handler(const json_value &, const char *message, void *context)
+{
+    return message == nullptr
+               ? 1
+               : static_cast<ConfigContext *>(context)->messages().report("%s", message);
 }

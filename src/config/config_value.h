@@ -3,7 +3,6 @@
 #pragma once
 
 #include "config/config_keys.h"
-#include "config/config_messages.h"
 #include "config/config_walk.h"
 #include "config/password_digest.h"
 #include "config/tlv_buffer.h"
@@ -16,10 +15,12 @@
 struct ConfigContext {
     ConfigContext(DeviceKind device_kind, TlvBuffer &buffer) : kind(device_kind), items(buffer) {}
 
+    [[nodiscard]] const Messages &messages() const { return items.messages; }
+
     DeviceKind kind;
     TlvBuffer &items;
-    ConfigMessages messages;
-    int (*digest)(const char *password, uint8_t digest[16]) = password_digest;
+    int (*digest)(const char *password, uint8_t digest[16],
+                  const Messages &messages) = password_digest;
 
     // The list whose elements are being collected. One at a time is enough: a list's path is never
     // below another's, and a list that was left unfinished starts anew with its next array.
@@ -31,9 +32,12 @@ struct ConfigContext {
 
 // Takes one value of the walk, a JsonHandler with a ConfigContext: a value whose path has a row
 // becomes an item, one without is skipped. Returns 0; or 1 when the value is refused and the
-// message printed.
+// message reported.
 int config_value_handler(std::string_view path, IndexKey key, const json_value &value,
                          void *context);
+
+// Reports what the walk refuses, a JsonRefusal with a ConfigContext. Returns 1.
+int config_refusal_handler(const json_value &value, const char *message, void *context);
 
 // Reads the text of a data rate: "auto", "MCS7", "VHTMCS9", "54M" or "5.5M". False for others.
 bool parse_data_rate(const char *text, int &code);

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "config/config_walk.h"
 
-#include "util/output.h"
-
 #include <cstring>
 
 static void append_path(JsonIterStack &stack, std::string_view text)
@@ -21,18 +19,11 @@ static int hand_over(const JsonIterStack &stack, const json_value &value,
                         visitor.context);
 }
 
-static int refuse(const JsonVisitor &visitor, const json_value &value, const char *message)
-{
-    if (visitor.refuse != nullptr)
-        return visitor.refuse(value, message, visitor.context);
-    return message == nullptr ? 1 : fail("%s", message);
-}
-
 static int walk_object(JsonIterStack &stack, const json_value &object, const JsonVisitor &visitor)
 {
     const size_t length = stack.path_length;
     if (object.u.object.length == 0)
-        return refuse(visitor, object, nullptr);
+        return visitor.refuse(object, nullptr, visitor.context);
     for (uint32_t i = 0; i < object.u.object.length; i++) {
         const json_object_entry &member = object.u.object.values[i];
         stack.index[stack.count - 1] = i;
@@ -67,7 +58,7 @@ static int walk_array(JsonIterStack &stack, const json_value &array, const JsonV
 int json_walk(JsonIterStack &stack, const json_value &value, const JsonVisitor &visitor)
 {
     if (stack.count == JsonIterStack::DEPTH_MAX)
-        return refuse(visitor, value, "ERROR: json iter stack is full.\n");
+        return visitor.refuse(value, "ERROR: json iter stack is full.\n", visitor.context);
     stack.count++;
     int status = 1;
     switch (value.type) {

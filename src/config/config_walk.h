@@ -38,11 +38,11 @@ using JsonHandler = int (*)(std::string_view path, IndexKey key, const json_valu
 // a value that is nested too deeply. Returns 0 to go on behind it, 1 to stop.
 using JsonRefusal = int (*)(const json_value &value, const char *message, void *context);
 
-// What a walk calls; without `refuse` it prints the message and stops.
+// What a walk calls.
 struct JsonVisitor {
     JsonHandler take;
+    JsonRefusal refuse;
     void *context;
-    JsonRefusal refuse = nullptr;
 };
 
 // Walks one value and all below it; those whose path is longer than PATH_MAX_BYTES are passed over.

@@ -2,7 +2,6 @@
 #include "config/tlv_buffer.h"
 
 #include "util/byte_order.h"
-#include "util/output.h"
 
 #include <cstring>
 
@@ -16,7 +15,7 @@ int tlv_append(TlvBuffer &buffer, uint32_t type, uint32_t index_len, const uint8
                uint32_t value_len, const void *value)
 {
     if (buffer.wire.place(size_t{6} + index_len + value_len) == nullptr)
-        return fail("ERROR: Out of memory\n");
+        return buffer.messages.report(Cause::no_memory, 0, "ERROR: Out of memory\n");
     append_u16(buffer, type);
     append_u16(buffer, index_len);
     buffer.wire.append(index, index_len);

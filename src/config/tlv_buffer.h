@@ -9,6 +9,7 @@
 #pragma once
 
 #include "util/bytes.h"
+#include "util/messages.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -16,12 +17,13 @@
 // The items back to back, as they are sent.
 struct TlvBuffer {
     Bytes wire;
+    Messages messages; // where those that make items report
 
     size_t wire_size() const { return wire.size(); }
 };
 
 // Each appends one item, copying what it is given; of type, lengths and numbers the low bits that
-// the wire form has. Returns 0; or 1, with "Out of memory" printed and the buffer as it was.
+// the wire form has. Returns 0; or 1, with "Out of memory" reported and the buffer as it was.
 int tlv_append(TlvBuffer &buffer, uint32_t type, uint32_t index_len, const uint8_t *index,
                uint32_t value_len, const void *value);
 int tlv_append_u32(TlvBuffer &buffer, uint32_t type, uint32_t index_len, const uint8_t *index,

@@ -4,7 +4,6 @@
 #include "device/wtp_layout.h"
 #include "proto/request_writer.h"
 #include "util/byte_order.h"
-#include "util/output.h"
 
 #include <cstring>
 #include <new>
@@ -111,7 +110,10 @@ private:
             }
             const ssize_t got = recv_some(source_, to, ROOM);
             if (got < 0)
-                fail_errno("ERROR: reading socket failed for reason");
+                source_.messages.report_errno(Cause::not_received,
+                                              "ERROR: reading socket failed for reason");
+            else if (got == 0)
+                source_.messages.report_silently(Cause::ended);
             if (got <= 0) {
                 set_failed();
                 break;
@@ -148,13 +150,14 @@ private:
     }
     void table_too_large(const Rows<TopoLink> &, uint32_t announced)
     {
-        fail("ERROR: Out of memory(linkCount=%d)\n", static_cast<int32_t>(announced));
+        source_.messages.report(Cause::no_memory, 0, "ERROR: Out of memory(linkCount=%d)\n",
+                                static_cast<int32_t>(announced));
         set_failed();
     }
     void report_no_memory(const char *message)
     {
         if (!failed_)
-            fail("%s", message);
+            source_.messages.report(Cause::no_memory, 0, "%s", message);
         set_failed();
     }
 

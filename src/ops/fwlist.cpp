@@ -43,7 +43,7 @@ static int fwlist_request(AcSession &session, const MacList &wtps, MacList &one_
         return 1;
     ReplyReader reply(session);
     for (const Mac &mac : wtps)
-        print_result_code(reply.number<uint8_t>(), mac);
+        print_result_code(reply.number<uint8_t>(), mac, session.messages);
     read_fwlist(reply, one_step);
     read_fwlist(reply, two_step);
     return reply.ok() ? 0 : 1;

@@ -57,7 +57,7 @@ static int sh_request(AcSession &session, const MacList &wtps, int type, int tim
         Text &output = outputs.append();
         const auto code = reply.number<uint8_t>();
         if (code != RESULT_SUCCESS)
-            print_result_code(code, mac);
+            print_result_code(code, mac, session.messages);
         else
             read_output(reply, output);
         if (!reply.ok())

@@ -2,6 +2,8 @@
 // Where a reply's bytes come from: a window of bytes at hand and a way to get more.
 #pragma once
 
+#include "util/messages.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <sys/types.h>
@@ -18,6 +20,8 @@ struct ByteSource {
     // Room for bytes that are read ahead.
     uint8_t *ahead = nullptr;
     size_t ahead_room = 0;
+
+    Messages messages; // where those that read it report
 
     size_t at_hand() const { return static_cast<size_t>(end - at); }
 };

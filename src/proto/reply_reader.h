@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Reads a reply field by field, in wire order.
 //
-// The first failure is remembered (a failed read and a lack of memory are printed, the end of the
-// stream is not); after it every read gives zero at once and takes nothing from the source. So a
+// The first failure is reported (of the end of the stream zov prints nothing) and remembered; after
+// it every read gives zero at once and takes nothing from the source. So a
 // decoder is a plain list of reads; it asks ok() before it trusts a count, and at its end.
 #pragma once
 
@@ -75,7 +75,7 @@ public:
         source_.at += length;
     }
 
-    // Prints and remembers that there is no memory for a part of the reply.
+    // Reports and remembers that there is no memory for a part of the reply.
     void report_no_memory(const char *message = "ERROR: Out of memory\n");
 
     // Remembers a failure that the caller has reported.

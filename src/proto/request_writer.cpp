@@ -2,7 +2,6 @@
 #include "proto/request_writer.h"
 
 #include "util/byte_order.h"
-#include "util/output.h"
 
 #include <algorithm>
 #include <cstring>
@@ -72,8 +71,8 @@ void RequestWriter::mac_list(const MacList &macs)
 void RequestWriter::refuse(const char *what, uint64_t number, uint32_t most)
 {
     if (!failed_)
-        fail("ERROR: Request of %llu %s is too long, at most %u fit.\n",
-             static_cast<unsigned long long>(number), what, most);
+        session_.messages.report("ERROR: Request of %llu %s is too long, at most %u fit.\n",
+                                 static_cast<unsigned long long>(number), what, most);
     failed_ = true;
 }
 
@@ -86,8 +85,7 @@ int RequestWriter::finish()
 void RequestWriter::flush()
 {
     if (!failed_ && send_all(session_, session_.out, used_) < 0) {
-        if (!session_.quiet)
-            fail_errno("ERROR: writing socket failed for reason");
+        session_.messages.report_errno(Cause::not_sent, "ERROR: writing socket failed for reason");
         failed_ = true;
     }
     used_ = 0;

@@ -2,7 +2,7 @@
 // Writes one request field by field, in wire order.
 //
 // Fields gather in the session's buffer, which is sent when it is full and by finish(): a request
-// of usual size leaves in one packet. The first failure is printed once and remembered; after it
+// of usual size leaves in one packet. The first failure is reported and remembered; after it
 // nothing more is sent.
 #pragma once
 

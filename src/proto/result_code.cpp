@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "proto/result_code.h"
 
-#include "util/output.h"
-
 #include <cstdio>
 #include <iterator>
 
@@ -50,8 +48,8 @@ const char *result_text(uint8_t code, const Mac &mac)
     return text;
 }
 
-void print_result_code(uint8_t code, const Mac &mac)
+void print_result_code(uint8_t code, const Mac &mac, const Messages &messages)
 {
     if (const char *text = result_text(code, mac))
-        fail("ERROR: %s\n", text);
+        messages.report("ERROR: %s\n", text);
 }

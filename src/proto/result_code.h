@@ -3,6 +3,7 @@
 #pragma once
 
 #include "util/mac.h"
+#include "util/messages.h"
 
 #include <cstdint>
 
@@ -26,5 +27,5 @@ enum ResultCode : uint8_t {
 // Valid until the next call.
 const char *result_text(uint8_t code, const Mac &mac);
 
-// Prints the text, if there is one, as a message on standard error.
-void print_result_code(uint8_t code, const Mac &mac);
+// Reports the text, if there is one.
+void print_result_code(uint8_t code, const Mac &mac, const Messages &messages);

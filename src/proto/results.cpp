@@ -12,7 +12,7 @@ int read_device_results(ByteSource &source, const MacList &macs)
         const auto code = reply.number<uint8_t>();
         if (!reply.ok())
             return 1;
-        print_result_code(code, mac);
+        print_result_code(code, mac, source.messages);
         if (code != RESULT_SUCCESS)
             status = 1;
     }

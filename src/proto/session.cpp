@@ -3,8 +3,6 @@
 
 #include "proto/commands.h"
 #include "util/byte_order.h"
-#include "util/output.h"
-
 #include <arpa/inet.h>
 #include <cerrno>
 #include <netinet/in.h>
@@ -32,22 +30,27 @@ static ssize_t receive_from_socket(ByteSource &source, void *to, size_t room)
     return got;
 }
 
-static int read_handshake(AcSession &session)
+int ac_admit(AcSession &session)
 {
+    const Messages &messages = session.messages;
     uint8_t word[4];
     const ssize_t got = recv_all(session, word, sizeof word);
     if (got < 0)
-        return fail_errno("ERROR: reading socket failed for reason");
+        return messages.report_errno(Cause::not_received,
+                                     "ERROR: reading socket failed for reason");
     if (got < 4)
-        return 1;
-    switch (from_big_endian<int32_t>(word)) {
+        return messages.report_silently(Cause::ended);
+    switch (const auto answer = from_big_endian<int32_t>(word); answer) {
     case HANDSHAKE_ADMITTED:
         return 0;
     case HANDSHAKE_BUSY:
-        return fail("ERROR: System is busy and cannot handle your request now, "
-                    "please try again later.\n");
+        return messages.report(Cause::busy, answer,
+                               "ERROR: System is busy and cannot handle your request now, "
+                               "please try again later.\n");
     default:
-        return fail("ERROR: Something Wrong Happened While Connecting To The AC Server.\n");
+        return messages.report(
+            Cause::refused, answer,
+            "ERROR: Something Wrong Happened While Connecting To The AC Server.\n");
     }
 }
 
@@ -64,7 +67,7 @@ int ac_connect(AcSession &session, const char *address, int port)
 {
     const int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     if (fd < 0)
-        return fail("ERROR: create socket failed.\n");
+        return session.messages.report(Cause::unreachable, errno, "ERROR: create socket failed.\n");
     ac_attach(session, fd);
 
     sockaddr_in ac = {};
@@ -72,17 +75,17 @@ int ac_connect(AcSession &session, const char *address, int port)
     to_big_endian(&ac.sin_port, static_cast<uint16_t>(port));
     inet_pton(AF_INET, address, &ac.sin_addr);
     if (connect(session.socket, reinterpret_cast<const sockaddr *>(&ac), sizeof ac) != 0)
-        return fail("ERROR: AC is not running.\n");
-    return read_handshake(session);
+        return session.messages.report(Cause::unreachable, errno, "ERROR: AC is not running.\n");
+    return ac_admit(session);
 }
 
 void ac_disconnect(AcSession &session)
 {
     const uint8_t goodbye = COMMAND_GOODBYE;
-    if (send_all(session, &goodbye, sizeof goodbye) < 0 && !session.quiet)
-        fail_errno("ERROR: writing socket failed for reason");
+    if (send_all(session, &goodbye, sizeof goodbye) < 0)
+        session.messages.report_errno(Cause::not_sent, "ERROR: writing socket failed for reason");
     if (close(session.socket) != 0)
-        fail_errno("ERROR: ");
+        session.messages.report_errno(Cause::other, "ERROR: ");
 }
 
 ssize_t send_all(AcSession &session, const void *bytes, size_t length)

@@ -16,8 +16,7 @@ enum : int32_t { HANDSHAKE_ADMITTED = 1, HANDSHAKE_BUSY = -1 };
 // Bytes that arrive are read ahead into `in`; the ByteSource part is the window of those not yet
 // taken. Requests gather in `out` (see RequestWriter).
 struct AcSession : ByteSource {
-    int socket = 0;     // set by ac_attach
-    bool quiet = false; // failures to send are not printed: its user tells of them
+    int socket = 0; // set by ac_attach
     uint8_t in[65536] = {};
     uint8_t out[65552] = {}; // any request whose length has 16 bits, as a whole
 };
@@ -27,10 +26,13 @@ void ac_attach(AcSession &session, int socket);
 
 // Connects to the controller at the dotted address (any other text means 0.0.0.0) and the port's
 // low 16 bits, and reads its four-byte handshake word.
-// Returns 0 when admitted; 1 with the message printed otherwise.
+// Returns 0 when admitted; 1 with the message reported otherwise.
 int ac_connect(AcSession &session, const char *address, int port);
 
-// Says goodbye (one byte 0) and closes the socket; failures are printed and otherwise ignored.
+// Only reads the handshake word, of a session that is connected, with the same result.
+int ac_admit(AcSession &session);
+
+// Says goodbye (one byte 0) and closes the socket; failures are reported and otherwise ignored.
 void ac_disconnect(AcSession &session);
 
 // Writes exactly `length` bytes. Returns length, or -1 with errno as the failing call left it.

@@ -49,29 +49,18 @@ void Output::flush()
     used_ = 0;
 }
 
-int fail_with(const char *format, va_list arguments)
+void print_message(const char *format, va_list arguments)
 {
     standard_output.flush();
     wait_until_writable(STDERR_FILENO);
     vfprintf(stderr, format, arguments);
-    return 1;
 }
 
 int fail(const char *format, ...)
 {
     va_list arguments;
     va_start(arguments, format);
-    fail_with(format, arguments);
+    print_message(format, arguments);
     va_end(arguments);
-    return 1;
-}
-
-int fail_errno(const char *text)
-{
-    const int error = errno;
-    standard_output.flush();
-    wait_until_writable(STDERR_FILENO);
-    errno = error;
-    perror(text);
     return 1;
 }

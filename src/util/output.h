@@ -44,9 +44,9 @@ private:
 extern constinit Output standard_output;
 
 // Writes a message, in printf's form and with its own line end, on standard error, behind what
-// standard output was given before. Returns 1, the status of a command that failed.
-[[gnu::format(printf, 1, 2)]] int fail(const char *format, ...);
-[[gnu::format(printf, 1, 0)]] int fail_with(const char *format, va_list arguments);
+// standard output was given before.
+[[gnu::format(printf, 1, 0)]] void print_message(const char *format, va_list arguments);
 
-// The same for a failed system call: perror(text) with the errno that the call left.
-int fail_errno(const char *text);
+// The same for the programs themselves; the library reports through Messages. Returns 1, the status
+// of a command that failed.
+[[gnu::format(printf, 1, 2)]] int fail(const char *format, ...);

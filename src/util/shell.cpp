@@ -13,13 +13,13 @@ int run_shell(const char *command)
     return system(command);
 }
 
-int execute(const char *command)
+int execute(const char *command, const Messages &messages)
 {
     const int status = run_shell(command);
-    return status == 0 ? 0 : report_execute_failed(command, status);
+    return status == 0 ? 0 : report_execute_failed(command, status, messages);
 }
 
-int report_execute_failed(const char *command, int wait_status)
+int report_execute_failed(const char *command, int wait_status, const Messages &messages)
 {
-    return fail("ERROR: execute '%s' error=%d\n", command, wait_status);
+    return messages.report("ERROR: execute '%s' error=%d\n", command, wait_status);
 }

@@ -21,7 +21,7 @@ static std::string digest_of(const std::string &password)
     Md5Digest digest;
     char text[DIGEST_TEXT_MAX];
     testing::internal::CaptureStderr();
-    const int status = password_digest(password.c_str(), digest.byte);
+    const int status = password_digest(password.c_str(), digest.byte, {});
     const std::string message = testing::internal::GetCapturedStderr();
     return status == 0 ? std::string(text, write_digest(text, digest)) : message;
 }
