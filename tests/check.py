@@ -197,6 +197,10 @@ class Check(unittest.TestCase):
         self.assertEqual((status, out), (1, f"nothing:\n-:\n50  -  wtp_cfg.bandsteer  1\n{self.file}:\n/:\n"))
         self.assertEqual(err, "nothing: ERROR: Open nothing failed.\n"
                               f"{self.file}: ERROR: Open {self.file} failed.\n/: ERROR: read / failed.\n")
+        Path(self.file).write_text('{"wtp_cfg":{"password":"x"}}')
+        status, out, err = check("--items", self.file, env={"PATH": "/nothing"})
+        self.assertEqual((status, out), (1, ""))
+        self.assertRegex(err, f"(?m)^{self.file}:1: ERROR: execute 'md5sum .*' error=32512$")
         Path(self.file).write_text('{"wtp_cfg":{"name":"x"}}')
         with open("/dev/full", "w") as full:
             done = subprocess.run([ZOV_CHECK, "--items", self.file], stdout=full, stderr=subprocess.PIPE, text=True)

@@ -4,6 +4,7 @@ other_users.py ZOV AC_SIM SOURCE_FOLDER ZOV_EXPORT ZOV_ROLLOUT
 """
 import os
 import stat
+import struct
 import subprocess
 import sys
 import tempfile
@@ -15,6 +16,8 @@ from simulator import AP, Controller, end_with_test
 
 EXPORT, ROLLOUT = sys.argv[4:6]
 NOBODY = 65534  # plays the other user
+ACCESS_LIST = "system.posix_acl_access"  # see acl(5): the owner, nobody, the group, the mask, others
+LET_NOBODY_WRITE = struct.pack("<I" + 5 * "HHI", 2, 1, 7, 0, 2, 7, NOBODY, 4, 5, 0, 16, 7, 0, 32, 5, 0)
 OTHERS, WRITABLE = "it belongs to another user", "others can write to it"
 UNREAD = "no process reads from it"
 
@@ -69,21 +72,31 @@ class Outputs(Case):
                 self.assertEqual(self.mode(path), (0, expected))
                 self.assertNotEqual(path.read_text(), "old")
                 path.unlink()
-        self.assertEqual(os.listdir(self.folder), [])
+        # A file of another group; with a second name, which others can give it; with a list.
+        for group, more, expected in (
+                (NOBODY, lambda path: None, "0o664"), (0, (self.folder / "other").hardlink_to, "0o600"),
+                (0, lambda path: os.setxattr(path, ACCESS_LIST, LET_NOBODY_WRITE), "0o600")):
+            path = self.file(0o664, owner=0)
+            os.chown(path, 0, group)
+            more(path)
+            self.assertEqual(self.export("--output", path, form="json")[0], 0)
+            self.assertEqual((self.mode(path), path.stat().st_gid), ((0, expected), group))
+            path.unlink()
 
     def test_links_that_the_kernel_does_not_follow(self):
         victim = self.folder / "victim"
         link = self.path(lambda path: path.symlink_to(victim), "zov.csv")
-        protected = Path("/proc/sys/fs/protected_symlinks").read_text().strip() == "1"
-        refusal = ["strace", "--quiet=all", "-o", "/dev/null", "-P", link, "-e", "inject=openat:error=EACCES"]
-        for wrapper in ([], refusal) if protected else (refusal,):
-            victim.write_text("kept")
-            status, err = self.export("--output", link, wrapper=wrapper,
-                                      env={**os.environ, "ASAN_OPTIONS": "detect_leaks=0"})
-            self.assertEqual((status, err),
-                             (1, f"zov-export: cannot open {link}: Permission denied\n"))
-            self.assertEqual((victim.read_text(), link.is_symlink()), ("kept", True))
-        os.chown(link, 0, 0, follow_symlinks=False)  # the caller's own is followed
+        victim.write_text("kept")
+        self.assertEqual(self.export("--output", link),
+                         (1, f"zov-export: cannot open {link}: {OTHERS}\n"))
+        self.assertEqual((victim.read_text(), link.is_symlink()), ("kept", True))
+        os.chown(link, 0, 0, follow_symlinks=False)
+        refusal = ["strace", "--quiet=all", "-o", "/dev/null", "-P", link, "-e", "inject=openat:error=EACCES:when=2"]
+        status, err = self.export("--output", link, wrapper=refusal,
+                                  env={**os.environ, "ASAN_OPTIONS": "detect_leaks=0"})
+        self.assertEqual((status, err),
+                         (1, f"zov-export: cannot open {link}: Permission denied\n"))
+        self.assertEqual((victim.read_text(), link.is_symlink()), ("kept", True))
         self.assertEqual(self.export("--output", link), (0, ""))
         self.assertEqual((victim.read_text()[:4], link.is_symlink()), ("mac,", True))
 
@@ -111,6 +124,13 @@ class Outputs(Case):
                 self.assertEqual(shown.read(4), b"mac,")
         self.assertEqual(self.export("--output", "/dev/fd/77"),
                          (1, "zov-export: cannot write /dev/fd/77: Bad file descriptor\n"))
+
+    def test_directory_with_an_access_list(self):
+        directory = self.folder / "backup"
+        directory.mkdir(mode=0o755)
+        os.setxattr(directory, ACCESS_LIST, LET_NOBODY_WRITE)
+        self.assertEqual(self.export("--directory", directory, form="cfg"),
+                         (1, f"zov-export: cannot use {directory}: {WRITABLE}\n"))
 
     def test_directories(self):
         for mode, owner, group, why in (

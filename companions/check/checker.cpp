@@ -23,7 +23,6 @@ struct Checker::Walk {
     ConfigContext config;
     std::vector<SentItem> &items;
     Faults &faults;
-    bool refused = false; // zov cfg does not send the file
 
     static int take_value(std::string_view path, IndexKey key, const json_value &value, void *walk);
     static int take_refusal(const json_value &value, const char *message, void *walk);
@@ -34,7 +33,6 @@ struct Checker::Walk {
 // The message that was stored is one of the value; null: of the file.
 void Checker::Walk::report(const json_value *at)
 {
-    refused = true;
     if (message.cause == Cause::no_memory)
         throw std::bad_alloc();
     faults.add(at, message.text);
@@ -70,7 +68,6 @@ int Checker::Walk::take_value(std::string_view path, IndexKey key, const json_va
 int Checker::Walk::take_refusal(const json_value &value, const char *message, void *walk)
 {
     auto &self = *static_cast<Walk *>(walk);
-    self.refused = true;
     self.faults.add(&value, message != nullptr ? message : "ERROR: An object without members.");
     return 0;
 }
@@ -146,11 +143,13 @@ bool Checker::check(const char *name)
         faults.begin_walk();
         check_members(known_, *root, faults);
         faults.begin_walk();
+        if (!faults.empty()) // each digest costs a process, and there are no items to show
+            walk.config.digest = no_digest;
         JsonIterStack stack;
         json_walk(stack, *root, {Walk::take_value, Walk::take_refusal, &walk});
     }
     faults.print(name, text, root.get());
-    if (walk.refused)
+    if (!faults.empty())
         items_.clear();
     buffer_.messages = {};
     return faults.empty();

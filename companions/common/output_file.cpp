@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <climits>
 #include <fcntl.h>
-#include <poll.h>
 #include <unistd.h>
 
 enum : size_t { BUFFER_MAX = 65536 };
@@ -42,9 +41,9 @@ OutputFile::OutputFile(const Descriptor &directory, const std::string &name,
 
 void OutputFile::open(int at, const std::string &path, mode_t mode)
 {
-    const Descriptor found(openat(at, path.c_str(), O_PATH | O_CLOEXEC));
+    const Descriptor found = find_file(at, path, name_);
     struct stat state = {};
-    if (found ? fstat(found.get(), &state) != 0 : errno != ENOENT)
+    if (found && fstat(found.get(), &state) != 0)
         fail("open", errno);
     if (found && !S_ISREG(state.st_mode)) {
         own_ = open_found(found, 0, name_);
@@ -62,8 +61,8 @@ void OutputFile::open(int at, const std::string &path, mode_t mode)
         find_directory(at, path);
     }
     create(mode);
-    if (found && state.st_uid == geteuid())
-        fchmod(fd_, state.st_mode & 0777);
+    if (found)
+        take_over_mode(fd_, found);
 }
 
 void OutputFile::find_directory(int at, const std::string &path)
@@ -113,34 +112,25 @@ OutputFile::~OutputFile()
 void OutputFile::put(std::string_view bytes)
 {
     if (buffer_.size() + bytes.size() > BUFFER_MAX) {
-        write_all(buffer_);
+        write(buffer_);
         buffer_.clear();
         if (bytes.size() > BUFFER_MAX) {
-            write_all(bytes);
+            write(bytes);
             return;
         }
     }
     buffer_ += bytes;
 }
 
-void OutputFile::write_all(std::string_view bytes)
+void OutputFile::write(std::string_view bytes)
 {
-    while (!bytes.empty()) {
-        const ssize_t written = write(fd_, bytes.data(), bytes.size());
-        if (written < 0 && errno == EAGAIN) { // others have made it non-blocking
-            pollfd ready = {fd_, POLLOUT, 0};
-            poll(&ready, 1, -1);
-        } else if (written < 0 && errno != EINTR) {
-            fail("write", errno);
-        } else if (written > 0) {
-            bytes.remove_prefix(static_cast<size_t>(written));
-        }
-    }
+    if (const int error = write_all(fd_, bytes); error != 0)
+        fail("write", error);
 }
 
 void OutputFile::finish()
 {
-    write_all(buffer_);
+    write(buffer_);
     buffer_.clear();
     if (directory_)
         take_name();

@@ -15,8 +15,8 @@ public:
     // Null and - are standard output, /dev/stdout, /dev/fd/N and the like a descriptor that the
     // process has; these are written to as they are. Another path that is there and no regular file
     // (a device, a pipe) is written to directly, if it belongs to the caller or root. A regular
-    // file is replaced by a new one, which takes over the 0777 bits of the mode if the caller owned
-    // it. Otherwise the new file has the mode `mode`, less what umask(2) takes away.
+    // file is replaced by a new one, which has the mode `mode`, less what umask(2) takes away, or
+    // that of the old one, see take_over_mode().
     OutputFile(const char *path, mode_t mode);
 
     // A file of this name in a directory, which `path` calls for messages.
@@ -37,7 +37,7 @@ private:
     void find_directory(int at, const std::string &path);
     void check_unmoved(const struct stat &found) const;
     void create(mode_t mode);
-    void write_all(std::string_view bytes);
+    void write(std::string_view bytes);
     void take_name();
     [[noreturn]] void fail(const char *what, int error) const;
 

@@ -6,7 +6,7 @@
 #include <string_view>
 
 // The text with a question mark for each control character, the bidirectional ones included, for
-// each character without width (U+200B to U+200D, U+FEFF) and for each byte that is no UTF-8.
+// each invisible character (such as U+00AD, U+200B and U+FEFF) and for each byte that is no UTF-8.
 std::string plain_text(std::string_view text);
 
 // The text as a JSON string, quotes included: what plain_text() replaces is escaped (\u001b), and

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Which files the companion tools write to, on a host with other users: links are followed as far
-// as the kernel allows it, and what belongs to neither the caller nor root is never written to.
-// Opening never blocks.
+// Which files the companion tools write to, on a host with other users: links, pipes, devices and
+// logs that belong to neither the caller nor root are refused, and links of the others are followed
+// as far as the kernel allows it. Opening never blocks.
 #pragma once
 
 #include <string>
@@ -35,21 +35,31 @@ private:
 // /dev/stderr, /dev/fd/N or /proc/self/fd/N; -1 for every other path.
 int inherited_descriptor(std::string_view path);
 
-// Whether a file belongs to the caller or to root.
-bool is_trusted(const struct stat &file);
+// What a path leads to, opened with O_PATH; none when nothing is there. `at` is a directory as
+// openat(2) takes it. Throws Failure, with `name` for the file, when it cannot be reached or is a
+// link of another user.
+Descriptor find_file(int at, const std::string &path, const std::string &name);
 
-// A file that is there, for writing: `found` has it opened with O_PATH, `flags` are added to
-// open(2)'s. Throws Failure, with `name` for the file, when it belongs to somebody else, cannot be
-// opened or is a pipe without a reader.
+// That file, for writing; `flags` are added to open(2)'s. Throws Failure when it belongs to another
+// user (null(4), full(4) and tty(4) are everybody's), cannot be opened or is a pipe without a
+// reader.
 Descriptor open_found(const Descriptor &found, int flags, const std::string &name);
+
+// Gives a file that replaces `old` its mode, if that is a regular file of the caller's with one
+// name and without an access control list: the 0777 bits, those of the group only with the group.
+void take_over_mode(int file, const Descriptor &old);
 
 // A file that lines are added to; a new one has mode 0600. Throws Failure as open_found() does.
 Descriptor open_log(const char *path);
 
 // A directory for files of the caller's, made with mode 0700 if there is none. Throws Failure when
 // it belongs to neither the caller nor root, or when others can replace what is in it: its mode
-// lets everybody, or a group that is not the caller's, write to it without the sticky bit.
+// lets everybody, or a group that is not the caller's, write to it without the sticky bit, or an
+// access control list somebody.
 Descriptor open_directory(const std::string &path);
+
+// Writes all of it, waiting for a descriptor that does not wait. Returns 0, or an errno.
+int write_all(int file, std::string_view bytes);
 
 // 16 hexadecimal digits that nobody can guess.
 std::string random_name();

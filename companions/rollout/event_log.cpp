@@ -3,10 +3,7 @@
 
 #include "common/failure.h"
 
-#include <cerrno>
 #include <ctime>
-#include <string_view>
-#include <unistd.h>
 
 EventLog::EventLog(const char *path)
 {
@@ -29,11 +26,6 @@ void EventLog::add(const std::string &text) const
     char stamp[sizeof "2026-11-25T01:02:03Z "];
     strftime(stamp, sizeof stamp, "%Y-%m-%dT%H:%M:%SZ ", gmtime_r(&now, &parts));
     const std::string line = stamp + text + "\n";
-    for (std::string_view rest = line; !rest.empty();) {
-        const ssize_t written = write(fd_, rest.data(), rest.size());
-        if (written > 0)
-            rest.remove_prefix(static_cast<size_t>(written));
-        else if (errno != EINTR)
-            throw Failure(with_reason("cannot write " + path_, errno));
-    }
+    if (const int error = write_all(fd_, line); error != 0)
+        throw Failure(with_reason("cannot write " + path_, error));
 }
