@@ -2,9 +2,8 @@
 #include "sim/client.h"
 #include "proto/session.h"
 
-#include "proto/commands.h"
 #include "sim/record_writer.h"
-#include "sim/request.h"
+#include "sim/request_reader.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -94,7 +93,7 @@ void Client::find_request()
 
 bool Client::answer(Controller &controller)
 {
-    if (input_[0] == COMMAND_GOODBYE)
+    if (input_[0] == GOODBYE)
         return false;
     std::string reply;
     controller.answer(std::string_view(input_).substr(0, *request_), reply);

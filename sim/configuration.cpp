@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The controller's answers about management and configuration.
 #include "sim/controller.h"
-#include "sim/request.h"
+#include "sim/request_reader.h"
 #include "sim/setting.h"
 
 #include <algorithm>
@@ -12,47 +12,34 @@ namespace {
 // The most items of a list that are looked at; the richest device has some 5000 settings.
 constexpr size_t ITEMS_MAX = 8192;
 
-struct ConfigRequest {
-    std::vector<Mac> macs;
-    uint8_t kind = 0;
-    int32_t wait = 0;
-    bool several = false;
-    // One, or with `several` one for each device; none: the request is malformed.
-    std::vector<std::string_view> lists;
-};
-
-Item take_item(Taker &in)
+Item read_item(RequestReader &in)
 {
     Item item;
+    Counted<uint16_t> index, value;
     item.type = in.number<uint16_t>();
     if (item.type == 0) // ends a list
         return item;
-    item.index = in.bytes(in.number<uint16_t>());
-    item.value = in.bytes(in.number<uint16_t>());
+    in(index, value);
+    item.index = index.bytes;
+    item.value = value.bytes;
     return item;
 }
 
-// What follows the length of a set-configuration request. Throws BadRequest when its lists cannot
-// be reached.
-ConfigRequest take_config_request(Taker &in)
+// The lists of a request: one, or with `several` one for each device; none when they are malformed.
+std::vector<std::string_view> split_lists(const SetConfigRequest &request)
 {
-    ConfigRequest request;
-    request.macs = in.mac_list();
-    request.kind = in.number<uint8_t>();
-    request.wait = in.number<int32_t>();
-    request.several = in.number<uint8_t>() != 0;
-    if (!in.ok())
-        throw BadRequest("length of the request does not match it");
-    const size_t lists = request.several ? request.macs.size() : 1;
-    while (request.lists.size() < lists && in.ok()) {
+    std::vector<std::string_view> lists;
+    RequestReader in(request.lists.bytes);
+    const size_t count = request.several ? request.wtps.size() : 1;
+    while (lists.size() < count && in.ok()) {
         const std::string_view from = in.rest();
-        while (take_item(in).type != 0)
+        while (read_item(in).type != 0)
             ;
-        request.lists.push_back(from.substr(0, from.size() - in.rest().size()));
+        lists.push_back(from.substr(0, from.size() - in.rest().size()));
     }
-    if (!in.ok() || !in.empty())
-        request.lists.clear();
-    return request;
+    if (!in.ok() || !in.rest().empty())
+        lists.clear();
+    return lists;
 }
 
 // Applies a list's items to the device's configuration if every one of them can be. Returns what is
@@ -62,9 +49,9 @@ std::string apply_items(std::string_view list, Device &device)
     WtpRecord &wtp = device.record;
     Memory trial_memory;
     WtpCfg *trial = copy_configuration(*wtp.wtp_cfg, wtp.wtp_type, trial_memory);
-    Taker in(list);
+    RequestReader in(list);
     for (size_t count = 0;; count++) {
-        const Item item = take_item(in);
+        const Item item = read_item(in);
         if (item.type == 0)
             break;
         if (count == ITEMS_MAX)
@@ -85,19 +72,20 @@ bool take_addresses(std::string_view items, std::string_view &addresses)
 {
     if (items.empty())
         return true;
-    Taker in(items);
-    const Item item = take_item(in);
+    RequestReader in(items);
+    const Item item = read_item(in);
     addresses = item.value;
-    return in.ok() && in.empty() && item.type == CONFIG_ITEM_ADDRESS_SETTINGS &&
+    return in.ok() && in.rest().empty() && item.type == CONFIG_ITEM_ADDRESS_SETTINGS &&
            item.index.empty() && addresses.size() == 5 * sizeof(Ipv4);
 }
 
 void set_address(WtpRecord &wtp, std::string_view addresses)
 {
-    Taker in(addresses);
     WtpCfg &cfg = *wtp.wtp_cfg;
-    for (Ipv4 *addr : {&cfg.ip, &cfg.mask, &cfg.gateway, &cfg.dns1, &cfg.dns2})
-        memcpy(addr->octet, in.bytes(sizeof addr->octet).data(), sizeof addr->octet);
+    for (Ipv4 *addr : {&cfg.ip, &cfg.mask, &cfg.gateway, &cfg.dns1, &cfg.dns2}) {
+        memcpy(addr->octet, addresses.data(), sizeof addr->octet);
+        addresses.remove_prefix(sizeof addr->octet);
+    }
     if (cfg.ip.is_zero())
         return;
     wtp.ip = cfg.ip;
@@ -106,11 +94,11 @@ void set_address(WtpRecord &wtp, std::string_view addresses)
 
 } // namespace
 
-void Controller::add(Taker &in, std::string &reply)
+void Controller::answer(const AddRequest &request, std::string &reply)
 {
-    const Mac mac = in.mac();
+    const Mac &mac = request.wtp;
     std::string_view addresses;
-    const bool valid = take_addresses(in.bytes(in.number<uint16_t>()), addresses);
+    const bool valid = take_addresses(request.items.bytes, addresses);
     const auto told = options_.results.find(mac);
     Device *device = find(mac);
     const auto managed = std::count_if(fleet_.begin(), fleet_.end(),
@@ -140,11 +128,10 @@ void Controller::add(Taker &in, std::string &reply)
     put(reply, code);
 }
 
-void Controller::remove(Taker &in, std::string &reply)
+void Controller::answer(const DeleteRequest &request, std::string &reply)
 {
-    const Mac mac = in.mac();
-    Device *device = find(mac);
-    uint8_t code = check_acting(mac, device);
+    Device *device = find(request.wtp);
+    uint8_t code = check_acting(request.wtp, device);
     if (code == RESULT_NO_RESPONSE)
         code = RESULT_SUCCESS; // it need not be there to be let go
     if (code == RESULT_SUCCESS)
@@ -152,27 +139,26 @@ void Controller::remove(Taker &in, std::string &reply)
     put(reply, code);
 }
 
-void Controller::set_config(Taker &in, std::string &reply)
+void Controller::answer(const SetConfigRequest &request, std::string &reply)
 {
-    in.number<uint32_t>();
-    const ConfigRequest request = take_config_request(in);
+    const std::vector<std::string_view> lists = split_lists(request);
     std::set<Mac> seen;
-    for (size_t i = 0; i < request.macs.size(); i++) {
-        const Mac &mac = request.macs[i];
+    for (size_t i = 0; i < request.wtps.size(); i++) {
+        const Mac &mac = request.wtps[i];
         Device *device = find(mac);
         uint8_t code = check_acting(mac, device);
         std::string message;
-        if (code == RESULT_SUCCESS && (request.lists.empty() || !seen.insert(mac).second))
+        if (code == RESULT_SUCCESS && (lists.empty() || !seen.insert(mac).second))
             code = RESULT_INVALID_ARGUMENT;
         if (code == RESULT_SUCCESS) {
             message = request.kind != device->record.wtp_type
                           ? "this is no device of that kind"
-                          : apply_items(request.lists[request.several ? i : 0], *device);
+                          : apply_items(lists[request.several ? i : 0], *device);
             code = message.empty() ? RESULT_SUCCESS : RESULT_BAD_CONFIGURATION;
         }
         put(reply, code);
         put(reply, static_cast<uint8_t>(message.size()));
         reply += message;
-        log("wait %d", request.wait);
+        log("wait %d", static_cast<int32_t>(request.wait));
     }
 }

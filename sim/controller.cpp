@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "sim/controller.h"
 
-#include "proto/commands.h"
 #include "sim/factory.h"
-#include "sim/request.h"
+#include "sim/request_reader.h"
 #include "sim/shell.h"
 #include "sim/upgrade.h"
 
@@ -40,61 +39,41 @@ void Controller::log(const char *format, ...)
     va_end(arguments);
 }
 
-struct Controller::Command {
-    const char *name;
-    void (Controller::*answer)(Taker &in, std::string &reply);
-    CommandCode code;
-    Shape request;
-};
-
-const Controller::Command &Controller::command(uint8_t code)
+// Calls act(request, name) for an empty request of the kind that the code stands for.
+template <class Act> static auto with_request(uint8_t code, Act act)
 {
-    using enum Payload;
-    using Self = Controller;
-    static constexpr Command COMMANDS[] = {
-        {"list", &Self::list_wtps, COMMAND_WTP_LIST, {untold, {{5, 2, 6}}}},
-        {"upgrade", &Self::upgrade, COMMAND_UPGRADE, {told, {{3, 2, 6}, {8}}}},
-        {"add", &Self::add, COMMAND_ADD, {untold, {{7, 2, 1}}}},
-        {"delete", &Self::remove, COMMAND_DELETE, {untold, {{7}}}},
-        {"set configuration", &Self::set_config, COMMAND_SET_CONFIG, {untold, {{1, 4, 1}}}},
-        {"reset", &Self::reset, COMMAND_RESET, {told, {{9, 2, 6}}}},
-        {"controller information", &Self::ac_info, COMMAND_AC_INFO, {untold, {{1}}}},
-        {"controller memory", &Self::ac_memory, COMMAND_AC_MEMORY, {untold, {{1}}}},
-        {"firmware state", &Self::firmware_state, COMMAND_FIRMWARE_STATE, {untold, {{5}}}},
-        {"site survey", &Self::scan, COMMAND_SCAN, {told, {{4, 2, 6}}}},
-        {"background survey", &Self::background_scan, COMMAND_BACKGROUND_SCAN, {told, {{12}}}},
-        {"automatic channel", &Self::auto_channel, COMMAND_AUTO_CHANNEL, {told, {{12}}}},
-        {"automatic power", &Self::auto_tx_power, COMMAND_AUTO_TX_POWER, {told, {{12}}}},
-        {"kick", &Self::kick, COMMAND_KICK, {told, {{5, 2, 6}, {0, 2, 6}}}},
-        {"debug", &Self::debug, COMMAND_DEBUG, {untold, {{15}}}},
-        {"no discovery", &Self::no_discovery, COMMAND_NO_DISCOVERY, {untold, {{5}}}},
-        {"redirect", &Self::redirect, COMMAND_REDIRECT, {told, {{3, 2, 6}, {0, 1, 1}}}},
-        {"shell", &Self::shell, COMMAND_SHELL, {told_in_low_bits, {{3, 2, 6}, {5, 2, 1}}}},
-        {"firmware list", &Self::firmware_list, COMMAND_FIRMWARE_LIST, {told, {{3, 2, 6}}}},
-    };
-    for (const Command &known : COMMANDS)
-        if (known.code == code)
-            return known;
-    throw BadRequest("unknown command code " + std::to_string(code));
+    switch (code) {
+#define CASE(Request, name)                                                                        \
+    case Request::CODE: {                                                                          \
+        Request request = {};                                                                      \
+        return act(request, name);                                                                 \
+    }
+        ALL_REQUESTS(CASE)
+#undef CASE
+    default:
+        throw BadRequest("unknown command code " + std::to_string(code));
+    }
 }
 
 std::optional<size_t> Controller::request_length(std::string_view bytes)
 {
     if (bytes.empty())
         return std::nullopt;
-    if (bytes[0] == COMMAND_GOODBYE)
+    if (bytes[0] == GOODBYE)
         return 1;
-    return command(static_cast<uint8_t>(bytes[0])).request.length(bytes);
+    return with_request(static_cast<uint8_t>(bytes[0]),
+                        [=](auto &request, const char *) { return read_request(bytes, request); });
 }
 
-void Controller::answer(std::string_view request, std::string &reply)
+void Controller::answer(std::string_view bytes, std::string &reply)
 {
-    Taker in(request);
-    const Command &asked = command(in.number<uint8_t>());
-    log("%s", asked.name);
-    for (Device *device : timed_)
-        follow_clock(*device, time(nullptr));
-    (this->*asked.answer)(in, reply);
+    with_request(static_cast<uint8_t>(bytes[0]), [&](auto &request, const char *name) {
+        read_request(bytes, request);
+        log("%s", name);
+        for (Device *device : timed_)
+            follow_clock(*device, time(nullptr));
+        answer(request, reply);
+    });
 }
 
 Device *Controller::find(const Mac &mac) const
@@ -118,10 +97,10 @@ uint8_t Controller::check_acting(const Mac &mac, const Device *device) const
     return RESULT_SUCCESS;
 }
 
-void Controller::list_wtps(Taker &in, std::string &reply)
+void Controller::answer(const WtpListRequest &request, std::string &reply)
 {
-    const auto filter = in.number<uint32_t>();
-    std::vector<Mac> macs = in.mac_list();
+    const uint32_t filter = request.filter;
+    std::vector<Mac> macs(request.wtps.begin(), request.wtps.end());
     std::sort(macs.begin(), macs.end());
     const time_t now = time(nullptr);
     RecordWriter writer(reply, filter);
@@ -142,7 +121,7 @@ void Controller::list_wtps(Taker &in, std::string &reply)
     put(reply, uint8_t{1});
 }
 
-void Controller::ac_info(Taker &, std::string &reply)
+void Controller::answer(const AcInfoRequest &, std::string &reply)
 {
     uint32_t managed = 0, active = 0, stations = 0, upgrading = 0;
     for (const auto &device : fleet_) {
@@ -161,7 +140,7 @@ void Controller::ac_info(Taker &, std::string &reply)
 }
 
 // The records of a program that allocates in a few places.
-void Controller::ac_memory(Taker &, std::string &reply)
+void Controller::answer(const AcMemoryRequest &, std::string &reply)
 {
     std::string text;
     const auto record = [&](const char *place, size_t size, time_t when) {
@@ -185,21 +164,16 @@ void Controller::ac_memory(Taker &, std::string &reply)
     put_text(reply, written ? memory_path_ : "");
 }
 
-void Controller::upgrade(Taker &in, std::string &reply)
+void Controller::answer(const UpgradeRequest &request, std::string &reply)
 {
-    in.number<uint16_t>();
-    const auto count = in.number<uint16_t>();
-    const auto period = in.number<uint32_t>();
-    const auto type = in.number<uint32_t>();
-    log("period %u, type %u", period, type);
-    for_each(in.macs(count), reply, [](Device &device) { return start_upgrade(device); });
+    log("period %u, type %u", request.period, request.type);
+    for_each(request.wtps, reply, [](Device &device) { return start_upgrade(device); });
 }
 
-void Controller::firmware_list(Taker &in, std::string &reply)
+void Controller::answer(const FirmwareListRequest &request, std::string &reply)
 {
-    in.number<uint16_t>();
     std::string one_step, two_step;
-    for_each(in.mac_list(), reply, [&](Device &device) -> uint8_t {
+    for_each(request.wtps, reply, [&](Device &device) -> uint8_t {
         const unsigned steps = upgrade_steps(device);
         if (steps == 0)
             return RESULT_NO_IMAGE;
@@ -212,66 +186,53 @@ void Controller::firmware_list(Taker &in, std::string &reply)
     }
 }
 
-void Controller::firmware_state(Taker &in, std::string &)
+void Controller::answer(const FirmwareStateRequest &request, std::string &)
 {
-    log("firmware upgrading state is %u", in.number<uint32_t>());
+    log("firmware upgrading state is %u", request.state);
 }
 
-void Controller::reset(Taker &in, std::string &reply)
+void Controller::answer(const ResetRequest &request, std::string &reply)
 {
-    in.number<uint16_t>();
-    const bool factory = in.number<uint8_t>() != 0;
-    in.number<uint8_t>();
-    const auto wait = in.number<int32_t>();
-    for_each(in.mac_list(), reply, [=](Device &device) -> uint8_t {
-        device.started = time(nullptr) + wait;
-        if (factory)
+    for_each(request.wtps, reply, [&](Device &device) -> uint8_t {
+        device.started = time(nullptr) + static_cast<int32_t>(request.wait);
+        if (request.factory)
             reset_configuration(device);
         return RESULT_SUCCESS;
     });
 }
 
-void Controller::debug(Taker &in, std::string &)
+void Controller::answer(const DebugRequest &request, std::string &)
 {
-    const bool enable = in.number<uint32_t>() != 0;
-    const bool wtp = in.number<uint32_t>() != 0;
-    const Mac mac = in.mac();
+    const bool enable = request.enable != 0, wtp = request.wtp != 0;
     if (!wtp)
         debug_ = enable;
-    log("debug log of %s %s: %s", wtp ? "devices" : "the controller", mac_to_text(mac),
+    log("debug log of %s %s: %s", wtp ? "devices" : "the controller", mac_to_text(request.mac),
         enable ? "on" : "off");
 }
 
-void Controller::no_discovery(Taker &in, std::string &)
+void Controller::answer(const NoDiscoveryRequest &request, std::string &)
 {
-    log("discovery is %s", in.number<uint32_t>() != 0 ? "on" : "off");
+    log("discovery is %s", request.on != 0 ? "on" : "off");
 }
 
-void Controller::redirect(Taker &in, std::string &reply)
+void Controller::answer(const RedirectRequest &request, std::string &reply)
 {
-    in.number<uint16_t>();
-    const std::vector<Mac> macs = in.mac_list();
-    const std::string address(in.bytes(in.number<uint8_t>()));
-    log("devices are sent to %s", address.c_str());
-    for_each(macs, reply, [](Device &device) -> uint8_t {
+    log("devices are sent to %s", std::string(request.address.bytes).c_str());
+    for_each(request.wtps, reply, [](Device &device) -> uint8_t {
         device.record.state = WTP_OFFLINE;
         device.record.sub_state = 0;
         return RESULT_SUCCESS;
     });
 }
 
-void Controller::shell(Taker &in, std::string &reply)
+void Controller::answer(const ShellRequest &request, std::string &reply)
 {
-    in.number<uint16_t>();
-    const std::vector<Mac> macs = in.mac_list();
-    const auto type = in.number<uint8_t>();
-    in.number<uint32_t>();
-    const std::string command(in.bytes(in.number<uint16_t>()));
-    for (const Mac &mac : macs) {
+    const std::string command(request.command.bytes);
+    for (const Mac &mac : request.wtps) {
         const Device *device = find(mac);
         const uint8_t code = check_acting(mac, device);
         put(reply, code);
         if (code == RESULT_SUCCESS)
-            put_text(reply, canned_output(*device, command, type));
+            put_text(reply, canned_output(*device, command, request.type));
     }
 }

@@ -2,10 +2,10 @@
 // The simulated controller: its state, and an answer to every command.
 #pragma once
 
+#include "proto/requests.h"
 #include "proto/result_code.h"
 #include "sim/fleet.h"
 #include "sim/record_writer.h"
-#include "sim/taker.h"
 #include "util/temp_file.h"
 
 #include <map>
@@ -42,33 +42,14 @@ public:
     void log(const char *format, ...) __attribute__((format(printf, 2, 3)));
 
 private:
-    struct Command;
-    static const Command &command(uint8_t code);
-
-    void list_wtps(Taker &in, std::string &reply);
-    void upgrade(Taker &in, std::string &reply);
-    void add(Taker &in, std::string &reply);
-    void remove(Taker &in, std::string &reply);
-    void set_config(Taker &in, std::string &reply);
-    void reset(Taker &in, std::string &reply);
-    void ac_info(Taker &in, std::string &reply);
-    void ac_memory(Taker &in, std::string &reply);
-    void firmware_state(Taker &in, std::string &reply);
-    void scan(Taker &in, std::string &reply);
-    void background_scan(Taker &in, std::string &reply);
-    void auto_channel(Taker &in, std::string &reply);
-    void auto_tx_power(Taker &in, std::string &reply);
-    void kick(Taker &in, std::string &reply);
-    void debug(Taker &in, std::string &reply);
-    void no_discovery(Taker &in, std::string &reply);
-    void redirect(Taker &in, std::string &reply);
-    void shell(Taker &in, std::string &reply);
-    void firmware_list(Taker &in, std::string &reply);
+    // An answer to each of the requests.
+#define ANSWER(Request, name) void answer(const Request &request, std::string &reply);
+    ALL_REQUESTS(ANSWER)
+#undef ANSWER
 
     Device *find(const Mac &mac) const;
     uint8_t check_acting(const Mac &mac, const Device *device) const;
-    template <class Action>
-    void for_each(const std::vector<Mac> &macs, std::string &reply, Action action);
+    template <class Action> void for_each(Macs macs, std::string &reply, Action action);
     template <class Action> uint32_t for_each_radio(uint32_t band, Action action);
 
     ControllerOptions options_;
@@ -81,8 +62,7 @@ private:
 };
 
 // One result byte for each address: what keeps the device from acting, or what the action says.
-template <class Action>
-void Controller::for_each(const std::vector<Mac> &macs, std::string &reply, Action action)
+template <class Action> void Controller::for_each(Macs macs, std::string &reply, Action action)
 {
     for (const Mac &mac : macs) {
         Device *device = find(mac);

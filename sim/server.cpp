@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "sim/server.h"
 
-#include "sim/request.h"
+#include "sim/request_reader.h"
 
 #include <cerrno>
 #include <memory>

@@ -114,7 +114,7 @@ class Files(Case):
         self.expect(run(["sh", "--mac", MAC, "--cmd", "c" * 65535], [(">", request), ("<", b"\6")]), status=0,
                     err=f"ERROR: Device {MAC} was not found.\n".encode())
         self.expect(run(["sh", "--mac", MAC, "--cmd", "c" * 65536]),
-                    err=b"ERROR: Request of 65551 bytes is too long, at most 65535 fit.\n")
+                    err=b"ERROR: Request of 65536 bytes is too long, at most 65535 fit.\n")
 
 
 if __name__ == "__main__":

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "rollout/requests.h"
 
-#include "ops/upgrade_requests.h"
+#include "ops/fwlist.h"
+#include "proto/request_writer.h"
 
 #include <algorithm>
 #include <new>
@@ -30,7 +31,7 @@ void list_devices(const Place &place, const std::vector<Mac> &macs,
 static void ask_for_some(const Place &place, const MacList &macs, FirmwareSteps &known)
 {
     Connection connection(place);
-    if (send_fwlist_request(connection.session(), macs) != 0)
+    if (send_request(connection.session(), FirmwareListRequest{macs}) != 0)
         connection.fail();
     ReplyReader reply(connection.session());
     for (const Mac &mac : macs)
@@ -61,7 +62,7 @@ std::vector<uint8_t> start_upgrades(const Place &place, const std::vector<Mac> &
     Connection connection(place);
     try {
         std::vector<uint8_t> codes(macs.size());
-        if (send_upg_request(connection.session(), list, period, type) != 0)
+        if (send_request(connection.session(), UpgradeRequest{list, period, type}) != 0)
             connection.fail();
         ReplyReader reply(connection.session());
         reply.take(codes.data(), codes.size());

@@ -123,17 +123,19 @@ static int configure(AcSession &session, const Choices &choices, int wait)
     if (several && count != choices.wtps.list().size())
         return fail("ERROR: File number is not equal to MAC number when multiple files are "
                     "specified\n");
-    Table<TlvBuffer> lists;
-    if (!lists.reserve(count))
-        return fail("ERROR: Out of memory.\n");
+    TlvBuffer lists;
     for (const char *name : choices.file_names)
-        if (config_file_load(name, choices.kind, lists.append()) != 0)
+        if (config_file_load(name, choices.kind, lists) != 0 || tlv_end(lists) != 0)
             return 1;
     if (choices.add)
         return report_unusable(OPT_FILE, OPT_ADD);
     if (choices.del)
         return report_unusable(OPT_FILE, OPT_DEL);
-    return cfg_request_set(session, choices.wtps.list(), choices.kind, wait, several, lists);
+    const int status = cfg_request_set(
+        session,
+        {choices.wtps.list(), choices.kind, static_cast<uint32_t>(wait), several, {lists.bytes()}});
+    tlv_free(lists);
+    return status;
 }
 
 static int cfg_command(AcSession &session, const OptArgList &opts)

@@ -46,6 +46,14 @@ int tlv_append_string(TlvBuffer &buffer, uint32_t type, uint32_t index_len, cons
     return tlv_append(buffer, type, index_len, index, static_cast<uint32_t>(strlen(text)), text);
 }
 
+int tlv_end(TlvBuffer &buffer)
+{
+    if (buffer.wire.place(2) == nullptr)
+        return buffer.messages.report(Cause::no_memory, 0, "ERROR: Out of memory\n");
+    append_u16(buffer, 0);
+    return 0;
+}
+
 void tlv_free(TlvBuffer &buffer)
 {
     buffer.wire.clear();

@@ -6,6 +6,8 @@
 //     N index key: the positions of the array elements on the way to the value
 //     2 value length M
 //     M value
+//
+// A list of items ends in 2 bytes 0 in the place of a type.
 #pragma once
 
 #include "util/bytes.h"
@@ -13,6 +15,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 // The items back to back, as they are sent.
 struct TlvBuffer {
@@ -20,6 +23,10 @@ struct TlvBuffer {
     Messages messages; // where those that make items report
 
     size_t wire_size() const { return wire.size(); }
+    std::string_view bytes() const
+    {
+        return {reinterpret_cast<const char *>(wire.data()), wire.size()};
+    }
 };
 
 // Each appends one item, copying what it is given; of type, lengths and numbers the low bits that
@@ -32,6 +39,9 @@ int tlv_append_u16(TlvBuffer &buffer, uint32_t type, uint32_t index_len, const u
                    uint32_t number); // its low 16 bits
 int tlv_append_string(TlvBuffer &buffer, uint32_t type, uint32_t index_len, const uint8_t *index,
                       const char *text); // without the terminator
+
+// Ends a list of items, which another one can follow: two bytes 0. The same result.
+int tlv_end(TlvBuffer &buffer);
 
 // Releases the items and leaves the buffer empty.
 void tlv_free(TlvBuffer &buffer);

@@ -270,10 +270,7 @@ int receive_wtp_list(ByteSource &source, WtpList &list)
 
 int fetch_wtp_list(AcSession &session, WtpList &list, uint32_t filter, const MacList &macs)
 {
-    RequestWriter request(session, COMMAND_WTP_LIST);
-    request.u32(filter);
-    request.mac_list(macs);
-    if (request.finish() != 0)
+    if (send_request(session, WtpListRequest{filter, macs}) != 0)
         return 1;
     return receive_wtp_list(session, list);
 }

@@ -1,10 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The device list request, which every reporting command uses.
 //
-//     request   1 command code 1
-//               4 filter, WtpFilter bits
-//               2 count N of addresses, 0: all devices
-//             6*N addresses
 //     reply     1 marker: 0 a record follows, then the next marker; else the end of the list
 //               . the record, see wtp_layout.h
 //

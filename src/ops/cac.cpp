@@ -1,15 +1,8 @@
 // SPDX-License-Identifier: MIT
 // zov cac: sends devices to another controller.
 //
-//     request   1 command code 17
-//               2 payload length
-//               2 count N of devices
-//             6*N devices
-//               1 length L
-//               L address or host name
 //     reply     N result bytes
 #include "options/option_checks.h"
-#include "proto/request_writer.h"
 #include "proto/results.h"
 #include "util/ipv4.h"
 #include "util/output.h"
@@ -29,20 +22,6 @@ static int check_address(const char *text)
     return 0;
 }
 
-static int cac_request(AcSession &session, const MacList &wtps, const char *address)
-{
-    const size_t length = strlen(address);
-    RequestWriter request(session, COMMAND_REDIRECT);
-    request.begin_length();
-    request.mac_list(wtps);
-    request.u8(static_cast<uint8_t>(length));
-    request.bytes(address, length);
-    request.end_length();
-    if (request.finish() != 0)
-        return 1;
-    return read_device_results(session, wtps);
-}
-
 static int cac_command(AcSession &session, const OptArgList &opts)
 {
     MacOption wtps(OPT_MAC);
@@ -60,7 +39,7 @@ static int cac_command(AcSession &session, const OptArgList &opts)
         return report_missing_option(OPT_MAC);
     if (address == nullptr)
         return report_missing_option(OPT_IP);
-    return cac_request(session, wtps.list(), address);
+    return request_device_results(session, RedirectRequest{wtps.list(), {address}});
 }
 
 const CommandSpec CAC_ROW = {

@@ -1,24 +1,11 @@
 // SPDX-License-Identifier: MIT
 // zov dbg: debug logging, of the controller or of devices.
 //
-//     request   1 command code 15
-//               4 enable: 0 or 1
-//               4 1 for devices, 0 for the controller
-//               6 the device, zero for all
 //     reply     none
 #include "options/option_checks.h"
 #include "proto/request_writer.h"
 
 extern const CommandSpec DBG_ROW;
-
-static int dbg_request(AcSession &session, bool enable, bool wtp, const Mac &mac)
-{
-    RequestWriter request(session, COMMAND_DEBUG);
-    request.u32(enable);
-    request.u32(wtp);
-    request.mac(mac);
-    return request.finish();
-}
 
 static int dbg_command(AcSession &session, const OptArgList &opts)
 {
@@ -31,7 +18,8 @@ static int dbg_command(AcSession &session, const OptArgList &opts)
         return 1;
     if (!opts.given(OPT_ENABLE))
         return report_missing_option(OPT_ENABLE);
-    return dbg_request(session, opts.number(OPT_ENABLE) != 0, opts.given(OPT_WTP), mac);
+    return send_request(session,
+                        DebugRequest{opts.number(OPT_ENABLE) != 0, opts.given(OPT_WTP), mac});
 }
 
 const CommandSpec DBG_ROW = {

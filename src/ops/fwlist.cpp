@@ -1,14 +1,10 @@
 // SPDX-License-Identifier: MIT
 // zov fwlist: the devices that upgrade in one step, and those that upgrade in two.
 //
-//     request   1 command code 19
-//               2 payload length
-//               2 count N of devices
-//             6*N devices
 //     reply     N result bytes
 //               2 count of devices that upgrade in one step, 6 each
 //               2 count of devices that upgrade in two steps, 6 each
-#include "ops/upgrade_requests.h"
+#include "ops/fwlist.h"
 #include "options/option_checks.h"
 #include "proto/request_writer.h"
 #include "proto/result_code.h"
@@ -27,19 +23,10 @@ void read_fwlist(ReplyReader &reply, MacList &macs)
         reply.read(macs.append());
 }
 
-int send_fwlist_request(AcSession &session, const MacList &wtps)
-{
-    RequestWriter request(session, COMMAND_FIRMWARE_LIST);
-    request.begin_length();
-    request.mac_list(wtps);
-    request.end_length();
-    return request.finish();
-}
-
 static int fwlist_request(AcSession &session, const MacList &wtps, MacList &one_step,
                           MacList &two_step)
 {
-    if (send_fwlist_request(session, wtps) != 0)
+    if (send_request(session, FirmwareListRequest{wtps}) != 0)
         return 1;
     ReplyReader reply(session);
     for (const Mac &mac : wtps)

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 // zov initfw: sets the controller's firmware upgrading state.
 //
-//     request   1 command code 9
-//               4 state
 //     reply     none
 #include "options/option_checks.h"
 #include "proto/request_writer.h"
@@ -13,9 +11,8 @@ static int initfw_command(AcSession &session, const OptArgList &opts)
 {
     if (check_options(INITFW_ROW, opts) != 0)
         return 1;
-    RequestWriter request(session, COMMAND_FIRMWARE_STATE);
-    request.u32(static_cast<uint32_t>(opts.number(OPT_FWSTAT)));
-    return request.finish();
+    return send_request(session,
+                        FirmwareStateRequest{static_cast<uint32_t>(opts.number(OPT_FWSTAT))});
 }
 
 const CommandSpec INITFW_ROW = {

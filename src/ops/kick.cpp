@@ -1,35 +1,13 @@
 // SPDX-License-Identifier: MIT
 // zov kick: disconnects wireless clients.
 //
-//     request   1 command code 14
-//               2 payload length
-//               1 band
-//               1 WLAN number
-//               2 count of clients, 6 each
-//               2 count N of devices, 6 each
 //     reply     N result bytes
 #include "ops/radio_band.h"
 #include "options/option_checks.h"
-#include "proto/request_writer.h"
 #include "proto/results.h"
 #include "util/output.h"
 
 extern const CommandSpec KICK_ROW;
-
-static int kick_request(AcSession &session, const MacList &wtps, RadioBand band, int wlan,
-                        const MacList &clients)
-{
-    RequestWriter request(session, COMMAND_KICK);
-    request.begin_length();
-    request.u8(static_cast<uint8_t>(band));
-    request.u8(static_cast<uint8_t>(wlan));
-    request.mac_list(clients);
-    request.mac_list(wtps);
-    request.end_length();
-    if (request.finish() != 0)
-        return 1;
-    return read_device_results(session, wtps);
-}
 
 static int kick_command(AcSession &session, const OptArgList &opts)
 {
@@ -50,7 +28,9 @@ static int kick_command(AcSession &session, const OptArgList &opts)
         return report_missing_option(OPT_WLAN);
     if (!clients.given())
         return report_missing_option(OPT_CLIENT);
-    return kick_request(session, wtps.list(), band, opts.number(OPT_WLAN), clients.list());
+    return request_device_results(session, KickRequest{static_cast<uint8_t>(band),
+                                                       static_cast<uint8_t>(opts.number(OPT_WLAN)),
+                                                       clients.list(), wtps.list()});
 }
 
 const CommandSpec KICK_ROW = {

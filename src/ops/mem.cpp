@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // zov mem: the blocks of memory that the controller has in use.
 //
-//     request   1 command code 8
 //     reply     2 length L
 //               L path of the record file, none when L is 0
 //
@@ -43,8 +42,7 @@ struct MemRecord {
 
 static int mem_request(AcSession &session, Text &path)
 {
-    RequestWriter request(session, COMMAND_AC_MEMORY);
-    if (request.finish() != 0)
+    if (send_request(session, AcMemoryRequest()) != 0)
         return 1;
     ReplyReader reply(session);
     reply.read(path);

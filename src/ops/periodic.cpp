@@ -1,11 +1,6 @@
 // SPDX-License-Identifier: MIT
 // zov bgscan, autoch, autotp: a function that the controller repeats on all devices of a band.
 //
-//     request   1 command code 11 (bgscan), 12 (autoch) or 13 (autotp)
-//               2 payload length
-//               4 band
-//               1 enable
-//               4 period in seconds
 //     reply     counted results for bgscan, none for the others
 #include "ops/radio_band.h"
 #include "options/option_checks.h"
@@ -17,26 +12,15 @@
 
 extern const CommandSpec BGSCAN_ROW, AUTOCH_ROW, AUTOTP_ROW;
 
-static int periodic_request(AcSession &session, CommandCode code, RadioBand band, bool enable,
-                            int period)
-{
-    RequestWriter request(session, code);
-    request.begin_length();
-    request.u32(static_cast<uint32_t>(band));
-    request.u8(enable);
-    request.u32(static_cast<uint32_t>(period));
-    request.end_length();
-    return request.finish();
-}
-
 // Unlike elsewhere the message does not quote the argument, which may be missing.
 static int report_invalid(OptionCode code)
 {
     return fail("ERROR: Invalid --%s argument.\n", option_name(code));
 }
 
+template <class Request>
 static int periodic_command(const CommandSpec &row, AcSession &session, const OptArgList &opts,
-                            CommandCode code, RadioBand last_band)
+                            RadioBand last_band)
 {
     if (check_options(row, opts, [](const OptArg &opt) {
             if (opt.code == OPT_ENABLE && strcmp(opt.arg, "0") != 0 && strcmp(opt.arg, "1") != 0)
@@ -49,25 +33,25 @@ static int periodic_command(const CommandSpec &row, AcSession &session, const Op
         return report_invalid(OPT_RADIO);
     if (!opts.given(OPT_ENABLE))
         return report_invalid(OPT_ENABLE);
-    return periodic_request(session, code, band, opts.number(OPT_ENABLE) == 1,
-                            opts.number(OPT_PERIOD));
+    return send_request(session, Request{static_cast<uint32_t>(band), opts.number(OPT_ENABLE) == 1,
+                                         static_cast<uint32_t>(opts.number(OPT_PERIOD))});
 }
 
 static int bgscan_command(AcSession &session, const OptArgList &opts)
 {
-    if (periodic_command(BGSCAN_ROW, session, opts, COMMAND_BACKGROUND_SCAN, BAND_5G1) != 0)
+    if (periodic_command<BackgroundScanRequest>(BGSCAN_ROW, session, opts, BAND_5G1) != 0)
         return 1;
     return read_counted_results(session);
 }
 
 static int autoch_command(AcSession &session, const OptArgList &opts)
 {
-    return periodic_command(AUTOCH_ROW, session, opts, COMMAND_AUTO_CHANNEL, BAND_5G);
+    return periodic_command<AutoChannelRequest>(AUTOCH_ROW, session, opts, BAND_5G);
 }
 
 static int autotp_command(AcSession &session, const OptArgList &opts)
 {
-    return periodic_command(AUTOTP_ROW, session, opts, COMMAND_AUTO_TX_POWER, BAND_5G1);
+    return periodic_command<AutoTxPowerRequest>(AUTOTP_ROW, session, opts, BAND_5G1);
 }
 
 #define PERIODIC_HELP                                                                              \

@@ -1,30 +1,12 @@
 // SPDX-License-Identifier: MIT
 // zov scan: a site survey by devices, on one band.
 //
-//     request   1 command code 10
-//               2 payload length
-//               1 band
-//               2 count N of devices
-//             6*N devices
 //     reply     N result bytes
 #include "ops/radio_band.h"
 #include "options/option_checks.h"
-#include "proto/request_writer.h"
 #include "proto/results.h"
 
 extern const CommandSpec SCAN_ROW;
-
-static int scan_request(AcSession &session, const MacList &wtps, RadioBand band)
-{
-    RequestWriter request(session, COMMAND_SCAN);
-    request.begin_length();
-    request.u8(static_cast<uint8_t>(band));
-    request.mac_list(wtps);
-    request.end_length();
-    if (request.finish() != 0)
-        return 1;
-    return read_device_results(session, wtps);
-}
 
 static int scan_command(AcSession &session, const OptArgList &opts)
 {
@@ -36,7 +18,7 @@ static int scan_command(AcSession &session, const OptArgList &opts)
         return report_missing_option(OPT_MAC);
     if (band == BAND_UNSET)
         return report_missing_option(OPT_RADIO);
-    return scan_request(session, wtps.list(), band);
+    return request_device_results(session, ScanRequest{static_cast<uint8_t>(band), wtps.list()});
 }
 
 const CommandSpec SCAN_ROW = {

@@ -1,14 +1,6 @@
 // SPDX-License-Identifier: MIT
 // zov sh: runs a shell command on devices and prints what they answer.
 //
-//     request   1 command code 18
-//               2 payload length, its low 16 bits
-//               2 count N of devices
-//             6*N devices
-//               1 output type: 0 all, 1 standard output, 2 standard error
-//               4 timeout in seconds
-//               2 length L
-//               L command
 //     reply     for each device: 1 result byte; when it is 0, 2 length M and M output
 #include "options/option_checks.h"
 #include "proto/reply_reader.h"
@@ -35,25 +27,13 @@ static void read_output(ReplyReader &reply, Text &output)
 }
 
 // Fills one output for each device; it stays absent for a device that answered with a failure,
-// which is printed.
-static int sh_request(AcSession &session, const MacList &wtps, int type, int timeout,
-                      const char *command, Table<Text> &outputs)
+// which is reported.
+static int sh_request(AcSession &session, const ShellRequest &request, Table<Text> &outputs)
 {
-    const size_t length = strlen(command), payload = length + 6 * size_t{wtps.size()} + 9;
-    RequestWriter request(session, COMMAND_SHELL);
-    if (length > UINT16_MAX)
-        request.refuse("bytes", payload, UINT16_MAX);
-    request.u16(static_cast<uint16_t>(payload));
-    request.mac_list(wtps);
-    request.u8(static_cast<uint8_t>(type));
-    request.u32(static_cast<uint32_t>(timeout));
-    request.u16(static_cast<uint16_t>(length));
-    request.bytes(command, length);
-    if (request.finish() != 0)
+    if (send_request(session, request) != 0)
         return 1;
-
     ReplyReader reply(session);
-    for (const Mac &mac : wtps) {
+    for (const Mac &mac : request.wtps) {
         Text &output = outputs.append();
         const auto code = reply.number<uint8_t>();
         if (code != RESULT_SUCCESS)
@@ -99,8 +79,12 @@ static int sh_command(AcSession &session, const OptArgList &opts)
     Table<Text> outputs;
     if (!outputs.reserve(wtps.list().size()))
         return fail("ERROR: Out of memory\n");
-    if (sh_request(session, wtps.list(), opts.number(OPT_TYPE), opts.number(OPT_TIMEOUT),
-                   opts.text(OPT_CMD), outputs) != 0)
+    if (sh_request(session,
+                   {wtps.list(),
+                    static_cast<uint8_t>(opts.number(OPT_TYPE)),
+                    static_cast<uint32_t>(opts.number(OPT_TIMEOUT)),
+                    {opts.text(OPT_CMD)}},
+                   outputs) != 0)
         return 1;
     print_outputs(wtps.list(), outputs);
     return 0;

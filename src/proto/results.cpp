@@ -4,7 +4,7 @@
 #include "proto/reply_reader.h"
 #include "proto/result_code.h"
 
-int read_device_results(ByteSource &source, const MacList &macs)
+int read_device_results(ByteSource &source, Macs macs)
 {
     ReplyReader reply(source);
     int status = 0;

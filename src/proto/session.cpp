@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "proto/session.h"
 
-#include "proto/commands.h"
+#include "proto/requests.h"
 #include "util/byte_order.h"
 #include <arpa/inet.h>
 #include <cerrno>
@@ -81,7 +81,7 @@ int ac_connect(AcSession &session, const char *address, int port)
 
 void ac_disconnect(AcSession &session)
 {
-    const uint8_t goodbye = COMMAND_GOODBYE;
+    const uint8_t goodbye = GOODBYE;
     if (send_all(session, &goodbye, sizeof goodbye) < 0)
         session.messages.report_errno(Cause::not_sent, "ERROR: writing socket failed for reason");
     if (close(session.socket) != 0)

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // zov ac: the controller's summary.
 //
-//     request   1 command code 7
 //     reply     2 length L
 //               L version text
 //               4 max_wtps, 4 managed_wtps, 4 active_wtps, 4 total_sta, 4 upg_wtps,
@@ -31,8 +30,7 @@ struct AcInfo {
 
 static int fetch_ac_info(AcSession &session, AcInfo &info)
 {
-    RequestWriter request(session, COMMAND_AC_INFO);
-    if (request.finish() != 0)
+    if (send_request(session, AcInfoRequest()) != 0)
         return 1;
     ReplyReader reply(session);
     reply.read(info.cw_ver);
