@@ -168,3 +168,15 @@ void reset_configuration(Device &device)
     device.record.wtp_cfg = cfg;
     device.cfg_memory = std::move(memory);
 }
+
+void give_power(WtpRecord &wtp, PoePortInfo &poe, uint32_t watts)
+{
+    constexpr uint32_t CLASS = 3, VOLTS = 53;
+    wtp.poe_global.allocated_power += watts - poe.output_power;
+    const bool on = watts > 0;
+    poe.poe_class = on ? CLASS : 0;
+    poe.status = on;
+    poe.output_voltage = on ? VOLTS : 0;
+    poe.output_current = watts * 1000 / VOLTS;
+    poe.output_power = watts;
+}

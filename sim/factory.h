@@ -33,3 +33,6 @@ void set_text(Memory &memory, std::string_view &text, const char *format, Parts.
 
 // Puts the configuration back to what the device was delivered with.
 void reset_configuration(Device &device);
+
+// Lets a port of a switch give so many watts, which may be none.
+void give_power(WtpRecord &wtp, PoePortInfo &poe, uint32_t watts);

@@ -146,19 +146,13 @@ void add_ports(Memory &memory, WtpRecord &wtp, Dice &dice, uint32_t ports)
         const bool up = dice.chance(70);
         port = {number, 1, up ? 1000U : 0U, up, 0, 1, 1};
         PoePortInfo &poe = wtp.poe_port.append();
-        const uint32_t watts = up ? dice.between(4, 18) : 0;
-        poe = {number,
-               1,
-               up ? 3U : 0U,
-               number % 3,
-               1,
-               30,
-               up,
-               up ? 53U : 0U,
-               up ? watts * 1000 / 53 : 0,
-               watts,
-               dice.between(35, 50)};
-        wtp.poe_global.allocated_power += watts;
+        poe.port = number;
+        poe.enable = 1;
+        poe.priority = number % 3;
+        poe.power_limit_type = 1;
+        poe.user_power_limit = 30;
+        give_power(wtp, poe, up ? dice.between(4, 18) : 0);
+        poe.temperature = dice.between(35, 50);
     }
     memory.make_room(wtp.trunk_port, 1);
     TrunkPortInfo &trunk = wtp.trunk_port.append();

@@ -78,9 +78,10 @@ private:
             return WTP_FILTER_DETAIL;
         case Section::stations:
             return WTP_FILTER_STAINF;
-        default:
-            return WTP_FILTER_CFG;
+        case Section::configuration:
+            break;
         }
+        return WTP_FILTER_CFG;
     }
 
     std::string &reply_;

@@ -54,7 +54,7 @@ void advance_upgrade(Device &device, time_t now)
     const UpgradeCourse::Kind course = device.course.kind;
     if (course == UpgradeCourse::timed)
         return;
-    switch (wtp.upg_state) {
+    switch (static_cast<UpgradeState>(wtp.upg_state)) {
     case UPGRADE_WAITING:
         wtp.upg_state = UPGRADE_LOADING;
         wtp.sub_state = WTP_SUB_UPGRADING;
@@ -69,7 +69,9 @@ void advance_upgrade(Device &device, time_t now)
     case UPGRADE_WRITING:
         end_upgrade(device, course == UpgradeCourse::fails ? UPGRADE_FAILED : UPGRADE_DONE, now);
         break;
-    default:
+    case UPGRADE_NONE:
+    case UPGRADE_DONE:
+    case UPGRADE_FAILED:
         break;
     }
 }

@@ -37,9 +37,11 @@ static string action(const CompletedOption &option)
         return "_PROGRAM_devices";
     case Completes::mac_list:
         return "_sequence _PROGRAM_devices";
-    default:
-        return " ";
+    case Completes::nothing:
+    case Completes::free:
+        break;
     }
+    return " ";
 }
 
 // _arguments offers an option once, unless * stands before it.

@@ -210,9 +210,10 @@ string type_words(const Member &member)
         return "integer";
     case MemberType::text:
         return *member.words == '\0' ? "text" : member.words;
-    default:
-        return "any";
+    case MemberType::any:
+        break;
     }
+    return "any";
 }
 
 // The entries of the members below an object that are not known yet, in the order of the report.

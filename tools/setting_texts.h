@@ -20,10 +20,6 @@ inline constexpr SettingText SETTING_TEXTS[] = {
 #define GROUP(path, ...) {path, __VA_ARGS__},
 #include "config/settings.def"
 #undef SAME
-#undef AP
-#undef SWITCH
-#undef COUNT
-#undef GROUP
 };
 
 // The last two names of a path.

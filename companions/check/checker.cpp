@@ -54,7 +54,7 @@ int Checker::Walk::take_value(std::string_view path, IndexKey key, const json_va
     const DeviceKind kind = self.config.kind;
     const ConfigArray *array = value.type == json_array ? config_array_find(path) : nullptr;
     const ConfigKey *row = nullptr;
-    for (const DeviceKind of : {kind, kind == DEVICE_SWITCH ? DEVICE_ACCESS_POINT : DEVICE_SWITCH})
+    for (const DeviceKind of : {kind, other_kind(kind)})
         if (array == nullptr && row == nullptr)
             row = config_key_find(config_keys(of), path);
     if (array != nullptr)

@@ -83,9 +83,12 @@ static string value_text(const ConfigKey *row, string_view value)
                                });
     case FORM_PASSWORD_DIGEST:
         return digest_text(value);
-    default:
-        return number_text(row, value);
+    case FORM_U32:
+    case FORM_U16:
+    case FORM_DATA_RATE:
+        break;
     }
+    return number_text(row, value);
 }
 
 string items_text(const TlvBuffer &buffer, const std::vector<SentItem> &items)

@@ -118,7 +118,7 @@ private:
         const bool of_switch = known_.kind == DEVICE_SWITCH;
         std::string path(node.path);
         path.append(path.empty() ? "" : ".").append(name);
-        const ConfigKey *row = config_keys(of_switch ? DEVICE_ACCESS_POINT : DEVICE_SWITCH);
+        const ConfigKey *row = config_keys(other_kind(known_.kind));
         for (; !row->path.empty(); row++) {
             const std::string_view rest = row->path.substr(std::min(path.size(), row->path.size()));
             if (row->path.starts_with(path) && (rest.empty() || rest[0] == '.' || rest[0] == '['))

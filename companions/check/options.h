@@ -11,10 +11,7 @@ struct CheckSettings : Place {
     uint8_t type = 0;
     bool items = false;
 
-    [[nodiscard]] DeviceKind kind() const
-    {
-        return type == 1 ? DEVICE_SWITCH : DEVICE_ACCESS_POINT;
-    }
+    [[nodiscard]] DeviceKind kind() const { return kind_of_type(type); }
 };
 
 inline constexpr Option<CheckSettings> CHECK_OPTIONS[] = {

@@ -98,4 +98,4 @@ static void write_cfg(Devices &devices, const ExportSettings &settings)
     file.finish();
 }
 
-const Format CFG_FORMAT = {"cfg", WTP_FILTER_ALL & ~uint32_t{WTP_FILTER_STAINF}, write_cfg};
+const Format cfg_format = {WTP_FILTER_ALL & ~uint32_t{WTP_FILTER_STAINF}, write_cfg};

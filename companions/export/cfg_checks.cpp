@@ -44,12 +44,10 @@ std::string objection(const ConfigKey &row, std::string_view text)
 std::string objection_to_list(const ConfigKey &row, const std::vector<std::string> &elements,
                               DeviceKind kind)
 {
-    const uint32_t size = std::max<uint32_t>(row.element_size(), 1);
-    const uint32_t most = std::min<uint32_t>(CONFIG_ELEMENTS_MAX, CONFIG_VALUE_BYTES_MAX / size);
-    if (elements.size() > most)
-        return std::to_string(elements.size()) + " elements, " + std::to_string(most) +
-               " can be sent";
-    if ((row.form == FORM_MAC_LIST || kind == DEVICE_ACCESS_POINT) && has_equal(elements))
+    if (elements.size() > row.elements_max())
+        return std::to_string(elements.size()) + " elements, " +
+               std::to_string(row.elements_max()) + " can be sent";
+    if (row.has_distinct_elements(kind) && has_equal(elements))
         return "has an element twice";
     for (const std::string &element : elements) {
         Mac mac;

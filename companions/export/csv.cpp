@@ -4,7 +4,10 @@
 #include "export/formats.h"
 #include "export/text.h"
 
+#include <algorithm>
 #include <ctime>
+#include <iterator>
+#include <vector>
 
 namespace {
 
@@ -58,79 +61,69 @@ uint32_t ports_up(const WtpRecord &wtp)
     return count;
 }
 
-using Wtp = const WtpRecord &;
+#define NAME_AND_COMMA(name) name,
+#define TEXT_AND_COMMA(name) #name,
+enum class Column { EXPORT_COLUMNS(NAME_AND_COMMA) };
+constexpr std::string_view NAMES[] = {EXPORT_COLUMNS(TEXT_AND_COMMA)};
 
-constexpr struct Column {
-    std::string_view name;
-    std::string (*cell)(Wtp wtp);
-} COLUMNS[] = {
-    {"mac", [](Wtp wtp) { return mac_name(wtp.mac); }},
-    {"name", [](Wtp wtp) { return std::string(wtp.name); }},
-    {"kind", [](Wtp wtp) { return std::string(kind_name(wtp)); }},
-    {"model", [](Wtp wtp) { return std::string(wtp.model); }},
-    {"sku", [](Wtp wtp) { return std::string(wtp.sku); }},
-    {"serial", [](Wtp wtp) { return std::string(wtp.sn); }},
-    {"location", location},
-    {"address", [](Wtp wtp) { return ipv4_name(wtp.ip); }},
-    {"port", [](Wtp wtp) { return number(wtp.port); }},
-    {"mask", [](Wtp wtp) { return ipv4_name(wtp.cur_cfg.mask); }},
-    {"gateway", [](Wtp wtp) { return ipv4_name(wtp.cur_cfg.gateway); }},
-    {"dns1", [](Wtp wtp) { return ipv4_name(wtp.cur_cfg.dns1); }},
-    {"dns2", [](Wtp wtp) { return ipv4_name(wtp.cur_cfg.dns2); }},
-    {"managed", [](Wtp wtp) { return yes_or_no(wtp.managed != 0); }},
-    {"state", state_name},
-    {"firmware", [](Wtp wtp) { return std::string(wtp.sw_ver); }},
-    {"new_firmware", [](Wtp wtp) { return std::string(wtp.new_fw_ver); }},
-    {"upgrade_state", [](Wtp wtp) { return number(wtp.upg_state); }},
-    {"progress", [](Wtp wtp) { return number(wtp.progress); }},
-    {"uptime", [](Wtp wtp) { return number(wtp.uptime); }},
-    {"joined", [](Wtp wtp) { return when(wtp.join_time); }},
-    {"last_active", [](Wtp wtp) { return when(wtp.last_time); }},
-    {"changed", [](Wtp wtp) { return when(wtp.change_time); }},
-    {"memory_used", [](Wtp wtp) { return number(wtp.mem.used); }},
-    {"memory_total", [](Wtp wtp) { return number(wtp.mem.total); }},
-    {"radios", [](Wtp wtp) { return number(wtp.radio.size()); }},
-    {"channels", channels},
-    {"stations", [](Wtp wtp) { return number(count_stations(wtp)); }},
-    {"ports", [](Wtp wtp) { return number(wtp.switch_port.size()); }},
-    {"ports_up", [](Wtp wtp) { return number(ports_up(wtp)); }},
-    {"poe_budget", [](Wtp wtp) { return number(wtp.poe_global.power_budget); }},
-    {"poe_used", [](Wtp wtp) { return number(wtp.poe_global.allocated_power); }},
-};
-
-// The option knows the same columns.
-static_assert([] {
-    std::string_view names = EXPORT_COLUMNS;
-    for (const Column &column : COLUMNS) {
-        if (!names.starts_with(column.name))
-            return false;
-        names.remove_prefix(column.name.size());
-        if (names.starts_with(' '))
-            names.remove_prefix(1);
-    }
-    return names.empty();
-}());
-
-// Calls action(column) for each name of a list.
-template <class Action> void for_each_column(std::string_view list, Action action)
+std::string cell_of(const WtpRecord &wtp, Column column)
 {
+    // clang-format off
+    switch (column) {
+    case Column::mac: return mac_name(wtp.mac);
+    case Column::name: return std::string(wtp.name);
+    case Column::kind: return std::string(kind_name(wtp));
+    case Column::model: return std::string(wtp.model);
+    case Column::sku: return std::string(wtp.sku);
+    case Column::serial: return std::string(wtp.sn);
+    case Column::location: return location(wtp);
+    case Column::address: return ipv4_name(wtp.ip);
+    case Column::port: return number(wtp.port);
+    case Column::mask: return ipv4_name(wtp.cur_cfg.mask);
+    case Column::gateway: return ipv4_name(wtp.cur_cfg.gateway);
+    case Column::dns1: return ipv4_name(wtp.cur_cfg.dns1);
+    case Column::dns2: return ipv4_name(wtp.cur_cfg.dns2);
+    case Column::managed: return yes_or_no(wtp.managed != 0);
+    case Column::state: return state_name(wtp);
+    case Column::firmware: return std::string(wtp.sw_ver);
+    case Column::new_firmware: return std::string(wtp.new_fw_ver);
+    case Column::upgrade_state: return number(wtp.upg_state);
+    case Column::progress: return number(wtp.progress);
+    case Column::uptime: return number(wtp.uptime);
+    case Column::joined: return when(wtp.join_time);
+    case Column::last_active: return when(wtp.last_time);
+    case Column::changed: return when(wtp.change_time);
+    case Column::memory_used: return number(wtp.mem.used);
+    case Column::memory_total: return number(wtp.mem.total);
+    case Column::radios: return number(wtp.radio.size());
+    case Column::channels: return channels(wtp);
+    case Column::stations: return number(count_stations(wtp));
+    case Column::ports: return number(wtp.switch_port.size());
+    case Column::ports_up: return number(ports_up(wtp));
+    case Column::poe_budget: return number(wtp.poe_global.power_budget);
+    case Column::poe_used: return number(wtp.poe_global.allocated_power);
+    }
+    // clang-format on
+    return "";
+}
+
+// The columns of a list of their names, which the option has checked.
+std::vector<Column> columns_of(std::string_view list)
+{
+    std::vector<Column> columns;
     while (true) {
         const size_t comma = list.find(',');
-        const std::string_view name = list.substr(0, comma);
-        const Column *found = COLUMNS;
-        for (const Column &column : COLUMNS)
-            if (column.name == name)
-                found = &column;
-        action(*found);
+        const auto *name = std::find(std::begin(NAMES), std::end(NAMES), list.substr(0, comma));
+        columns.push_back(static_cast<Column>(name - NAMES));
         if (comma == std::string_view::npos)
-            return;
+            return columns;
         list.remove_prefix(comma + 1);
     }
 }
 
 // What a spreadsheet would take for a formula is kept from it by an apostrophe, which it does not
 // show. Control characters, line ends among them, are replaced.
-std::string cell_of(std::string_view text)
+std::string quoted(std::string_view text)
 {
     static constexpr std::string_view FORMULA = "=+-@\t\r";
     std::string cell;
@@ -139,10 +132,10 @@ std::string cell_of(std::string_view text)
     append_clean(cell, text);
     if (cell.find_first_of(",\"") == std::string::npos)
         return cell;
-    std::string quoted = "\"";
+    std::string text_in_quotes = "\"";
     for (const char c : cell)
-        quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
-    return quoted + '"';
+        text_in_quotes += c == '"' ? std::string("\"\"") : std::string(1, c);
+    return text_in_quotes + '"';
 }
 
 constexpr const char *DEFAULT_COLUMNS =
@@ -153,20 +146,20 @@ constexpr const char *DEFAULT_COLUMNS =
 static void write_csv(Devices &devices, const ExportSettings &settings)
 {
     OutputFile file(settings.output, MODE_PUBLIC);
-    const std::string_view columns =
-        settings.columns != nullptr ? settings.columns : DEFAULT_COLUMNS;
-    file.put(columns);
+    const std::string_view list = settings.columns != nullptr ? settings.columns : DEFAULT_COLUMNS;
+    const std::vector<Column> columns = columns_of(list);
+    file.put(list);
     file.put("\r\n");
     devices.for_each([&](const WtpRecord &wtp) {
         std::string line;
-        for_each_column(columns, [&](const Column &column) {
-            line += cell_of(column.cell(wtp));
+        for (const Column column : columns) {
+            line += quoted(cell_of(wtp, column));
             line += ',';
-        });
+        }
         line.pop_back();
         file.put(line + "\r\n");
     });
     file.finish();
 }
 
-const Format CSV_FORMAT = {"csv", WTP_FILTER_ALL, write_csv};
+const Format csv_format = {WTP_FILTER_ALL, write_csv};

@@ -102,5 +102,5 @@ static void write_dot(Devices &devices, const ExportSettings &settings)
     file.finish();
 }
 
-const Format DOT_FORMAT = {"dot", WTP_FILTER_ALL & ~uint32_t{WTP_FILTER_CFG | WTP_FILTER_STAINF},
+const Format dot_format = {WTP_FILTER_ALL & ~uint32_t{WTP_FILTER_CFG | WTP_FILTER_STAINF},
                            write_dot};

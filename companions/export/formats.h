@@ -10,10 +10,10 @@
 enum : mode_t { MODE_SECRET = 0600, MODE_PUBLIC = 0666 };
 
 struct Format {
-    const char *name; // one of EXPORT_FORMATS
-    uint32_t filter;  // what it needs of the devices
+    uint32_t filter; // what it needs of the devices
     void (*write)(Devices &devices, const ExportSettings &settings);
 };
 
-extern const Format JSON_FORMAT, NDJSON_FORMAT, CFG_FORMAT, CSV_FORMAT, PROMETHEUS_FORMAT,
-    DOT_FORMAT;
+#define DECLARE(name) extern const Format name##_format;
+EXPORT_FORMATS(DECLARE)
+#undef DECLARE

@@ -37,5 +37,5 @@ static void write_lines(Devices &devices, const ExportSettings &settings)
     file.finish();
 }
 
-const Format JSON_FORMAT = {"json", WTP_FILTER_ALL, write_document};
-const Format NDJSON_FORMAT = {"ndjson", WTP_FILTER_ALL, write_lines};
+const Format json_format = {WTP_FILTER_ALL, write_document};
+const Format ndjson_format = {WTP_FILTER_ALL, write_lines};

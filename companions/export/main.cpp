@@ -2,14 +2,14 @@
 // zov-export: the controller's devices in formats that other programs read.
 #include "export/formats.h"
 
-#include <algorithm>
-
-static const Format &find_format(std::string_view name)
+static const Format *find_format(std::string_view name)
 {
-    static constexpr const Format *FORMATS[] = {&JSON_FORMAT, &NDJSON_FORMAT,     &CFG_FORMAT,
-                                                &CSV_FORMAT,  &PROMETHEUS_FORMAT, &DOT_FORMAT};
-    return **std::find_if(std::begin(FORMATS), std::end(FORMATS) - 1,
-                          [=](const Format *format) { return format->name == name; });
+#define FIND(known)                                                                                \
+    if (name == #known)                                                                            \
+        return &known##_format;
+    EXPORT_FORMATS(FIND)
+#undef FIND
+    return nullptr; // which the option has refused
 }
 
 static const Format &check_settings(const ExportSettings &settings,
@@ -19,12 +19,12 @@ static const Format &check_settings(const ExportSettings &settings,
         throw UsageError(std::string("unexpected argument '") + operands[0] + "'");
     if (settings.format == nullptr)
         throw UsageError("--format is missing, see --help");
-    const Format &format = find_format(settings.format);
+    const Format &format = *find_format(settings.format);
     if (settings.output != nullptr && settings.directory != nullptr)
         throw UsageError("--output and --directory exclude each other");
-    if (settings.directory != nullptr && &format != &CFG_FORMAT)
+    if (settings.directory != nullptr && &format != &cfg_format)
         throw UsageError("--directory is for --format cfg");
-    if (settings.columns != nullptr && &format != &CSV_FORMAT)
+    if (settings.columns != nullptr && &format != &csv_format)
         throw UsageError("--columns is for --format csv");
     return format;
 }

@@ -6,6 +6,7 @@
 #include "common/connection.h"
 #include "util/mac.h"
 
+#include <algorithm>
 #include <string_view>
 
 struct ExportSettings : Place {
@@ -17,51 +18,88 @@ struct ExportSettings : Place {
     const char *columns = nullptr; // of csv, joined by commas
 };
 
-inline constexpr char EXPORT_FORMATS[] = "json ndjson cfg csv prometheus dot";
+// Every format; its row is NAME_format in its own file.
+#define EXPORT_FORMATS(FORMAT)                                                                     \
+    FORMAT(json) FORMAT(ndjson) FORMAT(cfg) FORMAT(csv) FORMAT(prometheus) FORMAT(dot)
 
-// Those of csv.cpp, in its order.
-inline constexpr char EXPORT_COLUMNS[] =
-    "mac name kind model sku serial location address port mask gateway dns1 dns2 managed state "
-    "firmware new_firmware upgrade_state progress uptime joined last_active changed memory_used "
-    "memory_total radios channels stations ports ports_up poe_budget poe_used";
+// Every column of csv.
+#define EXPORT_COLUMNS(COLUMN)                                                                     \
+    COLUMN(mac)                                                                                    \
+    COLUMN(name) COLUMN(kind) COLUMN(model) COLUMN(sku) COLUMN(serial) COLUMN(location)            \
+        COLUMN(address) COLUMN(port) COLUMN(mask) COLUMN(gateway) COLUMN(dns1) COLUMN(dns2)        \
+            COLUMN(managed) COLUMN(state) COLUMN(firmware) COLUMN(new_firmware)                    \
+                COLUMN(upgrade_state) COLUMN(progress) COLUMN(uptime) COLUMN(joined)               \
+                    COLUMN(last_active) COLUMN(changed) COLUMN(memory_used) COLUMN(memory_total)   \
+                        COLUMN(radios) COLUMN(channels) COLUMN(stations) COLUMN(ports)             \
+                            COLUMN(ports_up) COLUMN(poe_budget) COLUMN(poe_used)
 
-// Whether each item of a list, joined by commas, is one of the words, which are parted by blanks.
-constexpr bool has_words_only(std::string_view list, std::string_view words)
+// The names in a text, separated by spaces.
+#define SPACE_AND_NAME(name) " " #name
+inline constexpr const char *FORMAT_NAMES = (EXPORT_FORMATS(SPACE_AND_NAME)) + 1;
+inline constexpr const char *COLUMN_NAMES = (EXPORT_COLUMNS(SPACE_AND_NAME)) + 1;
+
+// Whether a name is one of those in such a text.
+constexpr bool is_one_of(std::string_view name, std::string_view names)
 {
-    while (true) {
+    while (!names.empty()) {
+        const size_t space = std::min(names.find(' '), names.size());
+        if (names.substr(0, space) == name)
+            return true;
+        names.remove_prefix(std::min(space + 1, names.size()));
+    }
+    return false;
+}
+
+inline bool take_format(const char *text, ExportSettings &to)
+{
+    to.format = text;
+    return is_one_of(text, FORMAT_NAMES);
+}
+
+inline bool take_columns(const char *text, ExportSettings &to)
+{
+    to.columns = text;
+    for (std::string_view list = text;;) {
         const size_t comma = list.find(',');
-        bool known = false;
-        for (std::string_view rest = words; !rest.empty() && !known;) {
-            const size_t blank = rest.find(' ');
-            known = rest.substr(0, blank) == list.substr(0, comma);
-            rest.remove_prefix(blank == std::string_view::npos ? rest.size() : blank + 1);
-        }
-        if (!known || comma == std::string_view::npos)
-            return known;
+        if (!is_one_of(list.substr(0, comma), COLUMN_NAMES))
+            return false;
+        if (comma == std::string_view::npos)
+            return true;
         list.remove_prefix(comma + 1);
     }
 }
 
+inline bool take_macs(const char *text, ExportSettings &to)
+{
+    return parse_mac_list(text, to.macs) && !to.macs.empty();
+}
+
+inline bool take_name(const char *text, ExportSettings &to)
+{
+    to.name = text;
+    return true;
+}
+
+inline bool take_output(const char *text, ExportSettings &to)
+{
+    to.output = text;
+    return *text != '\0';
+}
+
+inline bool take_directory(const char *text, ExportSettings &to)
+{
+    to.directory = text;
+    return *text != '\0';
+}
+
 // clang-format off
 inline constexpr Option<ExportSettings> EXPORT_OPTIONS[] = {
-    {{"format", "FORMAT", "what to write", EXPORT_FORMATS},
-     [](const char *text, ExportSettings &to) {
-         return strchr(text, ',') == nullptr && has_words_only(to.format = text, EXPORT_FORMATS);
-     }},
-    {{"mac", "LIST", "only the devices with these addresses, joined by commas"},
-     [](const char *text, ExportSettings &to) {
-         return parse_mac_list(text, to.macs) && !to.macs.empty();
-     }},
-    {{"name", "GLOB", "only the devices with such a name, for instance 'ap-floor1-*'"},
-     [](const char *text, ExportSettings &to) { return (to.name = text, true); }},
-    {{"output", "FILE", "write to this file instead of standard output"},
-     [](const char *text, ExportSettings &to) { return *(to.output = text) != '\0'; }},
-    {{"directory", "DIR", "cfg: write a file for each device there, named by its address"},
-     [](const char *text, ExportSettings &to) { return *(to.directory = text) != '\0'; }},
-    {{"columns", "LIST", "csv: these columns, joined by commas", EXPORT_COLUMNS},
-     [](const char *text, ExportSettings &to) {
-         return has_words_only(to.columns = text, EXPORT_COLUMNS);
-     }},
+    {{"format", "FORMAT", "what to write", FORMAT_NAMES}, take_format},
+    {{"mac", "LIST", "only the devices with these addresses, joined by commas"}, take_macs},
+    {{"name", "GLOB", "only the devices with such a name, for instance 'ap-floor1-*'"}, take_name},
+    {{"output", "FILE", "write to this file instead of standard output"}, take_output},
+    {{"directory", "DIR", "cfg: write a file for each device there, named by its address"}, take_directory},
+    {{"columns", "LIST", "csv: these columns, joined by commas", COLUMN_NAMES}, take_columns},
     PLACE_OPTIONS,
 };
 // clang-format on

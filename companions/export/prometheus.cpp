@@ -124,7 +124,7 @@ private:
 
     void take_upgrade(const WtpRecord &wtp, const std::string &labels)
     {
-        upgrading_count_ += wtp.upg_img != 0 || wtp.sub_state == WTP_SUB_UPGRADING;
+        upgrading_count_ += is_upgrading(wtp);
         upgrade_flag_.add(labels, wtp.upg_img != 0);
         upgrade_state_.add(labels, wtp.upg_state);
         upgrade_progress_.add(labels, wtp.progress);
@@ -223,4 +223,4 @@ static void write_prometheus(Devices &devices, const ExportSettings &settings)
     file.finish();
 }
 
-const Format PROMETHEUS_FORMAT = {"prometheus", WTP_FILTER_ALL, write_prometheus};
+const Format prometheus_format = {WTP_FILTER_ALL, write_prometheus};

@@ -12,8 +12,7 @@ Sight sight_of(const WtpRecord &wtp)
 {
     Sight sight;
     sight.online = wtp.state == WTP_ONLINE;
-    sight.busy =
-        wtp.upg_img != 0 || wtp.sub_state == WTP_SUB_WAITING || wtp.sub_state == WTP_SUB_UPGRADING;
+    sight.busy = is_upgrading(wtp) || wtp.sub_state == WTP_SUB_WAITING;
     sight.progress = wtp.progress;
     sight.version = wtp.sw_ver;
     sight.announced = wtp.new_fw_ver;

@@ -60,9 +60,12 @@ static std::string event_text(const RollDevice &device)
     case done:
         return "done, " + version_text(device.from) + " -> " + to + " in " +
                std::to_string(std::lround(device.ended - device.begun)) + " s";
-    default:
-        return std::string(stage_text(device)) + ": " + plain_text(device.reason);
+    case failed:
+    case timed_out:
+    case skipped:
+        break;
     }
+    return std::string(stage_text(device)) + ": " + plain_text(device.reason);
 }
 
 void Teller::changed(const RollDevice &device)

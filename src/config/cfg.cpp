@@ -76,7 +76,7 @@ static int take_type(const OptArg &opt, Choices &choices)
     const auto type = static_cast<uint8_t>(atoi(opt.arg));
     if (type > 1)
         return report_invalid_argument(opt);
-    choices.kind = type == 1 ? DEVICE_SWITCH : DEVICE_ACCESS_POINT;
+    choices.kind = kind_of_type(type);
     return 0;
 }
 

@@ -1,30 +1,20 @@
 // SPDX-License-Identifier: MIT
 #include "config/config_keys.h"
 
-#define GROUP(path, ...)
-
-#define COUNT(id, path, ...)
-#define AP(id, form, min, max, path, ...) {id, FORM_##form, min, max, path},
-#define SWITCH(id, form, min, max, path, ...)
 constexpr const ConfigKey ACCESS_POINT_KEYS[] = {
+#define AP(id, form, min, max, path, ...) {id, FORM_##form, min, max, path},
 #include "config/settings.def"
     {},
 };
-#undef AP
-#undef SWITCH
 
-#define AP(id, form, min, max, path, ...)
-#define SWITCH(id, form, min, max, path, ...) {id, FORM_##form, min, max, path},
 constexpr const ConfigKey SWITCH_KEYS[] = {
+#define SWITCH(id, form, min, max, path, ...) {id, FORM_##form, min, max, path},
 #include "config/settings.def"
     {},
 };
-#undef SWITCH
-#undef COUNT
 
-#define SWITCH(id, form, min, max, path, ...)
-#define COUNT(id, path, ...) {id, path},
 constexpr const ConfigArray CONFIG_ARRAYS[] = {
+#define COUNT(id, path, ...) {id, path},
 #include "config/settings.def"
     {},
 };

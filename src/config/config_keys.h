@@ -5,6 +5,7 @@
 
 #include "proto/device_kind.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <json-parser/json.h>
 #include <string_view>
@@ -21,6 +22,13 @@ enum ConfigForm : uint8_t {
     FORM_HOST_LIST,       // likewise, with a slot of 256 bytes an element
     FORM_PASSWORD_DIGEST, // the MD5 digest of the password and a line feed
     FORM_DATA_RATE,       // the code of a rate text, 32 bits
+};
+
+enum : uint32_t {
+    CONFIG_ELEMENTS_MAX = 256,      // of any array: what an index byte can tell apart
+    CONFIG_VALUE_BYTES_MAX = 65535, // of an item's value
+    CONFIG_ITEM_ADDRESS_SETTINGS =
+        3, // of the setting ipv4, and of the one item that cfg --add can have
 };
 
 struct ConfigKey {
@@ -41,6 +49,18 @@ struct ConfigKey {
     {
         return form == FORM_MAC_LIST ? 6 : form == FORM_HOST_LIST ? 256 : 0;
     }
+
+    // The most elements of a list, whose one item has to hold them.
+    uint32_t elements_max() const
+    {
+        return std::min<uint32_t>(CONFIG_ELEMENTS_MAX, CONFIG_VALUE_BYTES_MAX / element_size());
+    }
+
+    // Whether no two elements of a list may be equal.
+    bool has_distinct_elements(DeviceKind kind) const
+    {
+        return form == FORM_MAC_LIST || kind == DEVICE_ACCESS_POINT;
+    }
 };
 
 // An array that makes an item of its own, for either kind of device: its number of elements, as 32
@@ -48,13 +68,6 @@ struct ConfigKey {
 struct ConfigArray {
     int32_t id = 0;
     std::string_view path; // empty in the row that ends the table
-};
-
-enum : uint32_t {
-    CONFIG_ELEMENTS_MAX = 256,      // of any array: what an index byte can tell apart
-    CONFIG_VALUE_BYTES_MAX = 65535, // of an item's value
-    CONFIG_ITEM_ADDRESS_SETTINGS =
-        3, // of the setting ipv4, and of the one item that cfg --add can have
 };
 
 // Each ends with an empty row.

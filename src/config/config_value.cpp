@@ -5,7 +5,6 @@
 #include "util/ipv4.h"
 #include "util/mac.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -40,20 +39,10 @@ static int append_u32(ConfigContext &context, int32_t id, IndexKey key, uint32_t
 // The row of a list, whichever kind of device has it; null for what is no list.
 static const ConfigKey *find_list(DeviceKind kind, std::string_view path)
 {
-    const DeviceKind other = kind == DEVICE_SWITCH ? DEVICE_ACCESS_POINT : DEVICE_SWITCH;
     const ConfigKey *row = config_key_find(config_keys(kind), path);
     if (row == nullptr)
-        row = config_key_find(config_keys(other), path);
+        row = config_key_find(config_keys(other_kind(kind)), path);
     return row == nullptr || row->element_size() == 0 ? nullptr : row;
-}
-
-// The most elements of an array that has settings: what an index byte can tell apart, and of a list
-// what its one item can hold.
-static uint32_t elements_max(const ConfigKey *list)
-{
-    return list == nullptr ? CONFIG_ELEMENTS_MAX
-                           : std::min<uint32_t>(CONFIG_ELEMENTS_MAX,
-                                                CONFIG_VALUE_BYTES_MAX / list->element_size());
 }
 
 static int take_empty_list(ConfigContext &context, const ConfigKey &list, IndexKey key)
@@ -83,11 +72,12 @@ static int take_array(ConfigContext &context, std::string_view path, IndexKey ke
 {
     const ConfigArray *array = config_array_find(path);
     const ConfigKey *list = find_list(context.kind, path);
-    if (length > elements_max(list) &&
+    const uint32_t most = list == nullptr ? CONFIG_ELEMENTS_MAX : list->elements_max();
+    if (length > most &&
         (array != nullptr || list != nullptr || config_keys_below(config_keys(context.kind), path)))
         return context.messages().report(
             "ERROR: config array of %u elements is too long (%u at most) for '%.*s'.\n", length,
-            elements_max(list), static_cast<int>(path.size()), path.data());
+            most, static_cast<int>(path.size()), path.data());
     if (array != nullptr)
         return append_u32(context, array->id, key, length);
     if (list == nullptr)
@@ -116,8 +106,7 @@ static bool has_equal_elements(const Bytes &bytes, uint32_t size)
     return false;
 }
 
-// After the last element the list becomes one item. `what` names the elements, which must differ;
-// null: they need not.
+// After the last element the list becomes one item. `what` names the elements.
 static int finish_element(ConfigContext &context, const ConfigKey &row, IndexKey key,
                           const char *what)
 {
@@ -126,7 +115,7 @@ static int finish_element(ConfigContext &context, const ConfigKey &row, IndexKey
     const Bytes &bytes = context.list_bytes;
     if (context.list_refused)
         return 0;
-    if (what != nullptr && has_equal_elements(bytes, row.element_size()))
+    if (row.has_distinct_elements(context.kind) && has_equal_elements(bytes, row.element_size()))
         return context.messages().report("ERROR: Duplicate %s in '%s'.\n", what, row.path.data());
     context.list = nullptr;
     return append(context, row.id, key.first(key.size() - 1), bytes.data(), bytes.size());
@@ -149,7 +138,7 @@ static int take_host(ConfigContext &context, const ConfigKey &row, IndexKey key,
     if (place == nullptr)
         return report_invalid(context, row, text);
     memcpy(place, text, length); // at most 255 bytes, by the key's row
-    return finish_element(context, row, key, context.kind == DEVICE_SWITCH ? nullptr : "hostname");
+    return finish_element(context, row, key, "hostname");
 }
 
 // --- Single values -------------------------------------------------------------------------------

@@ -29,6 +29,12 @@ enum WtpFilter : uint32_t {
     WTP_FILTER_ALL = 63,
 };
 
+// Whether a device is flagged for an upgrade or in the middle of one.
+inline bool is_upgrading(const WtpRecord &wtp)
+{
+    return wtp.upg_img != 0 || wtp.sub_state == WTP_SUB_UPGRADING;
+}
+
 // How much of each record a walk reads: the members that every device has up to its memory, or all.
 enum class WtpPart { basics, whole };
 

@@ -34,8 +34,7 @@ static void print_upgrading_count(WtpList &list)
     uint32_t count = 0;
     for (const WtpRecord *wtp = first_wtp(list, WtpPart::basics); wtp != nullptr;
          wtp = next_wtp(list))
-        if (wtp->sub_state == WTP_SUB_UPGRADING || wtp->upg_img != 0)
-            count++;
+        count += is_upgrading(*wtp);
     TextWriter(standard_output).line("", count);
 }
 
