@@ -3,7 +3,7 @@
 
 ZOV names the program (else the first argument of the test does), ZOV_WRAPPER a command to run it under,
 such as "valgrind -q --error-exitcode=99", or an emulator "qemu-s390x -0 zov". A program outlives no test: it
-ends when its peer is gone, and has a minute of processor time at most.
+ends when its peer is gone, and has a minute of processor time at most. ZOV_PATIENCE: seconds to wait for it.
 """
 import atexit
 import contextlib
@@ -23,9 +23,10 @@ from dataclasses import dataclass, field
 from pathlib import Path
 
 ADMITTED = b"\0\0\0\1"
-PATIENCE = 60  # seconds that a peer may stay silent
+MINUTE = 60  # of processor time that a program may take
 TIME_ZONE = "TST-1:30"  # local time is 90 minutes ahead
 WRAPPER = os.environ.get("ZOV_WRAPPER", "").split()
+PATIENCE = int(os.environ.get("ZOV_PATIENCE", 60 if WRAPPER else 5))  # seconds that a peer may stay silent
 
 _listener = socket.create_server(("127.0.0.1", 0), backlog=8)
 _deaf = socket.socket()
@@ -53,6 +54,7 @@ class Outcome:
     err: bytes = b""
     status: int = -1  # exit status, or 128 + signal
     received: bytes = b""
+    sent: int = 0  # bytes of replies
     complaint: str = ""
     left: list = field(default_factory=list)  # temporary files that are still there
     files: list = field(default_factory=list)  # names in the run's folder
@@ -62,11 +64,20 @@ class Complaint(Exception):
     """What the controller did not get, or got instead."""
 
 
-def _receive(client, size, outcome):
+def _receive(client, size, outcome, expected=b"\0"):
     start = len(outcome.received)
-    while (left := size + start - len(outcome.received)) and (piece := client.recv(min(left, 1 << 20))):
-        outcome.received += piece
+    try:
+        while (left := size + start - len(outcome.received)) and (piece := client.recv(min(left, 1 << 20))):
+            outcome.received += piece
+    except TimeoutError:
+        raise Complaint(f"timed out: {outcome.sent} bytes of replies were sent, then {expected.hex()} was expected "
+                        f"and {outcome.received[start:].hex() or 'nothing'} came") from None
     return outcome.received[start:]
+
+
+def _send(client, data, outcome):
+    client.sendall(data)
+    outcome.sent += len(data)
 
 
 def _serve(client, script, handshake, pieces, outcome):
@@ -74,7 +85,7 @@ def _serve(client, script, handshake, pieces, outcome):
     client.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
     client.sendall(handshake)
     if isinstance(script, bytes):
-        client.sendall(script)
+        _send(client, script, outcome)
         _receive(client, 1 << 20, outcome)
         return
     for kind, *data in script:
@@ -82,10 +93,10 @@ def _serve(client, script, handshake, pieces, outcome):
             client.shutdown(socket.SHUT_WR)
         elif kind == "<" and pieces:
             for byte in data[0]:
-                client.sendall(bytes([byte]))
+                _send(client, bytes([byte]), outcome)
         elif kind == "<":
-            client.sendall(data[0])
-        elif (got := _receive(client, len(data[0]), outcome)) != data[0]:
+            _send(client, data[0], outcome)
+        elif (got := _receive(client, len(data[0]), outcome, data[0])) != data[0]:
             raise Complaint(f"request {got.hex()} instead of {data[0].hex()}")
     goodbye = b"\0" if handshake == ADMITTED else b""
     if (rest := _receive(client, 1 << 20, outcome)) != goodbye:
@@ -120,7 +131,7 @@ def run(words, script=(), *, handshake=ADMITTED, absent=False, pieces=False, env
         process = subprocess.Popen([*WRAPPER, name, *words], executable=None if WRAPPER else zov, cwd=folder,
                                    env=settings, stdin=subprocess.DEVNULL, stdout=stdout, stderr=err,
                                    preexec_fn=prepare, start_new_session=True)  # where a wrong kill finds no test
-        resource.prlimit(process.pid, resource.RLIMIT_CPU, (PATIENCE, PATIENCE + 1))
+        resource.prlimit(process.pid, resource.RLIMIT_CPU, (MINUTE, MINUTE + 1))
         end = os.pidfd_open(process.pid)
         stack.callback(os.close, end)
         try:
@@ -174,6 +185,13 @@ class Player:
         self.listener.close()
 
 
+def first_difference(got, expected):
+    """Where two texts begin to differ, which tells more than all of them."""
+    at = len(os.path.commonprefix([got, expected]))
+    near = slice(max(0, at - 60), at + 60)
+    return f"differs at {at}: {got[near]!r} instead of {expected[near]!r}"
+
+
 class Case(unittest.TestCase):
     """A test case that compares outcomes."""
     maxDiff = None
@@ -187,13 +205,11 @@ class Case(unittest.TestCase):
         status = (1 if err else 0) if status is None else status
         self.assertEqual((outcome.err, outcome.status, outcome.complaint), (err, status, ""))
         self.assertEqual(outcome.left, [])
-        if outcome.out != out:  # the first difference tells more than all of it
-            at = len(os.path.commonprefix([outcome.out, out]))
-            near = slice(max(0, at - 60), at + 60)
-            self.fail(f"output differs at {at}: {outcome.out[near]!r} instead of {out[near]!r}")
+        if outcome.out != out:
+            self.fail(f"output {first_difference(outcome.out, out)}")
 
 
 def main():
-    """Runs the tests of the calling file; with ZOV_FAILFAST=1 up to the first failure."""
+    """Runs the tests of the calling file, up to the first failure; with ZOV_KEEP_GOING=1 all of them."""
     signal.signal(signal.SIGPIPE, signal.SIG_IGN)
-    unittest.main(argv=sys.argv[:1], verbosity=0, failfast="ZOV_FAILFAST" in os.environ)
+    unittest.main(argv=sys.argv[:1], verbosity=0, failfast="ZOV_KEEP_GOING" not in os.environ)
