@@ -203,6 +203,8 @@ class Case(unittest.TestCase):
     def expect(self, outcome, out=b"", err=b"", status=None):
         """Everything of an outcome; the status is 0 when nothing was complained of, unless it is told."""
         status = (1 if err else 0) if status is None else status
+        if outcome.complaint and outcome.err == err:
+            self.fail(outcome.complaint)
         self.assertEqual((outcome.err, outcome.status, outcome.complaint), (err, status, ""))
         self.assertEqual(outcome.left, [])
         if outcome.out != out:

@@ -157,7 +157,7 @@ def lists(record):
     yield from below(["wtp_cfg", cfg], record["wtp_cfg"][0])
 
 
-class BrokenReplies(Case):
+class TruncatedReplies(Case):
     def test_every_cut(self):
         """Wherever a reply ends, nothing is printed and nothing is said."""
         for kind, words, word in ((3, ["--json"], 63), (2, [], 63), (1, ["--breif"], 55)):

@@ -65,6 +65,7 @@ class Torture(Case):
         if met:
             os.remove(LOG)
         self.assertEqual(outcome.left, [])
+        self.assertLess(outcome.status, 128, f"{case.place}: ended by a signal with {faults}")
         return outcome, met
 
     def in_turn(self, call, check, more=(), **faults):
