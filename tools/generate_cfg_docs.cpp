@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -42,9 +43,7 @@ static int32_t largest(const ConfigKey &row)
 
 static uint32_t elements_max(const SettingNode &array)
 {
-    const uint32_t size = array.row == nullptr ? 0 : array.row->element_size();
-    return size == 0 ? CONFIG_ELEMENTS_MAX
-                     : std::min<uint32_t>(CONFIG_ELEMENTS_MAX, CONFIG_VALUE_BYTES_MAX / size);
+    return array.row == nullptr ? CONFIG_ELEMENTS_MAX : array.row->elements_max();
 }
 
 static string value_words(const ConfigKey &row)
@@ -80,11 +79,6 @@ static string type_words(const SettingNode &setting)
                : words;
 }
 
-static bool refuses_repeated_elements(const ConfigKey &row, DeviceKind kind)
-{
-    return row.form == FORM_MAC_LIST || (row.form == FORM_HOST_LIST && kind == DEVICE_ACCESS_POINT);
-}
-
 // The setting's description and what its form adds.
 static string describe(const SettingNode &setting, DeviceKind kind)
 {
@@ -96,7 +90,7 @@ static string describe(const SettingNode &setting, DeviceKind kind)
         text += " Other texts, host names too, are sent as 0.0.0.0.";
     if (row.form == FORM_MAC_LIST)
         text += " Group addresses and 00:00:00:00:00:00 are refused.";
-    if (refuses_repeated_elements(row, kind))
+    if (row.has_distinct_elements(kind))
         text += " An element that is given twice is refused.";
     if (row.form == FORM_U16 && row.max > UINT16_MAX)
         text += " Greater numbers would be cut to their low 16 bits.";
@@ -104,6 +98,11 @@ static string describe(const SettingNode &setting, DeviceKind kind)
 }
 
 // --- JSON Schema ---------------------------------------------------------------------------------
+
+using Json = nlohmann::ordered_json;
+
+static const Json COMMENT_SCHEMA = {{"title", "Comment"},
+                                    {"description", "A remark of any type. It is not sent."}};
 
 // The texts that a form accepts; empty when any will do. Server addresses are held to more than zov
 // does, which sends other texts as no address.
@@ -132,91 +131,77 @@ static string pattern(ConfigForm form)
     return "";
 }
 
-static void print_value_schema(JsonPrinter &json, const ConfigKey &row)
+static void add_value_schema(Json &schema, const ConfigKey &row)
 {
     if (row.kind() == json_integer) {
-        json.text("type", "integer");
-        json.number("minimum", row.min);
-        json.number("maximum", largest(row));
+        schema["type"] = "integer";
+        schema["minimum"] = row.min;
+        schema["maximum"] = largest(row);
         return;
     }
-    json.text("type", "string");
+    schema["type"] = "string";
     if (row.min > 0)
-        json.number("minLength", row.min);
-    json.number("maxLength", largest(row)); // in characters, of which none is shorter than a byte
+        schema["minLength"] = row.min;
+    schema["maxLength"] = largest(row); // in characters, of which none is shorter than a byte
     if (const string texts = pattern(row.form); !texts.empty())
-        json.text("pattern", texts);
+        schema["pattern"] = texts;
 }
 
-// Begins the members of an object: those that are described, and a comment.
-static void open_properties(JsonPrinter &json)
-{
-    json.literal("additionalProperties", "false");
-    json.open("properties");
-    json.open("comment");
-    json.text("title", "Comment");
-    json.text("description", "A remark of any type. It is not sent.");
-    json.close();
-}
+static Json member_schema(const SettingNode &node, DeviceKind kind);
 
-static void print_member_schema(JsonPrinter &json, const SettingNode &node, DeviceKind kind);
-
-static void print_type_schema(JsonPrinter &json, const SettingNode &node, DeviceKind kind)
+// An object may have the members that are described, and a comment.
+static void add_type_schema(Json &schema, const SettingNode &node, DeviceKind kind)
 {
     if (node.row != nullptr)
-        return print_value_schema(json, *node.row);
-    json.text("type", "object");
-    json.number("minProperties", 1);
-    open_properties(json);
+        return add_value_schema(schema, *node.row);
+    schema["type"] = "object";
+    schema["minProperties"] = 1;
+    schema["additionalProperties"] = false;
+    Json &properties = schema["properties"];
+    properties["comment"] = COMMENT_SCHEMA;
     for (const SettingNode &member : node.members)
-        print_member_schema(json, member, kind);
-    json.close();
+        properties[string(member.name)] = member_schema(member, kind);
 }
 
-static void print_member_schema(JsonPrinter &json, const SettingNode &node, DeviceKind kind)
+static Json member_schema(const SettingNode &node, DeviceKind kind)
 {
     const SettingText &text = text_of(node.path);
-    json.open(node.name);
-    json.text("title", text.title);
-    json.text("description", node.row == nullptr
-                                 ? string(text.description)
-                                 : describe(node, kind) + " Value: " + type_words(node) + ".");
-    if (node.is_array()) {
-        json.text("type", "array");
-        json.number("maxItems", elements_max(node));
-        if (node.row != nullptr && refuses_repeated_elements(*node.row, kind))
-            json.literal("uniqueItems", "true");
-        json.open("items");
-        print_type_schema(json, node, kind);
-        json.close();
-    } else {
-        print_type_schema(json, node, kind);
+    Json schema = {{"title", text.title},
+                   {"description", node.row == nullptr ? string(text.description)
+                                                       : describe(node, kind) +
+                                                             " Value: " + type_words(node) + "."}};
+    if (!node.is_array()) {
+        add_type_schema(schema, node, kind);
+        return schema;
     }
-    json.close();
+    schema["type"] = "array";
+    schema["maxItems"] = elements_max(node);
+    if (node.row != nullptr && node.row->has_distinct_elements(kind))
+        schema["uniqueItems"] = true;
+    add_type_schema(schema["items"], node, kind);
+    return schema;
 }
 
 static void print_schema(const SettingNode &root, DeviceKind kind)
 {
-    const string_view device = kind == DEVICE_SWITCH ? "a switch" : "an access point";
-    put("{");
-    JsonPrinter json;
-    json.text("$schema", "https://json-schema.org/draft/2020-12/schema");
-    json.text("title", "Configuration file of " + string(device));
-    json.text("description",
-              "Settings for zov cfg --file; see zov-cfg(5). It is stricter than zov, which "
-              "skips members that are not described here: an object may have no "
-              "others but comment.");
-    json.text("type", "object");
-    json.literal("required", "[\"wtp_cfg\"]");
-    open_properties(json);
-    json.open("$schema");
-    json.text("title", "Schema");
-    json.text("description", "The place of this schema, for editors. It is not sent.");
-    json.text("type", "string");
-    json.close();
-    print_member_schema(json, root.members[0], kind);
-    json.close();
-    put("\n}\n");
+    const string device = kind == DEVICE_SWITCH ? "a switch" : "an access point";
+    const Json schema = {
+        {"$schema", "https://json-schema.org/draft/2020-12/schema"},
+        {"title", "Configuration file of " + device},
+        {"description", "Settings for zov cfg --file; see zov-cfg(5). It is stricter than zov, "
+                        "which skips members that are not described here: an object may have no "
+                        "others but comment."},
+        {"type", "object"},
+        {"required", {"wtp_cfg"}},
+        {"additionalProperties", false},
+        {"properties",
+         {{"comment", COMMENT_SCHEMA},
+          {"$schema",
+           {{"title", "Schema"},
+            {"description", "The place of this schema, for editors. It is not sent."},
+            {"type", "string"}}},
+          {"wtp_cfg", member_schema(root.members[0], kind)}}}};
+    put(schema.dump(2), "\n");
 }
 
 // --- Manual page ---------------------------------------------------------------------------------

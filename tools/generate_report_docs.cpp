@@ -15,8 +15,11 @@
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <nlohmann/json.hpp>
 #include <set>
+#include <utility>
 
+using Json = nlohmann::ordered_json;
 using std::string;
 using std::string_view;
 
@@ -89,51 +92,45 @@ int check_texts(std::initializer_list<const Member *> kinds)
 
 // --- JSON Schema ---------------------------------------------------------------------------------
 
-void print_schema_of(JsonPrinter &json, const Member &member);
+void add_schema(Json &schema, const Member &member);
 
-void print_object_schema(JsonPrinter &json, const Member &object)
+void add_object_schema(Json &schema, const Member &object)
 {
-    string required;
-    json.open("properties");
+    Json &properties = schema["properties"] = Json::object();
+    Json required = Json::array();
     for (const Member &member : object.members) {
-        json.open(member.name);
-        json.text("description", text_of(member));
-        print_schema_of(json, member);
-        json.close();
+        Json &property = properties[member.name];
+        property["description"] = text_of(member);
+        add_schema(property, member);
         if (!is_optional(member, object))
-            required += (required.empty() ? "\"" : ", \"") + member.name + "\"";
+            required.push_back(member.name);
     }
-    json.close();
-    json.literal("required", "[" + required + "]");
-    json.literal("additionalProperties", "false");
+    schema["required"] = required;
+    schema["additionalProperties"] = false;
 }
 
-void print_schema_of(JsonPrinter &json, const Member &member)
+void add_schema(Json &schema, const Member &member)
 {
     switch (member.type) {
     case MemberType::object:
-        json.text("type", "object");
-        print_object_schema(json, member);
+        schema["type"] = "object";
+        add_object_schema(schema, member);
         break;
     case MemberType::array:
-        json.text("type", "array");
-        if (member.count > 0) {
-            json.number("minItems", member.count);
-            json.number("maxItems", member.count);
-        }
-        json.open("items");
-        print_schema_of(json, member.members.at(0));
-        json.close();
+        schema["type"] = "array";
+        if (member.count > 0)
+            schema["minItems"] = schema["maxItems"] = member.count;
+        add_schema(schema["items"], member.members.at(0));
         break;
     case MemberType::integer:
-        json.text("type", "integer");
-        json.number("minimum", member.low);
-        json.number("maximum", member.high);
+        schema["type"] = "integer";
+        schema["minimum"] = member.low;
+        schema["maximum"] = member.high;
         break;
     case MemberType::text:
-        json.text("type", "string");
+        schema["type"] = "string";
         if (*member.pattern != '\0')
-            json.text("pattern", member.pattern);
+            schema["pattern"] = member.pattern;
         break;
     case MemberType::any:
         break;
@@ -141,53 +138,35 @@ void print_schema_of(JsonPrinter &json, const Member &member)
 }
 
 // A subschema for the devices whose wtp_type is this, and another for those of other types.
-void open_choice(JsonPrinter &json, int wtp_type, string_view definition)
+Json choice(int wtp_type, string_view definition, Json otherwise)
 {
-    json.open("if");
-    json.open("properties");
-    json.open("wtp_type");
-    json.number("const", wtp_type);
-    json.close();
-    json.close();
-    json.close();
-    json.open("then");
-    json.text("$ref", "#/$defs/" + string(definition));
-    json.close();
-    json.open("else");
+    return {{"if", {{"properties", {{"wtp_type", {{"const", wtp_type}}}}}}},
+            {"then", {{"$ref", "#/$defs/" + string(definition)}}},
+            {"else", std::move(otherwise)}};
 }
 
 void print_schema()
 {
-    put("{");
-    JsonPrinter json;
-    json.text("$schema", "https://json-schema.org/draft/2020-12/schema");
-    json.text("title", "Device list of a wireless access controller");
-    json.text("description",
-              "What zov-export --format json writes; a line of --format ndjson is an "
-              "element of wtp_list. See zov-report(5).");
-    json.text("type", "object");
-    json.literal("required", "[\"wtp_list\"]");
-    json.literal("additionalProperties", "false");
-    json.open("properties");
-    json.open("wtp_list");
-    json.text("description", "The devices, in the controller's order.");
-    json.text("type", "array");
-    json.open("items");
-    open_choice(json, DEVICE_ACCESS_POINT, "access_point");
-    open_choice(json, DEVICE_SWITCH, "switch");
-    json.text("$ref", "#/$defs/other");
-    for (int i = 0; i < 5; i++) // two choices, items, wtp_list, properties
-        json.close();
-    json.open("$defs");
+    const Json device = choice(DEVICE_ACCESS_POINT, "access_point",
+                               choice(DEVICE_SWITCH, "switch", {{"$ref", "#/$defs/other"}}));
+    Json schema = {{"$schema", "https://json-schema.org/draft/2020-12/schema"},
+                   {"title", "Device list of a wireless access controller"},
+                   {"description",
+                    "What zov-export --format json writes; a line of --format ndjson is an "
+                    "element of wtp_list. See zov-report(5)."},
+                   {"type", "object"},
+                   {"required", {"wtp_list"}},
+                   {"additionalProperties", false},
+                   {"properties",
+                    {{"wtp_list",
+                      {{"description", "The devices, in the controller's order."},
+                       {"type", "array"},
+                       {"items", device}}}}}};
     for (const auto &[name, type] : {std::pair("access_point", uint8_t{DEVICE_ACCESS_POINT}),
                                      {"switch", uint8_t{DEVICE_SWITCH}},
-                                     {"other", uint8_t{DEVICE_OTHER}}}) {
-        json.open(name);
-        print_schema_of(json, record_members(type, false));
-        json.close();
-    }
-    json.close();
-    put("\n}\n");
+                                     {"other", uint8_t{DEVICE_OTHER}}})
+        add_schema(schema["$defs"][name], record_members(type, false));
+    put(schema.dump(2), "\n");
 }
 
 // --- Manual page ---------------------------------------------------------------------------------

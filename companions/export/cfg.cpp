@@ -3,9 +3,12 @@
 #include "common/output_file.h"
 #include "export/cfg_writer.h"
 #include "export/formats.h"
+#include "export/json_text.h"
 
 #include <algorithm>
 #include <cstdio>
+
+enum : int { INDENTATION = 2 };
 
 namespace {
 
@@ -23,16 +26,17 @@ public:
             return "";
         }
         CfgWriter &writer = is_switch ? of_switches_ : of_access_points_;
-        const std::string members = writer.write(*wtp.wtp_cfg);
+        CfgWriter::Json settings = writer.write(*wtp.wtp_cfg);
         for (const std::string &setting : writer.left_out())
             fprintf(stderr, "zov-export: %s: left out: %s\n", mac.c_str(), setting.c_str());
-        if (members.empty())
+        if (settings.is_null())
             return lacks(mac, "nothing of its configuration can be sent");
         made_++;
-        return "{\n  \"comment\": \"" + mac +
-               (is_switch ? ", a switch: zov cfg --type 1"
-                          : ", an access point: zov cfg --type 0") +
-               "\",\n  \"wtp_cfg\": {" + members + "\n  }\n}\n";
+        const char *what =
+            is_switch ? ", a switch: zov cfg --type 1" : ", an access point: zov cfg --type 0";
+        CfgWriter::Json document = {{"comment", mac + what}};
+        document["wtp_cfg"] = std::move(settings);
+        return escape_controls(document.dump(INDENTATION)) + "\n";
     }
 
     // To be called at the end: what all documents lack.

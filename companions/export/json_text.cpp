@@ -3,174 +3,70 @@
 
 #include "export/text.h"
 
+#include <nlohmann/json.hpp>
+
 namespace {
 
-// Each function takes what it is named for from the front of the text, if that is there.
-class Parser {
+// Takes what the parser finds, and counts how deep it is.
+class DepthCheck : public nlohmann::json_sax<nlohmann::json> {
 public:
-    Parser(std::string_view text, std::string &to) : text_(text), to_(to) {}
-
-    bool document()
+    bool null() override { return true; }
+    bool boolean(bool) override { return true; }
+    bool number_integer(number_integer_t) override { return true; }
+    bool number_unsigned(number_unsigned_t) override { return true; }
+    bool number_float(number_float_t, const string_t &) override { return true; }
+    bool string(string_t &) override { return true; }
+    bool binary(binary_t &) override { return true; }
+    bool key(string_t &) override { return true; }
+    bool start_object(size_t) override { return ++depth_ <= JSON_DEPTH_MAX; }
+    bool start_array(size_t) override { return ++depth_ <= JSON_DEPTH_MAX; }
+    bool end_object() override { return depth_-- > 0; }
+    bool end_array() override { return depth_-- > 0; }
+    bool parse_error(size_t, const std::string &, const nlohmann::detail::exception &) override
     {
-        blanks();
-        if (!value(0))
-            return false;
-        blanks();
-        return text_.empty();
+        return false;
     }
 
 private:
-    char first() const { return text_.empty() ? '\0' : text_[0]; }
-
-    void blanks()
-    {
-        const size_t end = text_.find_first_not_of(" \t\n\r");
-        text_.remove_prefix(end == std::string_view::npos ? text_.size() : end);
-    }
-
-    void keep(size_t count)
-    {
-        to_ += text_.substr(0, count);
-        text_.remove_prefix(count);
-    }
-
-    bool symbol(char c)
-    {
-        if (first() != c)
-            return false;
-        keep(1);
-        return true;
-    }
-
-    bool word(std::string_view known)
-    {
-        if (!text_.starts_with(known))
-            return false;
-        keep(known.size());
-        return true;
-    }
-
-    bool value(unsigned depth)
-    {
-        switch (first()) {
-        case '{':
-            return depth < JSON_DEPTH_MAX && list(depth, '}', true);
-        case '[':
-            return depth < JSON_DEPTH_MAX && list(depth, ']', false);
-        case '"':
-            return string();
-        default:
-            return word("true") || word("false") || word("null") || number();
-        }
-    }
-
-    // The elements of an array, or the members of an object.
-    bool list(unsigned depth, char end, bool named)
-    {
-        keep(1);
-        blanks();
-        if (symbol(end))
-            return true;
-        do {
-            blanks();
-            if (named && !name())
-                return false;
-            if (!value(depth + 1))
-                return false;
-            blanks();
-        } while (symbol(','));
-        return symbol(end);
-    }
-
-    bool name()
-    {
-        if (!string())
-            return false;
-        blanks();
-        if (!symbol(':'))
-            return false;
-        blanks();
-        return true;
-    }
-
-    bool string()
-    {
-        if (!symbol('"'))
-            return false;
-        while (!text_.empty() && first() != '"')
-            if (first() == '\\' ? !escape() : !character())
-                return false;
-        return symbol('"');
-    }
-
-    bool escape()
-    {
-        keep(1);
-        if (!symbol('u')) {
-            const bool known =
-                std::string_view("\"\\/bfnrt").find(first()) != std::string_view::npos;
-            if (known && !text_.empty())
-                keep(1);
-            return known;
-        }
-        if (text_.size() < 4 || text_.substr(0, 4).find_first_not_of("0123456789abcdefABCDEF") !=
-                                    std::string_view::npos)
-            return false;
-        keep(4);
-        return true;
-    }
-
-    // Those of DEL and C1 can stand in JSON as they are, but better do not.
-    bool character()
-    {
-        const Utf8Character next = first_character(text_);
-        if (!next.valid || next.code < ' ')
-            return false;
-        if (!next.is_control()) {
-            keep(next.length);
-            return true;
-        }
-        char escaped[2 * JSON_GROWTH];
-        to_.append(escaped, write_json_text(escaped, text_.substr(0, next.length)));
-        text_.remove_prefix(next.length);
-        return true;
-    }
-
-    bool digits()
-    {
-        size_t count = text_.find_first_not_of("0123456789");
-        if (count == std::string_view::npos)
-            count = text_.size();
-        keep(count);
-        return count > 0;
-    }
-
-    bool number()
-    {
-        symbol('-');
-        if (!symbol('0') && !digits())
-            return false;
-        if (symbol('.') && !digits())
-            return false;
-        if (first() != 'e' && first() != 'E')
-            return true;
-        keep(1);
-        if (!symbol('-'))
-            symbol('+');
-        return digits();
-    }
-
-    std::string_view text_;
-    std::string &to_;
+    unsigned depth_ = 0;
 };
 
 } // namespace
 
 bool append_json(std::string &to, std::string_view text)
 {
-    const size_t before = to.size();
-    if (Parser(text, to).document())
-        return true;
-    to.resize(before);
-    return false;
+    DepthCheck check;
+    if (!nlohmann::json::sax_parse(text, &check))
+        return false;
+    std::string compact;
+    bool in_string = false;
+    for (size_t i = 0; i < text.size(); i++) {
+        const char c = text[i];
+        if (!in_string && (c == ' ' || c == '\t' || c == '\r' || c == '\n'))
+            continue;
+        compact += c;
+        if (in_string && c == '\\')
+            compact += text[++i];
+        else if (c == '"')
+            in_string = !in_string;
+    }
+    to += escape_controls(std::move(compact));
+    return true;
+}
+
+std::string escape_controls(std::string json)
+{
+    const bool any =
+        json.find('\x7F') != std::string::npos || json.find('\xC2') != std::string::npos;
+    for (size_t at = 0; any && at < json.size(); at++) {
+        if (json[at] != '\x7F' && json[at] != '\xC2') // what DEL and C1 begin with
+            continue;
+        const Utf8Character character = first_character(std::string_view(json).substr(at));
+        char escape[JSON_GROWTH];
+        const auto size = static_cast<size_t>(
+            write_json_text(escape, std::string_view(json).substr(at, character.length)) - escape);
+        json.replace(at, character.length, escape, size);
+        at += size - 1;
+    }
+    return json;
 }

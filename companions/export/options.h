@@ -25,13 +25,15 @@ struct ExportSettings : Place {
 // Every column of csv.
 #define EXPORT_COLUMNS(COLUMN)                                                                     \
     COLUMN(mac)                                                                                    \
-    COLUMN(name) COLUMN(kind) COLUMN(model) COLUMN(sku) COLUMN(serial) COLUMN(location)            \
-        COLUMN(address) COLUMN(port) COLUMN(mask) COLUMN(gateway) COLUMN(dns1) COLUMN(dns2)        \
-            COLUMN(managed) COLUMN(state) COLUMN(firmware) COLUMN(new_firmware)                    \
-                COLUMN(upgrade_state) COLUMN(progress) COLUMN(uptime) COLUMN(joined)               \
-                    COLUMN(last_active) COLUMN(changed) COLUMN(memory_used) COLUMN(memory_total)   \
-                        COLUMN(radios) COLUMN(channels) COLUMN(stations) COLUMN(ports)             \
-                            COLUMN(ports_up) COLUMN(poe_budget) COLUMN(poe_used)
+    COLUMN(name)                                                                                   \
+    COLUMN(kind)                                                                                   \
+    COLUMN(model) COLUMN(sku) COLUMN(serial) COLUMN(location) COLUMN(address) COLUMN(port)         \
+        COLUMN(mask) COLUMN(gateway) COLUMN(dns1) COLUMN(dns2) COLUMN(managed) COLUMN(state)       \
+            COLUMN(firmware) COLUMN(new_firmware) COLUMN(upgrade_state) COLUMN(progress)           \
+                COLUMN(uptime) COLUMN(joined) COLUMN(last_active) COLUMN(changed)                  \
+                    COLUMN(memory_used) COLUMN(memory_total) COLUMN(radios) COLUMN(channels)       \
+                        COLUMN(stations) COLUMN(ports) COLUMN(ports_up) COLUMN(poe_budget)         \
+                            COLUMN(poe_used)
 
 // The names in a text, separated by spaces.
 #define SPACE_AND_NAME(name) " " #name

@@ -50,16 +50,18 @@ struct ConfigKey {
         return form == FORM_MAC_LIST ? 6 : form == FORM_HOST_LIST ? 256 : 0;
     }
 
-    // The most elements of a list, whose one item has to hold them.
+    // The most elements of an array of such values; the one item of a list has to hold them.
     uint32_t elements_max() const
     {
-        return std::min<uint32_t>(CONFIG_ELEMENTS_MAX, CONFIG_VALUE_BYTES_MAX / element_size());
+        return element_size() == 0 ? CONFIG_ELEMENTS_MAX
+                                   : std::min<uint32_t>(CONFIG_ELEMENTS_MAX,
+                                                        CONFIG_VALUE_BYTES_MAX / element_size());
     }
 
-    // Whether no two elements of a list may be equal.
+    // Whether it is a list of which no two elements may be equal.
     bool has_distinct_elements(DeviceKind kind) const
     {
-        return form == FORM_MAC_LIST || kind == DEVICE_ACCESS_POINT;
+        return form == FORM_MAC_LIST || (form == FORM_HOST_LIST && kind == DEVICE_ACCESS_POINT);
     }
 };
 
