@@ -34,7 +34,7 @@ HOSTILE = [b"", b"plain", b'say "x" \\ a/b', b"tab\tline\r\nbell\x07", b"cut\0of
            b"caf\xc3\xa9 \xf0\x9f\x98\x80", b"\xff\xfe", b"\xc0\xaf", b"\xed\xa0\x80x", b"\xe2\x82", b"\xf4\x90\x80\x80",
            b"\xc2\x9b31m\x7f", b'"' * 3000, b"\xe2\x82\xac" * 2000, b"=1+1", b"@x", b"\tx", b"-a,b", b"#{x}\n",
            b'{"a": [1, "b\\u0041", {}], "c":\n[]}', b'{"a":1}x', b"[1e5,-0.5, true ,null]", b"01", b"[1,]", b'"\xff"',
-           b'"\x7f\xc2\x9b"', b"[" * 64 + b"]" * 64, b"[" * 65 + b"]" * 65, b"NaN", b"[\"\\x\"]", b"-", b"1.", b'"\t"']
+           b'"\x7f\xc2\x9b"', b"[" * 64 + b"]" * 64, b"[" * 65 + b"]" * 65, b"NaN", b"[\"\\x\"]", b"-", b"1.", b'"\t"', b'"\\ud800"', b'"\\ud83d\\ude00"', b"1e999"]
 HOSTS = [b"host", b'"q"/\\', b"a\x1f", b"\x7fb", b"c\x80"]
 FOREIGN = re.compile(rb"[\0-\x09\x0b-\x1f\x7f]|\xc2[\x80-\x9f]")  # nothing of this may be written
 
@@ -77,7 +77,9 @@ def parsed(text):
     shown = text.split(b"\0")[0]
     try:
         assert shown != HOSTILE[28]  # one too deep
-        return json.loads(shown.decode(), parse_constant=refuse_constant) if shown else None
+        made = json.loads(shown.decode(), parse_constant=refuse_constant) if shown else None
+        json.dumps(made, ensure_ascii=False, allow_nan=False).encode()  # no lone surrogate, no infinity
+        return made
     except (ValueError, AssertionError):
         return shown.decode("utf-8", "replace")
 
