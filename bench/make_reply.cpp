@@ -95,15 +95,18 @@ public:
         part = &(cfg_ = WtpCfg());
         return true;
     }
-    template <class Int, class Row> Int count(const char *, Rows<Row> &, CountOf<Int>) { return 0; }
-    template <class Row> void counted_rows(const char *, Rows<Row> &, uint32_t) {}
-    template <class Int, class Row> void rows(const char *name, Rows<Row> &, CountOf<Int>)
+    template <class Int, class Row> Int count(const char *, ArrayView<Row> &, CountOf<Int>)
+    {
+        return 0;
+    }
+    template <class Row> void counted_rows(const char *, ArrayView<Row> &, uint32_t) {}
+    template <class Int, class Row> void rows(const char *name, ArrayView<Row> &, CountOf<Int>)
     {
         const int length = strcmp(name, "radio") == 0 ? 2 : strcmp(name, "wlan") == 0 ? 8 : 0;
         put(static_cast<Int>(length));
         for (int i = 0; i < length; i++) {
             Row row;
-            lay_out(*this, row);
+            visit_fields(*this, row);
         }
     }
 
@@ -149,7 +152,7 @@ int main(int argc, char **argv)
     for (int i = 0; i < atoi(argv[1]); i++) {
         WtpRecord device;
         putchar(0);
-        lay_out(wire, device);
+        visit_fields(wire, device);
     }
     putchar(1);
     return fflush(stdout) == 0 ? 0 : 1;

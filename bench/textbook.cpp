@@ -41,20 +41,20 @@ public:
         part = new WtpCfg();
         return true;
     }
-    template <class Int, class Row> Int count(const char *, Rows<Row> &, CountOf<Int>)
+    template <class Int, class Row> Int count(const char *, ArrayView<Row> &, CountOf<Int>)
     {
         return number<Int>();
     }
-    template <class Int, class Row> void rows(const char *name, Rows<Row> &table, CountOf<Int>)
+    template <class Int, class Row> void rows(const char *name, ArrayView<Row> &table, CountOf<Int>)
     {
         counted_rows(name, table, static_cast<uint32_t>(number<Int>()));
     }
-    template <class Row> void counted_rows(const char *, Rows<Row> &table, uint32_t length)
+    template <class Row> void counted_rows(const char *, ArrayView<Row> &table, uint32_t length)
     {
         if (length > 0)
-            table = Rows<Row>(malloc(length * sizeof(Row)));
+            table = ArrayView<Row>(malloc(length * sizeof(Row)));
         while (table.size() < length)
-            lay_out(*this, table.append());
+            visit_fields(*this, table.append());
     }
 
     template <class Int> Int number()
@@ -105,19 +105,19 @@ public:
 
     bool present(Section section) const { return section != Section::configuration || has_cfg; }
     bool make(const WtpCfg *cfg) { return cfg != nullptr; }
-    template <class Int, class Row> Int count(const char *, Rows<Row> &table, CountOf<Int>)
+    template <class Int, class Row> Int count(const char *, ArrayView<Row> &table, CountOf<Int>)
     {
         return static_cast<Int>(table.size());
     }
-    template <class Int, class Row> void rows(const char *name, Rows<Row> &table, CountOf<Int>)
+    template <class Int, class Row> void rows(const char *name, ArrayView<Row> &table, CountOf<Int>)
     {
         counted_rows(name, table, table.size());
     }
-    template <class Row> void counted_rows(const char *name, Rows<Row> &table, uint32_t)
+    template <class Row> void counted_rows(const char *name, ArrayView<Row> &table, uint32_t)
     {
         printf(",\"%s\":[", name);
         for (Row &row : table)
-            lay_out(*this, row);
+            visit_fields(*this, row);
         printf("]");
     }
 
@@ -146,11 +146,11 @@ int main(int argc, char **argv)
     std::list<WtpRecord> devices;
     FieldReceiver receiver(session.socket);
     while (receiver.number<uint8_t>() == 0)
-        lay_out(receiver, devices.emplace_back());
+        visit_fields(receiver, devices.emplace_back());
     MemberPrinter printer;
     for (WtpRecord &wtp : devices) {
         printer.has_cfg = wtp.wtp_cfg != nullptr;
-        lay_out(printer, wtp);
+        visit_fields(printer, wtp);
     }
     ac_disconnect(session);
     return 0;

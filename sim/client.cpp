@@ -13,7 +13,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-Client::Client(const Faults &faults, int32_t handshake) : faults_(faults)
+Client::Client(const Misbehaviour &misbehaviour, int32_t handshake) : misbehaviour_(misbehaviour)
 {
     std::string word;
     put(word, handshake);
@@ -61,7 +61,7 @@ static bool may_try_again()
 
 bool Client::send_piece()
 {
-    const size_t length = faults_.trickle ? 1 : output_.size() - sent_;
+    const size_t length = misbehaviour_.trickle ? 1 : output_.size() - sent_;
     const ssize_t sent = send(socket_, output_.data() + sent_, length, MSG_NOSIGNAL);
     if (sent <= 0)
         return sent < 0 && may_try_again();
@@ -109,10 +109,10 @@ bool Client::answer(Controller &controller)
 
 void Client::queue(std::string reply)
 {
-    if (faults_.cut) {
-        last_ = reply.size() > *faults_.cut;
-        reply.resize(std::min(reply.size(), *faults_.cut));
-        *faults_.cut -= reply.size();
+    if (misbehaviour_.cut) {
+        last_ = reply.size() > *misbehaviour_.cut;
+        reply.resize(std::min(reply.size(), *misbehaviour_.cut));
+        *misbehaviour_.cut -= reply.size();
     }
     output_ = std::move(reply);
     sent_ = 0;

@@ -10,7 +10,7 @@
 #include <string>
 
 // How replies are sent.
-struct Faults {
+struct Misbehaviour {
     std::optional<size_t> cut; // the connection ends after so many bytes of replies
     bool trickle = false;      // one byte at a time
 };
@@ -20,7 +20,7 @@ struct Faults {
 class Client {
 public:
     // Its first reply is the handshake word; any but HANDSHAKE_ADMITTED is its last.
-    Client(const Faults &faults, int32_t handshake);
+    Client(const Misbehaviour &misbehaviour, int32_t handshake);
     Client(const Client &) = delete;
     Client &operator=(const Client &) = delete;
     ~Client();
@@ -43,7 +43,7 @@ private:
     void queue(std::string reply);
 
     int socket_ = -1;
-    Faults faults_;
+    Misbehaviour misbehaviour_;
     std::string input_;
     std::optional<size_t> request_; // length of the whole request that the input begins with
     std::string output_;

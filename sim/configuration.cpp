@@ -47,7 +47,7 @@ std::vector<std::string_view> split_lists(const SetConfigRequest &request)
 std::string apply_items(std::string_view list, Device &device)
 {
     WtpRecord &wtp = device.record;
-    Memory trial_memory;
+    Arena trial_memory;
     WtpCfg *trial = copy_configuration(*wtp.wtp_cfg, wtp.wtp_type, trial_memory);
     RequestReader in(list);
     for (size_t count = 0;; count++) {
@@ -61,7 +61,7 @@ std::string apply_items(std::string_view list, Device &device)
             return wrong;
     }
     // Copied once more, it leaves behind what was only there for a while.
-    auto memory = std::make_unique<Memory>();
+    auto memory = std::make_unique<Arena>();
     wtp.wtp_cfg = copy_configuration(*trial, wtp.wtp_type, *memory);
     device.cfg_memory = std::move(memory);
     return "";

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "sim/controller.h"
 
-#include "sim/factory.h"
+#include "sim/defaults.h"
 #include "sim/request_reader.h"
 #include "sim/shell.h"
 #include "sim/upgrade.h"

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "device/wtp_record.h"
-#include "sim/memory.h"
+#include "sim/arena.h"
 
 #include <chrono>
 #include <cstdint>
@@ -35,8 +35,8 @@ struct UpgradeCourse {
 };
 
 struct Device {
-    Memory memory;                      // of what the record holds
-    std::unique_ptr<Memory> cfg_memory; // of its configuration
+    Arena memory;                      // of what the record holds
+    std::unique_ptr<Arena> cfg_memory; // of its configuration
     WtpRecord record;
     time_t started = 0; // what its uptime counts from
     UpgradeCourse course;

@@ -16,7 +16,7 @@ struct SimOptions {
     in_addr address = {htonl(INADDR_LOOPBACK)};
     uint16_t port = AC_PORT; // 0: any free one
     int32_t handshake = HANDSHAKE_ADMITTED;
-    Faults faults;
+    Misbehaviour misbehaviour;
     std::string pid_file;
     ControllerOptions controller;
 };
@@ -89,9 +89,9 @@ inline constexpr Option<SimOptions> SIM_OPTIONS[] = {
      [](const char *text, SimOptions &to) { return take_number(text, to.handshake); }},
     {{.word = "cut", .argument = "N",
       .help = "end each connection after N bytes, the handshake's 4 included"},
-     [](const char *text, SimOptions &to) { return take_number(text, to.faults.cut.emplace()); }},
+     [](const char *text, SimOptions &to) { return take_number(text, to.misbehaviour.cut.emplace()); }},
     {{.word = "trickle", .argument = nullptr, .help = "send one byte at a time"},
-     [](const char *, SimOptions &to) { return to.faults.trickle = true; }},
+     [](const char *, SimOptions &to) { return to.misbehaviour.trickle = true; }},
     {{.word = "result", .argument = "MAC=CODE",
       .help = "a device that answers every action with a result code; repeatable", .repeatable = true},
      [](const char *text, SimOptions &to) { return take_result(text, to.controller); }},
@@ -102,7 +102,7 @@ inline constexpr Option<SimOptions> SIM_OPTIONS[] = {
 };
 // clang-format on
 
-inline constexpr ProgramText SIM_PROGRAM = {
+inline constexpr ProgramInfo SIM_PROGRAM = {
     "ac-sim",
     "",
     "A simulated wireless access controller: it keeps a fleet of devices, answers every\n"

@@ -39,9 +39,9 @@ void Controller::answer(const AutoTxPowerRequest &request, std::string &)
         });
 }
 
-static void drop_stations(Rows<StationInfo> &stations, Macs clients)
+static void drop_stations(ArrayView<StationInfo> &stations, Macs clients)
 {
-    Rows<StationInfo> rest(stations.begin()); // in the same room
+    ArrayView<StationInfo> rest(stations.begin()); // in the same memory
     for (const StationInfo sta : stations)
         if (std::find(clients.begin(), clients.end(), sta.mac) == clients.end())
             rest.append() = sta;
@@ -52,7 +52,7 @@ void Controller::answer(const KickRequest &request, std::string &reply)
 {
     const unsigned wlan = request.wlan;
     for_each(request.wtps, reply, [&](Device &device) -> uint8_t {
-        Rows<RadioInfo> &radios = device.record.radio;
+        ArrayView<RadioInfo> &radios = device.record.radio;
         if (request.band >= radios.size() || wlan == 0 || wlan > radios[request.band].wlan.size())
             return RESULT_NOT_SUPPORTED;
         drop_stations(radios[request.band].wlan[wlan - 1].sta, request.clients);

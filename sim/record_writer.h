@@ -37,7 +37,7 @@ public:
     void write(WtpRecord &wtp)
     {
         has_configuration_ = wtp.wtp_cfg != nullptr;
-        lay_out(*this, wtp);
+        visit_fields(*this, wtp);
     }
 
     template <class Field> void operator()(const char *, const Field &field) { put(reply_, field); }
@@ -53,21 +53,22 @@ public:
     }
     bool make(const WtpCfg *) { return true; }
 
-    template <class Int, class Row> Int count(const char *, const Rows<Row> &table, CountOf<Int>)
+    template <class Int, class Row>
+    Int count(const char *, const ArrayView<Row> &table, CountOf<Int>)
     {
         const auto rows = static_cast<Int>(table.size());
         put(reply_, rows);
         return rows;
     }
     template <class Int, class Row>
-    void rows(const char *name, Rows<Row> &table, CountOf<Int> width)
+    void rows(const char *name, ArrayView<Row> &table, CountOf<Int> width)
     {
         counted_rows(name, table, static_cast<uint32_t>(count(name, table, width)));
     }
-    template <class Row> void counted_rows(const char *, Rows<Row> &table, uint32_t)
+    template <class Row> void counted_rows(const char *, ArrayView<Row> &table, uint32_t)
     {
         for (Row &row : table)
-            lay_out(*this, row);
+            visit_fields(*this, row);
     }
 
 private:

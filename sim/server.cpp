@@ -93,7 +93,7 @@ private:
     void admit()
     {
         try {
-            auto client = std::make_unique<Client>(options_.faults, options_.handshake);
+            auto client = std::make_unique<Client>(options_.misbehaviour, options_.handshake);
             clients_.reserve(clients_.size() + 1);
             watched_.reserve(clients_.size() + 3);
             if (client->accept(listener_))

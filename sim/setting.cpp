@@ -2,7 +2,7 @@
 #include "sim/setting.h"
 
 #include "device/cfg_layout.h"
-#include "sim/factory.h"
+#include "sim/defaults.h"
 #include "util/byte_order.h"
 
 #include <cstring>
@@ -20,12 +20,12 @@ template <> constexpr size_t ROWS_MAX<HostSlot> = 255;
 constexpr const char *BAD_LENGTH = "has a bad length or index";
 constexpr const char *TOO_MANY = "asks for more than the device holds";
 
-// Gives a table so many rows, in the same room if it does not grow.
-template <class Row> void resize(Memory &memory, Rows<Row> &table, size_t count)
+// Gives a table so many rows, in the same memory if it does not grow.
+template <class Row> void resize(Arena &memory, ArrayView<Row> &table, size_t count)
 {
-    Rows<Row> resized(table.begin());
+    ArrayView<Row> resized(table.begin());
     if (count > table.size())
-        memory.make_room(resized, count);
+        memory.allocate(resized, count);
     for (size_t i = 0; i < count; i++) {
         const Row row = i < table.size() ? table[i] : Row();
         resized.append() = row;
@@ -35,35 +35,35 @@ template <class Row> void resize(Memory &memory, Rows<Row> &table, size_t count)
 
 // The visitor of the configuration's layout that gives the texts and tables of a copy memory of
 // their own.
-class Parting {
+class DeepCopier {
 public:
-    explicit Parting(Memory &memory) : memory_(memory) {}
+    explicit DeepCopier(Arena &memory) : memory_(memory) {}
 
     template <class Field> void operator()(const char *, Field &) {}
     void operator()(const char *, std::string_view &text)
     {
         if (!text.empty())
-            text = memory_.keep(text);
+            text = memory_.copy(text);
     }
-    template <class Int, class Row> void rows(const char *, Rows<Row> &table, CountOf<Int>)
+    template <class Int, class Row> void rows(const char *, ArrayView<Row> &table, CountOf<Int>)
     {
-        Rows<Row> own;
-        memory_.make_room(own, table.size());
+        ArrayView<Row> own;
+        memory_.allocate(own, table.size());
         for (const Row &row : table)
-            lay_out(*this, own.append() = row);
+            visit_fields(*this, own.append() = row);
         table = own;
     }
 
 private:
-    Memory &memory_;
+    Arena &memory_;
 };
 
 // The visitor of the configuration's layout that sets one field: the one whose name is the rest of
 // the setting's path. Where a name is a table's, the index key tells the row.
-class Setter {
+class FieldSetter {
 public:
-    Setter(Memory &memory, const WtpRecord &wtp, std::string_view path, std::string_view index,
-           std::string_view value)
+    FieldSetter(Arena &memory, const WtpRecord &wtp, std::string_view path, std::string_view index,
+                std::string_view value)
         : memory_(memory), wtp_(wtp), path_(path), index_(index), value_(value)
     {
     }
@@ -78,7 +78,7 @@ public:
             store(field);
     }
 
-    template <class Int, class Row> void rows(const char *name, Rows<Row> &table, CountOf<Int>)
+    template <class Int, class Row> void rows(const char *name, ArrayView<Row> &table, CountOf<Int>)
     {
         const std::string_view table_name(name);
         if (!path_.starts_with(table_name) || !path_.substr(table_name.size()).starts_with("[]"))
@@ -101,7 +101,7 @@ private:
         return std::is_same_v<Row, RadioCfg> ? radios_of(wtp_) : ROWS_MAX<Row>;
     }
 
-    template <class Row> void set_in_row(Rows<Row> &table, std::string_view rest)
+    template <class Row> void set_in_row(ArrayView<Row> &table, std::string_view rest)
     {
         if (index_.empty() || position() >= rows_max<Row>()) {
             wrong_ = BAD_LENGTH;
@@ -109,13 +109,13 @@ private:
         }
         if (position() >= table.size())
             resize(memory_, table, position() + 1);
-        Setter inner(memory_, wtp_, rest, index_.substr(1), value_);
-        lay_out(inner, table[position()]);
+        FieldSetter inner(memory_, wtp_, rest, index_.substr(1), value_);
+        visit_fields(inner, table[position()]);
         wrong_ = inner.wrong_;
     }
 
     // A whole table: its new number of rows, or all its rows where a row is a few bytes only.
-    template <class Row> void store_all(Rows<Row> &table)
+    template <class Row> void store_all(ArrayView<Row> &table)
     {
         constexpr bool whole = std::is_same_v<Row, Mac> || std::is_same_v<Row, HostSlot>;
         if (whole ? value_.size() % sizeof(Row) != 0 : value_.size() != 4) {
@@ -135,7 +135,7 @@ private:
                        sizeof(Row));
     }
 
-    void store(std::string_view &text) { text = memory_.keep(value_.substr(0, value_.find('\0'))); }
+    void store(std::string_view &text) { text = memory_.copy(value_.substr(0, value_.find('\0'))); }
 
     template <class Field> void store(Field &field)
     {
@@ -147,7 +147,7 @@ private:
             memcpy(static_cast<void *>(&field), value_.data(), sizeof field);
     }
 
-    Memory &memory_;
+    Arena &memory_;
     const WtpRecord &wtp_;
     std::string_view path_;
     std::string_view index_;
@@ -169,7 +169,7 @@ std::string_view path_of(uint16_t id, DeviceKind kind)
 
 } // namespace
 
-std::string apply_item(const Item &item, const WtpRecord &wtp, WtpCfg &cfg, Memory &memory)
+std::string apply_item(const Item &item, const WtpRecord &wtp, WtpCfg &cfg, Arena &memory)
 {
     const std::string name = "item " + std::to_string(item.type);
     std::string_view path = path_of(item.type, static_cast<DeviceKind>(wtp.wtp_type));
@@ -178,8 +178,8 @@ std::string apply_item(const Item &item, const WtpRecord &wtp, WtpCfg &cfg, Memo
     path.remove_prefix(std::strlen("wtp_cfg."));
     const char *wrong = nullptr;
     const auto set = [&](std::string_view field, std::string_view value) {
-        Setter setter(memory, wtp, field, item.index, value);
-        lay_out(setter, cfg, wtp.wtp_type);
+        FieldSetter setter(memory, wtp, field, item.index, value);
+        visit_fields(setter, cfg, wtp.wtp_type);
         wrong = setter.wrong();
     };
     if (path != "ipv4")
@@ -192,13 +192,13 @@ std::string apply_item(const Item &item, const WtpRecord &wtp, WtpCfg &cfg, Memo
     return wrong == nullptr ? "" : name + " " + wrong;
 }
 
-WtpCfg *copy_configuration(const WtpCfg &from, uint8_t wtp_type, Memory &memory)
+WtpCfg *copy_configuration(const WtpCfg &from, uint8_t wtp_type, Arena &memory)
 {
     auto *copy = memory.make<WtpCfg>();
     if (copy == nullptr)
         throw std::bad_alloc();
     *copy = from;
-    Parting parting(memory);
-    lay_out(parting, *copy, wtp_type);
+    DeepCopier copier(memory);
+    visit_fields(copier, *copy, wtp_type);
     return copy;
 }

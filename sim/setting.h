@@ -4,7 +4,7 @@
 
 #include "config/config_keys.h"
 #include "device/wtp_record.h"
-#include "sim/memory.h"
+#include "sim/arena.h"
 
 #include <string>
 #include <string_view>
@@ -19,7 +19,7 @@ struct Item {
 // Applies one item to a configuration of the given device, whose texts and tables live in `memory`;
 // settings that no record carries are accepted and forgotten. Returns what is wrong with the item,
 // or an empty text. Throws bad_alloc when memory is short, as does the next.
-std::string apply_item(const Item &item, const WtpRecord &wtp, WtpCfg &cfg, Memory &memory);
+std::string apply_item(const Item &item, const WtpRecord &wtp, WtpCfg &cfg, Arena &memory);
 
 // A copy of a configuration that shares nothing with it.
-WtpCfg *copy_configuration(const WtpCfg &from, uint8_t wtp_type, Memory &memory);
+WtpCfg *copy_configuration(const WtpCfg &from, uint8_t wtp_type, Arena &memory);

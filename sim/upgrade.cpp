@@ -26,9 +26,9 @@ uint8_t start_upgrade(Device &device)
     wtp.upg_state = UPGRADE_WAITING;
     wtp.sub_state = WTP_SUB_WAITING;
     wtp.progress = 0;
-    wtp.new_fw_ver = device.memory.keep(steps == 2 ? FIRMWARE_BETWEEN : FIRMWARE_LATEST);
+    wtp.new_fw_ver = device.memory.copy(steps == 2 ? FIRMWARE_BETWEEN : FIRMWARE_LATEST);
     wtp.new_fw_img =
-        device.memory.keep(std::string(wtp.model).append("-").append(wtp.new_fw_ver) + ".img");
+        device.memory.copy(std::string(wtp.model).append("-").append(wtp.new_fw_ver) + ".img");
     return RESULT_SUCCESS;
 }
 

@@ -27,11 +27,11 @@ constexpr std::array<OptionText, N> texts_of(const Option<Settings> (&rows)[N])
 }
 
 struct ListedProgram {
-    ProgramText text;
+    ProgramInfo text;
     std::span<const OptionText> options;
 };
 
-constexpr Option<Place> PLACE_ROWS[] = {PLACE_OPTIONS};
+constexpr Option<Endpoint> PLACE_ROWS[] = {ENDPOINT_OPTIONS};
 constexpr auto PLACE_TEXTS = texts_of(PLACE_ROWS);
 
 #define PROGRAM(NAME) constexpr auto NAME##_TEXTS = texts_of(NAME##_OPTIONS);

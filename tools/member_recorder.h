@@ -53,12 +53,12 @@ public:
     void member(std::string_view name, std::string_view) { text(take(name)); }
     void member(std::string_view name, const char *) { text(take(name)); }
     void escaped(std::string_view name, std::string_view) { text(take(name)); }
-    void unbroken(std::string_view name, std::string_view) { text(take(name)); }
+    void single_line(std::string_view name, std::string_view) { text(take(name)); }
     void quoted_member(std::string_view name, int32_t)
     {
         text(take(name), "^-?[0-9]+$", "text with a number");
     }
-    void ready(std::string_view name, std::string_view) { take(name).type = MemberType::any; }
+    void raw(std::string_view name, std::string_view) { take(name).type = MemberType::any; }
 
     void object(std::string_view name) { enter(take(name), MemberType::object); }
     void object()

@@ -14,7 +14,7 @@ public:
         : with_rows_(rows), with_configuration_(configuration)
     {
         record_.wtp_type = wtp_type;
-        lay_out(*this, record_);
+        visit_fields(*this, record_);
     }
 
     const WtpRecord &record() const { return record_; }
@@ -32,20 +32,20 @@ public:
         return true;
     }
 
-    template <class Int, class Row> uint32_t count(const char *, Rows<Row> &, CountOf<Int>)
+    template <class Int, class Row> uint32_t count(const char *, ArrayView<Row> &, CountOf<Int>)
     {
         return with_rows_;
     }
-    template <class Row> void counted_rows(const char *, Rows<Row> &table, uint32_t count)
+    template <class Row> void counted_rows(const char *, ArrayView<Row> &table, uint32_t count)
     {
-        table = Rows<Row>(memory_.allocate((count + 1) * sizeof(Row), alignof(Row)));
+        table = ArrayView<Row>(memory_.allocate((count + 1) * sizeof(Row), alignof(Row)));
         for (uint32_t i = 0; i < count; i++) {
             Row &row = table.append();
-            lay_out(*this, row);
+            visit_fields(*this, row);
             choose(row, i);
         }
     }
-    template <class Int, class Row> void rows(const char *name, Rows<Row> &table, CountOf<Int>)
+    template <class Int, class Row> void rows(const char *name, ArrayView<Row> &table, CountOf<Int>)
     {
         counted_rows(name, table, with_rows_ ? rows_of(table) : 0);
     }
@@ -54,8 +54,8 @@ private:
     static constexpr uint32_t MODES[] = {SECURITY_OPEN, SECURITY_WEP, SECURITY_PSK,
                                          SECURITY_ENTERPRISE};
 
-    template <class Row> static uint32_t rows_of(const Rows<Row> &) { return 1; }
-    static uint32_t rows_of(const Rows<WlanCfg> &) { return std::size(MODES); }
+    template <class Row> static uint32_t rows_of(const ArrayView<Row> &) { return 1; }
+    static uint32_t rows_of(const ArrayView<WlanCfg> &) { return std::size(MODES); }
 
     // A WLAN for each sort of security mode.
     template <class Row> void choose(Row &, uint32_t) {}

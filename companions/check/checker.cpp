@@ -13,8 +13,8 @@
 
 // What a file's values are handed to, one after the other; none of them ends the walk.
 struct Checker::Walk {
-    Walk(DeviceKind kind, TlvBuffer &buffer, std::vector<SentItem> &sent, Faults &list)
-        : config(kind, buffer), items(sent), faults(list)
+    Walk(DeviceKind kind, TlvBuffer &buffer, std::vector<SentItem> &sent, Diagnostics &list)
+        : config(kind, buffer), items(sent), diagnostics(list)
     {
         buffer.messages = message.sink();
     }
@@ -22,7 +22,7 @@ struct Checker::Walk {
     StoredMessage message; // what zov would print of the value at hand
     ConfigContext config;
     std::vector<SentItem> &items;
-    Faults &faults;
+    Diagnostics &diagnostics;
 
     static int take_value(std::string_view path, IndexKey key, const json_value &value, void *walk);
     static int take_refusal(const json_value &value, const char *message, void *walk);
@@ -35,7 +35,7 @@ void Checker::Walk::report(const json_value *at)
 {
     if (message.cause == Cause::no_memory)
         throw std::bad_alloc();
-    faults.add(at, message.text);
+    diagnostics.add(at, message.text);
     message.clear();
 }
 
@@ -68,7 +68,8 @@ int Checker::Walk::take_value(std::string_view path, IndexKey key, const json_va
 int Checker::Walk::take_refusal(const json_value &value, const char *message, void *walk)
 {
     auto &self = *static_cast<Walk *>(walk);
-    self.faults.add(&value, message != nullptr ? message : "ERROR: An object without members.");
+    self.diagnostics.add(&value,
+                         message != nullptr ? message : "ERROR: An object without members.");
     return 0;
 }
 
@@ -81,17 +82,17 @@ void Checker::Walk::check_unchanged(std::string_view path, const json_value &val
     const std::string place = " for '" + std::string(path) + "'.";
     Ipv4 unused;
     if (row->form == FORM_U16 && value.u.integer > UINT16_MAX)
-        faults.add(&value, "ERROR: config value '" + std::to_string(value.u.integer) +
-                               "' is sent as " + std::to_string(value.u.integer & UINT16_MAX) +
-                               place);
+        diagnostics.add(&value, "ERROR: config value '" + std::to_string(value.u.integer) +
+                                    "' is sent as " + std::to_string(value.u.integer & UINT16_MAX) +
+                                    place);
     if (value.type != json_string)
         return;
     const char *text = value.u.string.ptr;
     if (strlen(text) < value.u.string.length)
-        faults.add(&value, "ERROR: config value ends at its NUL character" + place);
+        diagnostics.add(&value, "ERROR: config value ends at its NUL character" + place);
     if (row->form == FORM_SERVER_ADDRESS && *text != '\0' && !parse_ipv4(text, unused))
-        faults.add(&value,
-                   "ERROR: config value '" + std::string(text) + "' is sent as 0.0.0.0" + place);
+        diagnostics.add(&value, "ERROR: config value '" + std::string(text) +
+                                    "' is sent as 0.0.0.0" + place);
 }
 
 // The line that the parser's message begins with, or has in brackets; 0 when there is none.
@@ -123,8 +124,8 @@ bool Checker::check(const char *name)
     const char *path = strcmp(name, "-") == 0 ? "/dev/stdin" : name;
     buffer_.wire.clear();
     items_.clear();
-    Faults faults;
-    Walk walk(known_.kind, buffer_, items_, faults);
+    Diagnostics diagnostics;
+    Walk walk(known_.kind, buffer_, items_, diagnostics);
     if (!digests_)
         walk.config.digest = no_digest;
     Bytes bytes;
@@ -133,26 +134,26 @@ bool Checker::check(const char *name)
     if (config_file_read(path, bytes, buffer_.messages) != 0) {
         walk.report(nullptr);
     } else if (bytes.size() == 0) {
-        faults.add(nullptr, "ERROR: No member 'wtp_cfg', the file is empty.");
+        diagnostics.add(nullptr, "ERROR: No member 'wtp_cfg', the file is empty.");
     } else if ((root = config_text_parse(path, bytes, buffer_.messages, why)) == nullptr) {
         walk.report(nullptr);
-        faults.explain(line_of(why), without_place(why));
+        diagnostics.explain(line_of(why), without_place(why));
     }
     const std::string_view text(reinterpret_cast<const char *>(bytes.data()), bytes.size());
     if (root != nullptr) {
-        faults.begin_walk();
-        check_members(known_, *root, faults);
-        faults.begin_walk();
-        if (!faults.empty()) // each digest costs a process, and there are no items to show
+        diagnostics.begin_walk();
+        check_members(known_, *root, diagnostics);
+        diagnostics.begin_walk();
+        if (!diagnostics.empty()) // each digest costs a process, and there are no items to show
             walk.config.digest = no_digest;
         JsonIterStack stack;
         json_walk(stack, *root, {Walk::take_value, Walk::take_refusal, &walk});
     }
-    faults.print(name, text, root.get());
-    if (!faults.empty())
+    diagnostics.print(name, text, root.get());
+    if (!diagnostics.empty())
         items_.clear();
     buffer_.messages = {};
-    return faults.empty();
+    return diagnostics.empty();
 }
 
 void Checker::print_items(const char *name) const

@@ -15,7 +15,7 @@ public:
     bool check(const char *name);
 
     // Prints on standard output the items of the file that was checked last, behind its name (if
-    // that is not null). Of a file with faults there are none.
+    // that is not null). Of a file with diagnostics there are none.
     void print_items(const char *name) const;
 
 private:

@@ -38,7 +38,10 @@ std::vector<bool> find_repeated(const json_value &object)
 
 class MemberCheck {
 public:
-    MemberCheck(const KnownMembers &known, Faults &faults) : known_(known), faults_(faults) {}
+    MemberCheck(const KnownMembers &known, Diagnostics &diagnostics)
+        : known_(known), diagnostics_(diagnostics)
+    {
+    }
 
     void object(const SettingNode &node, const json_value &value)
     {
@@ -60,7 +63,7 @@ public:
 private:
     void fault(const json_value &at, const std::string &text)
     {
-        faults_.add(&at, "ERROR: " + text + ".");
+        diagnostics_.add(&at, "ERROR: " + text + ".");
     }
 
     static std::string within(const SettingNode &node)
@@ -94,8 +97,8 @@ private:
 
     void unknown(const SettingNode &node, const json_object_entry &member)
     {
-        if (faults_.is_full())
-            return faults_.add(member.value, {});
+        if (diagnostics_.is_full())
+            return diagnostics_.add(member.value, {});
         const std::string_view name = name_of(member);
         std::string hint;
         if (const char *place = place_in_other_kind(node, name)) {
@@ -109,7 +112,8 @@ private:
         }
         if (!hint.ends_with('?'))
             hint += '.';
-        faults_.add(member.value, "ERROR: Unknown member " + quoted(name) + within(node) + hint);
+        diagnostics_.add(member.value,
+                         "ERROR: Unknown member " + quoted(name) + within(node) + hint);
     }
 
     // For a member that the other kind of device has.
@@ -129,22 +133,22 @@ private:
     }
 
     const KnownMembers &known_;
-    Faults &faults_;
+    Diagnostics &diagnostics_;
 };
 
 } // namespace
 
 KnownMembers::KnownMembers(DeviceKind of) : kind(of), root(settings_tree(of)) {}
 
-void check_members(const KnownMembers &known, const json_value &root, Faults &faults)
+void check_members(const KnownMembers &known, const json_value &root, Diagnostics &diagnostics)
 {
     const std::string_view settings = known.root.members.front().name;
     bool there = false;
     if (root.type == json_object) {
         for (const json_object_entry &member : root.u.object)
             there |= name_of(member) == settings;
-        MemberCheck(known, faults).object(known.root, root);
+        MemberCheck(known, diagnostics).object(known.root, root);
     }
     if (!there)
-        faults.add(nullptr, "ERROR: No member " + quoted(settings) + ".");
+        diagnostics.add(nullptr, "ERROR: No member " + quoted(settings) + ".");
 }

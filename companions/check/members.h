@@ -3,7 +3,7 @@
 // belong and are there once.
 #pragma once
 
-#include "check/faults.h"
+#include "check/diagnostics.h"
 #include "common/settings_tree.h"
 
 // The settings of a kind of device, and those of the other kind for the messages.
@@ -14,4 +14,4 @@ struct KnownMembers {
     SettingNode root;
 };
 
-void check_members(const KnownMembers &known, const json_value &root, Faults &faults);
+void check_members(const KnownMembers &known, const json_value &root, Diagnostics &diagnostics);

@@ -7,7 +7,7 @@
 
 // The place of a controller is taken, so that all programs beside zov can be given the same
 // options, and not used.
-struct CheckSettings : Place {
+struct CheckSettings : Endpoint {
     uint8_t type = 0;
     bool items = false;
 
@@ -19,10 +19,10 @@ inline constexpr Option<CheckSettings> CHECK_OPTIONS[] = {
      [](const char *text, CheckSettings &to) { return take_number<uint8_t>(text, 0, 1, to.type); }},
     {{"items", nullptr, "print what would be sent of each good file: id, index, path, value"},
      [](const char *, CheckSettings &to) { return to.items = true; }},
-    PLACE_OPTIONS,
+    ENDPOINT_OPTIONS,
 };
 
-inline constexpr ProgramText CHECK_PROGRAM = {
+inline constexpr ProgramInfo CHECK_PROGRAM = {
     "zov-check",
     "FILE...",
     "Checks configuration files as zov cfg does, without a controller, and reports all that is\n"

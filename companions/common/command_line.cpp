@@ -29,7 +29,7 @@ static std::string left_column(const OptionText &row)
     return text;
 }
 
-static void print_help(const ProgramText &program, std::span<const OptionText> options)
+static void print_help(const ProgramInfo &program, std::span<const OptionText> options)
 {
     OutputFile out("-", 0);
     out.put("usage: ");
@@ -57,7 +57,7 @@ static void print_help(const ProgramText &program, std::span<const OptionText> o
     out.finish();
 }
 
-static void print_version(const ProgramText &program)
+static void print_version(const ProgramInfo &program)
 {
     OutputFile out("-", 0);
     out.put(std::string(program.name) + " " ZOV_VERSION "\n");
@@ -82,7 +82,7 @@ static std::string expectation(const OptionText &row)
     return row.expected != nullptr ? std::string(", expected ") + row.expected : std::string();
 }
 
-bool read_command_line(int argc, char **argv, const ProgramText &program,
+bool read_command_line(int argc, char **argv, const ProgramInfo &program,
                        std::span<const OptionText> options, OptionSink &sink,
                        std::vector<const char *> &operands)
 {
@@ -117,7 +117,7 @@ bool read_command_line(int argc, char **argv, const ProgramText &program,
     return true;
 }
 
-int run_program(const ProgramText &program, int argc, char **argv, int (*body)(int, char **))
+int run_program(const ProgramInfo &program, int argc, char **argv, int (*body)(int, char **))
 {
     if (occupy_standard_descriptors() != 0)
         return 1;

@@ -31,7 +31,7 @@ template <class Settings> struct Option : OptionText {
     bool (*take)(const char *argument, Settings &settings);
 };
 
-struct ProgramText {
+struct ProgramInfo {
     const char *name;
     const char *operands; // as the first help line shows them behind the options; "" for none
     const char *summary;  // what the program does, in lines that end with \n
@@ -46,12 +46,12 @@ struct OptionSink {
 protected:
     ~OptionSink() = default;
 };
-bool read_command_line(int argc, char **argv, const ProgramText &program,
+bool read_command_line(int argc, char **argv, const ProgramInfo &program,
                        std::span<const OptionText> options, OptionSink &sink,
                        std::vector<const char *> &operands);
 
 template <class Settings, size_t N>
-bool read_command_line(int argc, char **argv, const ProgramText &program,
+bool read_command_line(int argc, char **argv, const ProgramInfo &program,
                        const Option<Settings> (&options)[N], Settings &settings,
                        std::vector<const char *> &operands)
 {
@@ -85,4 +85,4 @@ template <class Int> bool take_number(const char *text, Int &number)
 // Runs a program: body(argc, argv) gives the exit status, and a Failure or UsageError that it
 // throws becomes a message and 1 or 2. Closed standard descriptors are filled with /dev/null first,
 // and a pipe that nobody reads is an error like any other.
-int run_program(const ProgramText &program, int argc, char **argv, int (*body)(int, char **));
+int run_program(const ProgramInfo &program, int argc, char **argv, int (*body)(int, char **));

@@ -10,19 +10,19 @@
 #include <memory>
 
 // Where the controller is. The settings of each program derive from it.
-struct Place {
+struct Endpoint {
     const char *address = AC_ADDRESS;
     uint16_t port = AC_PORT;
     uint32_t timeout = 30; // seconds for connecting, and for silence
 };
 
-bool take_address(const char *text, Place &place);
-bool take_port(const char *text, Place &place);
-bool take_timeout(const char *text, Place &place);
+bool take_address(const char *text, Endpoint &endpoint);
+bool take_port(const char *text, Endpoint &endpoint);
+bool take_timeout(const char *text, Endpoint &endpoint);
 
 // The rows for it, the last of each program's table.
 // clang-format off
-#define PLACE_OPTIONS                                                                              \
+#define ENDPOINT_OPTIONS                                                                              \
     {{"acserver", "ADDRESS", "the controller's IPv4 address (127.0.0.1)"},                         \
      [](const char *text, auto &to) { return take_address(text, to); }},                           \
     {{"acport", "PORT", "the controller's TCP port (1235)"},                                       \
@@ -37,7 +37,7 @@ bool take_timeout(const char *text, Place &place);
 // connection or goes beyond these limits; and bad_alloc when memory is short.
 class Connection {
 public:
-    explicit Connection(const Place &place);
+    explicit Connection(const Endpoint &endpoint);
     Connection(const Connection &) = delete;
     Connection &operator=(const Connection &) = delete;
     ~Connection();
@@ -52,5 +52,5 @@ public:
 private:
     struct Session;
     std::unique_ptr<Session> session_;
-    Place place_;
+    Endpoint endpoint_;
 };

@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <cstring>
 
-std::vector<std::string> texts_of(const Rows<Mac> &macs)
+std::vector<std::string> texts_of(const ArrayView<Mac> &macs)
 {
     std::vector<std::string> texts;
     for (const Mac &mac : macs)
@@ -16,7 +16,7 @@ std::vector<std::string> texts_of(const Rows<Mac> &macs)
     return texts;
 }
 
-std::vector<std::string> texts_of(const Rows<HostSlot> &hosts)
+std::vector<std::string> texts_of(const ArrayView<HostSlot> &hosts)
 {
     std::vector<std::string> texts;
     for (const HostSlot &host : hosts)
@@ -32,7 +32,7 @@ static bool has_equal(std::vector<std::string> texts)
 
 constexpr const char *NO_UTF8 = "is no UTF-8, which JSON cannot hold";
 
-std::string objection(const ConfigKey &row, std::string_view text)
+std::string why_unsendable(const ConfigKey &row, std::string_view text)
 {
     const auto size = static_cast<uint32_t>(text.size());
     if (size < static_cast<uint32_t>(row.min) || size > static_cast<uint32_t>(row.max))
@@ -41,8 +41,8 @@ std::string objection(const ConfigKey &row, std::string_view text)
     return is_utf8(text) ? "" : NO_UTF8;
 }
 
-std::string objection_to_list(const ConfigKey &row, const std::vector<std::string> &elements,
-                              DeviceKind kind)
+std::string why_list_unsendable(const ConfigKey &row, const std::vector<std::string> &elements,
+                                DeviceKind kind)
 {
     if (elements.size() > row.elements_max())
         return std::to_string(elements.size()) + " elements, " +
@@ -53,7 +53,7 @@ std::string objection_to_list(const ConfigKey &row, const std::vector<std::strin
         Mac mac;
         if (row.form == FORM_MAC_LIST && (!parse_mac(element.c_str(), mac) || mac.is_group()))
             return element + " is no device's address";
-        std::string why = objection(row, element);
+        std::string why = why_unsendable(row, element);
         if (!why.empty())
             return why;
     }

@@ -10,13 +10,13 @@
 #include <vector>
 
 // The elements of lists as the texts that stand for them in a file.
-std::vector<std::string> texts_of(const Rows<Mac> &macs);
-std::vector<std::string> texts_of(const Rows<HostSlot> &hosts);
+std::vector<std::string> texts_of(const ArrayView<Mac> &macs);
+std::vector<std::string> texts_of(const ArrayView<HostSlot> &hosts);
 
 // Why a text, or the elements of a list that is one setting, cannot be sent; empty when they can.
-std::string objection(const ConfigKey &row, std::string_view text);
-std::string objection_to_list(const ConfigKey &row, const std::vector<std::string> &elements,
-                              DeviceKind kind);
+std::string why_unsendable(const ConfigKey &row, std::string_view text);
+std::string why_list_unsendable(const ConfigKey &row, const std::vector<std::string> &elements,
+                                DeviceKind kind);
 
 // Whether the text of a data rate is read as this code.
 bool is_rate_of(const char *text, int64_t code);

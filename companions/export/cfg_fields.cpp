@@ -18,20 +18,20 @@ public:
             fields.push_back({name, field});
     }
 
-    template <class Int> void rows(const char *name, Rows<Mac> &table, CountOf<Int>)
+    template <class Int> void rows(const char *name, ArrayView<Mac> &table, CountOf<Int>)
     {
         fields.push_back({name, &table});
     }
-    template <class Int> void rows(const char *name, Rows<HostSlot> &table, CountOf<Int>)
+    template <class Int> void rows(const char *name, ArrayView<HostSlot> &table, CountOf<Int>)
     {
         fields.push_back({name, &table});
     }
-    template <class Int, class Row> void rows(const char *name, Rows<Row> &table, CountOf<Int>)
+    template <class Int, class Row> void rows(const char *name, ArrayView<Row> &table, CountOf<Int>)
     {
         std::vector<CfgRow> made;
         for (Row &row : table) {
             Collector inner;
-            lay_out(inner, row);
+            visit_fields(inner, row);
             made.push_back(std::move(inner.fields));
         }
         fields.push_back({name, std::move(made)});
@@ -43,6 +43,6 @@ public:
 CfgRow collect_fields(WtpCfg &cfg, uint8_t wtp_type)
 {
     Collector collector;
-    lay_out(collector, cfg, wtp_type);
+    visit_fields(collector, cfg, wtp_type);
     return std::move(collector.fields);
 }

@@ -13,8 +13,8 @@ struct CfgField;
 using CfgRow = std::vector<CfgField>; // in the order of the layout
 
 // A field's value; a digest is what a password is stored as. A table of structures is made of rows.
-using CfgValue = std::variant<int64_t, std::string_view, Ipv4, Md5Digest, const Rows<Mac> *,
-                              const Rows<HostSlot> *, std::vector<CfgRow>>;
+using CfgValue = std::variant<int64_t, std::string_view, Ipv4, Md5Digest, const ArrayView<Mac> *,
+                              const ArrayView<HostSlot> *, std::vector<CfgRow>>;
 
 struct CfgField {
     std::string_view name; // as in cfg_layout.h

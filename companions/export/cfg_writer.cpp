@@ -44,7 +44,7 @@ std::string CfgWriter::path_of(const CfgMember &member) const
     return path;
 }
 
-Json CfgWriter::leave_out(const CfgMember &member, const std::string &why)
+Json CfgWriter::report_skipped(const CfgMember &member, const std::string &why)
 {
     left_out_.push_back(path_of(member) + ": " + why);
     return {};
@@ -72,9 +72,9 @@ Json CfgWriter::member(const CfgMember &member, const CfgRow &row)
         return {}; // records do not have it
     if (const auto *rows = std::get_if<std::vector<CfgRow>>(&field->value))
         return table(member, *rows);
-    if (const auto *macs = std::get_if<const Rows<Mac> *>(&field->value))
+    if (const auto *macs = std::get_if<const ArrayView<Mac> *>(&field->value))
         return list(member, texts_of(**macs));
-    if (const auto *hosts = std::get_if<const Rows<HostSlot> *>(&field->value))
+    if (const auto *hosts = std::get_if<const ArrayView<HostSlot> *>(&field->value))
         return list(member, texts_of(**hosts));
     if (member.is_array)
         return texts(member, row);
@@ -84,8 +84,8 @@ Json CfgWriter::member(const CfgMember &member, const CfgRow &row)
 Json CfgWriter::table(const CfgMember &member, const std::vector<CfgRow> &rows)
 {
     if (rows.size() > CONFIG_ELEMENTS_MAX)
-        return leave_out(member, std::to_string(rows.size()) + " elements, " +
-                                     std::to_string(CONFIG_ELEMENTS_MAX) + " can be sent");
+        return report_skipped(member, std::to_string(rows.size()) + " elements, " +
+                                          std::to_string(CONFIG_ELEMENTS_MAX) + " can be sent");
     Json::array_t made;
     made.reserve(rows.size());
     for (const CfgRow &row : rows) {
@@ -114,8 +114,8 @@ Json CfgWriter::texts(const CfgMember &member, const CfgRow &row)
 // A list that is one setting: all of it is sent, or nothing.
 Json CfgWriter::list(const CfgMember &member, const std::vector<std::string> &elements)
 {
-    const std::string why = objection_to_list(*member.row, elements, kind_);
-    return why.empty() ? Json(elements) : leave_out(member, why);
+    const std::string why = why_list_unsendable(*member.row, elements, kind_);
+    return why.empty() ? Json(elements) : report_skipped(member, why);
 }
 
 Json CfgWriter::setting(const CfgMember &member, const CfgValue &value)
@@ -130,8 +130,8 @@ Json CfgWriter::setting(const CfgMember &member, const CfgValue &value)
     if (member.row->form != FORM_DATA_RATE)
         return number(member, code);
     const char *rate = data_rate_text(static_cast<int32_t>(code));
-    if (!objection(*member.row, rate).empty() || !is_rate_of(rate, code))
-        return leave_out(member, "no text stands for code " + std::to_string(code));
+    if (!why_unsendable(*member.row, rate).empty() || !is_rate_of(rate, code))
+        return report_skipped(member, "no text stands for code " + std::to_string(code));
     return rate;
 }
 
@@ -139,15 +139,15 @@ Json CfgWriter::number(const CfgMember &member, int64_t number)
 {
     const ConfigKey &row = *member.row;
     if (number < row.min || number > row.max)
-        return leave_out(member, std::to_string(number) + ", " + std::to_string(row.min) + " to " +
-                                     std::to_string(row.max) + " can be sent");
+        return report_skipped(member, std::to_string(number) + ", " + std::to_string(row.min) +
+                                          " to " + std::to_string(row.max) + " can be sent");
     return number;
 }
 
 Json CfgWriter::text(const CfgMember &member, std::string_view text)
 {
-    const std::string why = objection(*member.row, text);
-    return why.empty() ? Json(text) : leave_out(member, why);
+    const std::string why = why_unsendable(*member.row, text);
+    return why.empty() ? Json(text) : report_skipped(member, why);
 }
 
 // The one setting that is made of several fields.
@@ -161,6 +161,6 @@ Json CfgWriter::addresses(const CfgMember &member, const CfgRow &row)
     }
     Ipv4 ip, mask, gateway;
     if (!parse_ip_settings(joined.c_str(), ip, mask, gateway))
-        return leave_out(member, joined + " is no address that a device can have");
+        return report_skipped(member, joined + " is no address that a device can have");
     return text(member, joined);
 }

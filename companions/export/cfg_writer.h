@@ -35,7 +35,7 @@ private:
     Json text(const CfgMember &member, std::string_view text);
     Json addresses(const CfgMember &member, const CfgRow &row);
 
-    Json leave_out(const CfgMember &member, const std::string &why);
+    Json report_skipped(const CfgMember &member, const std::string &why);
     std::string path_of(const CfgMember &member) const;
 
     DeviceKind kind_;

@@ -9,7 +9,7 @@
 #include <algorithm>
 #include <string_view>
 
-struct ExportSettings : Place {
+struct ExportSettings : Endpoint {
     const char *format = nullptr;
     MacList macs;               // these devices; none: all
     const char *name = nullptr; // and of these the ones with such a name
@@ -19,21 +19,20 @@ struct ExportSettings : Place {
 };
 
 // Every format; its row is NAME_format in its own file.
+// clang-format off
 #define EXPORT_FORMATS(FORMAT)                                                                     \
     FORMAT(json) FORMAT(ndjson) FORMAT(cfg) FORMAT(csv) FORMAT(prometheus) FORMAT(dot)
 
 // Every column of csv.
 #define EXPORT_COLUMNS(COLUMN)                                                                     \
-    COLUMN(mac)                                                                                    \
-    COLUMN(name)                                                                                   \
-    COLUMN(kind)                                                                                   \
-    COLUMN(model) COLUMN(sku) COLUMN(serial) COLUMN(location) COLUMN(address) COLUMN(port)         \
-        COLUMN(mask) COLUMN(gateway) COLUMN(dns1) COLUMN(dns2) COLUMN(managed) COLUMN(state)       \
-            COLUMN(firmware) COLUMN(new_firmware) COLUMN(upgrade_state) COLUMN(progress)           \
-                COLUMN(uptime) COLUMN(joined) COLUMN(last_active) COLUMN(changed)                  \
-                    COLUMN(memory_used) COLUMN(memory_total) COLUMN(radios) COLUMN(channels)       \
-                        COLUMN(stations) COLUMN(ports) COLUMN(ports_up) COLUMN(poe_budget)         \
-                            COLUMN(poe_used)
+    COLUMN(mac) COLUMN(name) COLUMN(kind) COLUMN(model) COLUMN(sku)                                \
+    COLUMN(serial) COLUMN(location) COLUMN(address) COLUMN(port) COLUMN(mask)                      \
+    COLUMN(gateway) COLUMN(dns1) COLUMN(dns2) COLUMN(managed) COLUMN(state)                        \
+    COLUMN(firmware) COLUMN(new_firmware) COLUMN(upgrade_state) COLUMN(progress) COLUMN(uptime)    \
+    COLUMN(joined) COLUMN(last_active) COLUMN(changed) COLUMN(memory_used) COLUMN(memory_total)    \
+    COLUMN(radios) COLUMN(channels) COLUMN(stations) COLUMN(ports) COLUMN(ports_up)                \
+    COLUMN(poe_budget) COLUMN(poe_used)
+// clang-format on
 
 // The names in a text, separated by spaces.
 #define SPACE_AND_NAME(name) " " #name
@@ -102,11 +101,11 @@ inline constexpr Option<ExportSettings> EXPORT_OPTIONS[] = {
     {{"output", "FILE", "write to this file instead of standard output"}, take_output},
     {{"directory", "DIR", "cfg: write a file for each device there, named by its address"}, take_directory},
     {{"columns", "LIST", "csv: these columns, joined by commas", COLUMN_NAMES}, take_columns},
-    PLACE_OPTIONS,
+    ENDPOINT_OPTIONS,
 };
 // clang-format on
 
-inline constexpr ProgramText EXPORT_PROGRAM = {
+inline constexpr ProgramInfo EXPORT_PROGRAM = {
     "zov-export",
     "",
     "Reads the controller's device list once and writes it in another format: json, ndjson,\n"

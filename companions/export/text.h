@@ -9,7 +9,8 @@
 #include <string_view>
 
 // Writes the body of a JSON string: control characters escaped, quotes and backslashes too, bytes
-// that are no UTF-8 replaced by U+FFFD. Needs room for JSON_GROWTH times the text; returns the end.
+// that are no UTF-8 replaced by U+FFFD. Needs memory for JSON_GROWTH times the text; returns the
+// end.
 enum : unsigned { JSON_GROWTH = 6 };
 char *write_json_text(char *to, std::string_view text);
 

@@ -15,13 +15,13 @@ class FileOutput {
 public:
     explicit FileOutput(OutputFile &file) : file_(file), buffer_(new char[SIZE]) {}
 
-    char *room(size_t size)
+    char *prepare(size_t size)
     {
         if (SIZE - used_ < size)
             flush();
         return buffer_.get() + used_;
     }
-    void advance(const char *end) { used_ = static_cast<size_t>(end - buffer_.get()); }
+    void commit(const char *end) { used_ = static_cast<size_t>(end - buffer_.get()); }
 
     void put(const char *bytes, size_t length)
     {
@@ -43,7 +43,7 @@ public:
         used_ = 0;
     }
 
-    enum : size_t { ROOM_MAX = 4096 };
+    enum : size_t { PREPARE_MAX = 4096 };
 
 private:
     enum : size_t { SIZE = 65536 };
@@ -62,10 +62,10 @@ public:
 
     template <size_t N> void member(const char (&name)[N], std::string_view text)
     {
-        if (text.size() > FileOutput::ROOM_MAX / 2 / JSON_GROWTH) {
+        if (text.size() > FileOutput::PREPARE_MAX / 2 / JSON_GROWTH) {
             std::string long_text;
             append_json_string(long_text, text);
-            Base::ready(name, long_text);
+            Base::raw(name, long_text);
             return;
         }
         close_string(write_json_text(open_string(name, JSON_GROWTH * text.size()), text));
@@ -78,7 +78,7 @@ public:
     {
         member(name, text);
     }
-    template <size_t N> void unbroken(const char (&name)[N], std::string_view text)
+    template <size_t N> void single_line(const char (&name)[N], std::string_view text)
     {
         std::string line;
         for (const char c : text)
@@ -91,17 +91,17 @@ public:
     {
         std::string string;
         append_json_string(string, text);
-        out_.advance(next(0));
+        out_.commit(next(0));
         out_.put(string);
     }
     void escaped_element(std::string_view text) { element(text); }
 
     // What is no JSON after all becomes a string.
-    template <size_t N> void ready(const char (&name)[N], std::string_view json)
+    template <size_t N> void raw(const char (&name)[N], std::string_view json)
     {
         std::string value;
         if (!append_json(value, json))
             append_json_string(value, json);
-        Base::ready(name, value);
+        Base::raw(name, value);
     }
 };

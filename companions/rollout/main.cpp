@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // zov-rollout: upgrades the firmware of devices in batches.
 #include "rollout/plan.h"
+#include "rollout/reporter.h"
 #include "rollout/requests.h"
 #include "rollout/stop.h"
 #include "rollout/tables.h"
-#include "rollout/teller.h"
 
 #include <algorithm>
 #include <chrono>
@@ -32,14 +32,14 @@ static RolloutSettings read_settings(int argc, char **argv, bool &goes_on)
 
 // Looks at the devices of the batch, and asks those to upgrade that wait for it. What keeps the
 // controller from answering may pass; the deadlines end it if it does not.
-static void look_and_ask(const RolloutSettings &settings, Roll &roll, Teller &teller)
+static void look_and_ask(const RolloutSettings &settings, Roll &roll, Reporter &reporter)
 {
     std::vector<Mac> asked;
     try {
         list_devices(settings, roll.running(), [&](const WtpRecord &wtp) {
-            roll.saw(wtp.mac, sight_of(wtp), seconds_now());
+            roll.observe(wtp.mac, observation_of(wtp), seconds_now());
         });
-        asked = roll.to_ask();
+        asked = roll.pending();
         asked.resize(std::min(asked.size(), REQUEST_MAX)); // the rest next time
         if (!asked.empty()) {
             const std::vector<uint8_t> codes =
@@ -47,30 +47,32 @@ static void look_and_ask(const RolloutSettings &settings, Roll &roll, Teller &te
             for (size_t i = 0; i < asked.size(); i++)
                 roll.answered(asked[i], codes[i], seconds_now());
         }
-        teller.trouble_is_over();
+        reporter.trouble_is_over();
     } catch (const Unanswered &failure) {
         roll.unanswered(asked);
-        teller.trouble(failure.what());
+        reporter.trouble(failure.what());
     } catch (const Failure &failure) {
-        teller.trouble(failure.what());
+        reporter.trouble(failure.what());
     }
     roll.pass_time(seconds_now());
 }
 
-static void run_batch(const RolloutSettings &settings, Roll &roll, Teller &teller, Screen &screen)
+static void run_batch(const RolloutSettings &settings, Roll &roll, Reporter &reporter,
+                      ProgressBar &bar)
 {
-    teller.note("batch " + std::to_string(roll.batch()) + " of " + std::to_string(roll.batches()) +
-                ": " + std::to_string(roll.running().size()) + " devices");
+    reporter.note("batch " + std::to_string(roll.batch()) + " of " +
+                  std::to_string(roll.batches()) + ": " + std::to_string(roll.running().size()) +
+                  " devices");
     bool told = false;
     for (;;) {
-        look_and_ask(settings, roll, teller);
+        look_and_ask(settings, roll, reporter);
         if (stop_wanted()) {
             if (!told)
-                teller.warn("stopping after this batch; a second signal ends at once");
+                reporter.warn("stopping after this batch; a second signal ends at once");
             told = true;
             roll.drop_unasked();
         }
-        screen.show(roll);
+        bar.show(roll);
         if (roll.running().empty())
             return;
         wait_or_stop(settings.interval);
@@ -94,19 +96,20 @@ static std::string counts_text(const Roll &roll)
            " timed out, " + count(skipped) + " skipped, " + count(waiting) + " not started";
 }
 
-static int roll_out(const RolloutSettings &settings, Roll &roll, Teller &teller, Screen &screen)
+static int roll_out(const RolloutSettings &settings, Roll &roll, Reporter &reporter,
+                    ProgressBar &bar)
 {
-    while (!stop_wanted() && !teller.log_failed() && roll.begin_batch(seconds_now()))
-        run_batch(settings, roll, teller, screen);
-    screen.clear();
+    while (!stop_wanted() && !reporter.log_failed() && roll.begin_batch(seconds_now()))
+        run_batch(settings, roll, reporter, bar);
+    bar.clear();
     if (roll.count(UpgradeStage::waiting) > 0)
-        teller.warn(std::string(stop_wanted()            ? "stopped by a signal"
-                                : roll.too_many_failed() ? "stopped: too many failures"
-                                                         : "stopped") +
-                    "; started again, it goes on with the rest");
-    teller.warn(counts_text(roll));
+        reporter.warn(std::string(stop_wanted()            ? "stopped by a signal"
+                                  : roll.too_many_failed() ? "stopped: too many failures"
+                                                           : "stopped") +
+                      "; started again, it goes on with the rest");
+    reporter.warn(counts_text(roll));
     print_summary(roll);
-    return all_is_well(roll) && !teller.log_failed() ? 0 : 1;
+    return all_is_well(roll) && !reporter.log_failed() ? 0 : 1;
 }
 
 static int run(int argc, char **argv)
@@ -117,11 +120,11 @@ static int run(int argc, char **argv)
         return 0;
     const EventLog log(settings.dry_run ? nullptr : settings.log);
     watch_for_stop();
-    Screen screen;
-    Teller teller(log, screen);
+    ProgressBar bar;
+    Reporter reporter(log, bar);
     const RollLimits limits = {settings.batch, settings.max_failures,
                                static_cast<double>(settings.deadline)};
-    Roll roll(make_plan(settings), limits, teller);
+    Roll roll(make_plan(settings), limits, reporter);
     if (settings.dry_run) {
         print_plan(roll);
         return 0;
@@ -129,7 +132,7 @@ static int run(int argc, char **argv)
     const size_t skipped = roll.count(UpgradeStage::skipped);
     log.add("roll-out of " + std::to_string(roll.devices().size() - skipped) + " devices, " +
             std::to_string(skipped) + " skipped");
-    return roll_out(settings, roll, teller, screen);
+    return roll_out(settings, roll, reporter, bar);
 }
 
 int main(int argc, char **argv)

@@ -4,7 +4,7 @@
 
 #include "common/connection.h"
 
-struct RolloutSettings : Place {
+struct RolloutSettings : Endpoint {
     // Which devices: exactly one of the three.
     const char *mac = nullptr; // the text of `macs`
     MacList macs;
@@ -59,11 +59,11 @@ inline constexpr Option<RolloutSettings> ROLLOUT_OPTIONS[] = {
      [](const char *, RolloutSettings &to) { return to.dry_run = true; }},
     {{"log", "FILE", "append a line for each event"},
      [](const char *text, RolloutSettings &to) { return (to.log = text, true); }},
-    PLACE_OPTIONS,
+    ENDPOINT_OPTIONS,
 };
 // clang-format on
 
-inline constexpr ProgramText ROLLOUT_PROGRAM = {
+inline constexpr ProgramInfo ROLLOUT_PROGRAM = {
     "zov-rollout", "",
     "Upgrades the firmware of devices in batches, follows each until it is back with its new\n"
     "version, and stops when too many fail. Started again, it goes on where it stopped.\n"

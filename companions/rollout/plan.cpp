@@ -8,15 +8,15 @@
 
 enum : unsigned { STEPS_MAX = 2 };
 
-Sight sight_of(const WtpRecord &wtp)
+Observation observation_of(const WtpRecord &wtp)
 {
-    Sight sight;
-    sight.online = wtp.state == WTP_ONLINE;
-    sight.busy = is_upgrading(wtp) || wtp.sub_state == WTP_SUB_WAITING;
-    sight.progress = wtp.progress;
-    sight.version = wtp.sw_ver;
-    sight.announced = wtp.new_fw_ver;
-    return sight;
+    Observation seen;
+    seen.online = wtp.state == WTP_ONLINE;
+    seen.busy = is_upgrading(wtp) || wtp.sub_state == WTP_SUB_WAITING;
+    seen.progress = wtp.progress;
+    seen.version = wtp.sw_ver;
+    seen.announced = wtp.new_fw_ver;
+    return seen;
 }
 
 static void skip(RollDevice &device, const char *reason)
@@ -27,18 +27,18 @@ static void skip(RollDevice &device, const char *reason)
 
 static RollDevice device_of(const WtpRecord &wtp)
 {
-    const Sight sight = sight_of(wtp);
+    const Observation seen = observation_of(wtp);
     RollDevice device;
     device.mac = wtp.mac;
     device.name = wtp.name;
-    device.from = sight.version;
-    device.online = sight.online;
-    if (sight.busy) {
+    device.from = seen.version;
+    device.online = seen.online;
+    if (seen.busy) {
         device.stage = UpgradeStage::upgrading;
-        device.to = sight.announced;
+        device.to = seen.announced;
     } else if (wtp.managed == 0) {
         skip(device, "not under management");
-    } else if (!sight.online) {
+    } else if (!seen.online) {
         skip(device, "offline");
     }
     return device;

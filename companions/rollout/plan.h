@@ -6,7 +6,7 @@
 #include "rollout/roll.h"
 
 // What a record tells a roll-out.
-Sight sight_of(const WtpRecord &wtp);
+Observation observation_of(const WtpRecord &wtp);
 
 // Chooses the devices and finds out which have newer firmware. Those that wait are to be asked,
 // those that are upgrading to be followed, all others are skipped with a reason. Throws Failure,

@@ -17,20 +17,21 @@ static MacList to_mac_list(const std::vector<Mac> &macs, size_t first, size_t co
     return list;
 }
 
-void list_devices(const Place &place, const std::vector<Mac> &macs,
+void list_devices(const Endpoint &endpoint, const std::vector<Mac> &macs,
                   const std::function<void(const WtpRecord &)> &take)
 {
     WtpList list;
-    Connection(place).fetch(list, WTP_FILTER_MANAGED | WTP_FILTER_UNMANAGED | WTP_FILTER_UNJOINED,
-                            to_mac_list(macs, 0, macs.size() > REQUEST_MAX ? 0 : macs.size()));
+    Connection(endpoint).fetch(list,
+                               WTP_FILTER_MANAGED | WTP_FILTER_UNMANAGED | WTP_FILTER_UNJOINED,
+                               to_mac_list(macs, 0, macs.size() > REQUEST_MAX ? 0 : macs.size()));
     for (const WtpRecord *wtp = first_wtp(list, WtpPart::basics); wtp != nullptr;
          wtp = next_wtp(list))
         take(*wtp);
 }
 
-static void ask_for_some(const Place &place, const MacList &macs, FirmwareSteps &known)
+static void ask_for_some(const Endpoint &endpoint, const MacList &macs, FirmwareSteps &known)
 {
-    Connection connection(place);
+    Connection connection(endpoint);
     if (send_request(connection.session(), FirmwareListRequest{macs}) != 0)
         connection.fail();
     ReplyReader reply(connection.session());
@@ -46,20 +47,20 @@ static void ask_for_some(const Place &place, const MacList &macs, FirmwareSteps 
         connection.fail();
 }
 
-FirmwareSteps ask_firmware_steps(const Place &place, const std::vector<Mac> &macs)
+FirmwareSteps ask_firmware_steps(const Endpoint &endpoint, const std::vector<Mac> &macs)
 {
     FirmwareSteps known;
     for (size_t first = 0; first < macs.size(); first += REQUEST_MAX)
-        ask_for_some(place, to_mac_list(macs, first, std::min(REQUEST_MAX, macs.size() - first)),
+        ask_for_some(endpoint, to_mac_list(macs, first, std::min(REQUEST_MAX, macs.size() - first)),
                      known);
     return known;
 }
 
-std::vector<uint8_t> start_upgrades(const Place &place, const std::vector<Mac> &macs,
+std::vector<uint8_t> start_upgrades(const Endpoint &endpoint, const std::vector<Mac> &macs,
                                     uint32_t period, uint32_t type)
 {
     const MacList list = to_mac_list(macs, 0, macs.size());
-    Connection connection(place);
+    Connection connection(endpoint);
     try {
         std::vector<uint8_t> codes(macs.size());
         if (send_request(connection.session(), UpgradeRequest{list, period, type}) != 0)

@@ -18,7 +18,7 @@ inline constexpr size_t REQUEST_MAX = 10000;
 
 // Lists these devices without configuration and detail, or all if there is none or there are many.
 // The record holds its basic members only, and only during the call.
-void list_devices(const Place &place, const std::vector<Mac> &macs,
+void list_devices(const Endpoint &endpoint, const std::vector<Mac> &macs,
                   const std::function<void(const WtpRecord &)> &take);
 
 // What the controller knows of firmware for devices.
@@ -26,8 +26,8 @@ struct FirmwareSteps {
     std::map<Mac, uint8_t> codes;  // a result code for each
     std::map<Mac, unsigned> steps; // 1 or 2, of those that can upgrade
 };
-FirmwareSteps ask_firmware_steps(const Place &place, const std::vector<Mac> &macs);
+FirmwareSteps ask_firmware_steps(const Endpoint &endpoint, const std::vector<Mac> &macs);
 
 // Starts upgrades, of REQUEST_MAX devices at most; gives a result code for each device.
-std::vector<uint8_t> start_upgrades(const Place &place, const std::vector<Mac> &macs,
+std::vector<uint8_t> start_upgrades(const Endpoint &endpoint, const std::vector<Mac> &macs,
                                     uint32_t period, uint32_t type);

@@ -70,7 +70,7 @@ std::vector<Mac> Roll::running() const
     return macs;
 }
 
-std::vector<Mac> Roll::to_ask() const
+std::vector<Mac> Roll::pending() const
 {
     std::vector<Mac> macs;
     for (const RollDevice &device : devices_)
@@ -103,22 +103,22 @@ void Roll::end(RollDevice &device, UpgradeStage stage, double now, const std::st
     enter(device, stage);
 }
 
-void Roll::saw(const Mac &mac, const Sight &sight, double now)
+void Roll::observe(const Mac &mac, const Observation &seen, double now)
 {
     RollDevice *device = find(mac);
     if (device == nullptr)
         return;
-    device->online = sight.online;
-    if (!sight.busy && sight.online) {
-        see_at_rest(*device, sight, now);
+    device->online = seen.online;
+    if (!seen.busy && seen.online) {
+        see_at_rest(*device, seen, now);
         return;
     }
     device->idle_seen = 0;
-    if (!sight.busy)
+    if (!seen.busy)
         return;
-    device->progress = std::min(sight.progress, 100U);
-    if (!sight.announced.empty())
-        device->to = sight.announced;
+    device->progress = std::min(seen.progress, 100U);
+    if (!seen.announced.empty())
+        device->to = seen.announced;
     if (device->stage == upgrading)
         return;
     if (device->stage == waiting)
@@ -128,26 +128,26 @@ void Roll::saw(const Mac &mac, const Sight &sight, double now)
     enter(*device, upgrading);
 }
 
-void Roll::see_at_rest(RollDevice &device, const Sight &sight, double now)
+void Roll::see_at_rest(RollDevice &device, const Observation &seen, double now)
 {
-    if (device.stage == waiting && !device.unsure) {
-        device.start = sight.version;
-        if (device.taken == 0)
-            device.from = sight.version;
+    if (device.stage == waiting && !device.reply_lost) {
+        device.start = seen.version;
+        if (device.steps_done == 0)
+            device.from = seen.version;
         return;
     }
-    const bool changed = sight.version != device.start;
-    if (device.to.empty() ? changed : sight.version == device.to)
-        arrive(device, sight.version, now);
+    const bool changed = seen.version != device.start;
+    if (device.to.empty() ? changed : seen.version == device.to)
+        arrive(device, seen.version, now);
     else if (device.stage == upgrading && ++device.idle_seen == IDLE_SEEN_MAX)
         end(device, failed, now,
-            changed ? "came back with version " + sight.version : "still has its old version");
+            changed ? "came back with version " + seen.version : "still has its old version");
 }
 
 void Roll::arrive(RollDevice &device, const std::string &version, double now)
 {
     device.to = version;
-    if (++device.taken >= device.steps) {
+    if (++device.steps_done >= device.steps) {
         end(device, done, now);
         return;
     }
@@ -156,7 +156,7 @@ void Roll::arrive(RollDevice &device, const std::string &version, double now)
     device.to.clear();
     device.progress = 0;
     device.since = now;
-    device.unsure = false;
+    device.reply_lost = false;
 }
 
 // What a device may answer that has just restarted with the version of its first step.
@@ -170,16 +170,16 @@ void Roll::answered(const Mac &mac, uint8_t code, double now)
     RollDevice *device = find(mac);
     if (device == nullptr || device->stage != waiting)
         return;
-    if (code == RESULT_SUCCESS || (code == RESULT_BUSY && device->unsure)) {
+    if (code == RESULT_SUCCESS || (code == RESULT_BUSY && device->reply_lost)) {
         device->since = now;
         if (device->begun < 0)
             device->begun = now;
         enter(*device, sent);
-    } else if (device->taken > 0 && may_pass(code)) {
+    } else if (device->steps_done > 0 && may_pass(code)) {
         device->reason = result_text(code, mac);
     } else if (code != RESULT_NO_IMAGE) {
         end(*device, failed, now, result_text(code, mac));
-    } else if (device->taken > 0) {
+    } else if (device->steps_done > 0) {
         device->to = device->start;
         end(*device, done, now);
     } else {
@@ -192,7 +192,7 @@ void Roll::unanswered(const std::vector<Mac> &macs)
 {
     for (const Mac &mac : macs)
         if (RollDevice *device = find(mac))
-            device->unsure = true;
+            device->reply_lost = true;
 }
 
 void Roll::pass_time(double now)
@@ -216,8 +216,8 @@ void Roll::pass_time(double now)
 void Roll::drop_unasked()
 {
     for (RollDevice &device : devices_)
-        if (device.batch == batch_ && device.stage == waiting && device.taken == 0 &&
-            !device.unsure)
+        if (device.batch == batch_ && device.stage == waiting && device.steps_done == 0 &&
+            !device.reply_lost)
             device.batch = 0;
 }
 
@@ -228,7 +228,7 @@ unsigned Roll::progress(size_t first, size_t last) const
         if (device.batch < first || device.batch > last)
             continue;
         count++;
-        sum += device.finished() ? 100 : (device.taken * 100 + device.progress) / device.steps;
+        sum += device.finished() ? 100 : (device.steps_done * 100 + device.progress) / device.steps;
     }
     return count == 0 ? 100 : static_cast<unsigned>(sum / count);
 }

@@ -40,27 +40,27 @@ struct RollDevice {
     std::string name;
     std::string from, to; // versions; `to` is empty until it is announced
     UpgradeStage stage = UpgradeStage::waiting;
-    std::string reason;    // why it failed or was skipped, or is asked again
-    bool current = false;  // skipped since there is nothing newer
-    unsigned steps = 1;    // upgrades on the way to the newest version
-    unsigned taken = 0;    // those of them that are done
-    unsigned progress = 0; // of the present one, in percent
-    size_t batch = 0;      // counted from 1; 0 when it is in none
-    double begun = -1;     // when it was asked or found upgrading first; -1: not yet
+    std::string reason;      // why it failed or was skipped, or is asked again
+    bool current = false;    // skipped since there is nothing newer
+    unsigned steps = 1;      // upgrades on the way to the newest version
+    unsigned steps_done = 0; // those of them that are done
+    unsigned progress = 0;   // of the present one, in percent
+    size_t batch = 0;        // counted from 1; 0 when it is in none
+    double begun = -1;       // when it was asked or found upgrading first; -1: not yet
     double ended = -1;
 
     // How it stands within the present step.
-    std::string start;      // the version before it
-    double since = 0;       // what the deadline counts from
-    bool unsure = false;    // a request for it had no reply
-    bool online = true;     // when it was seen last
-    unsigned idle_seen = 0; // how often in a row it was at rest without the version
+    std::string start;       // the version before it
+    double since = 0;        // what the deadline counts from
+    bool reply_lost = false; // a request for it had no reply
+    bool online = true;      // when it was seen last
+    unsigned idle_seen = 0;  // how often in a row it was at rest without the version
 
     bool finished() const { return stage >= UpgradeStage::done; }
 };
 
 // What the list says of a device.
-struct Sight {
+struct Observation {
     bool online = false, busy = false;
     unsigned progress = 0;
     std::string version, announced;
@@ -96,9 +96,9 @@ public:
 
     // Those of the batch that have not ended; and those that are to be asked to upgrade.
     std::vector<Mac> running() const;
-    std::vector<Mac> to_ask() const;
+    std::vector<Mac> pending() const;
 
-    void saw(const Mac &mac, const Sight &sight, double now);
+    void observe(const Mac &mac, const Observation &seen, double now);
     void answered(const Mac &mac, uint8_t code, double now);
     void unanswered(const std::vector<Mac> &macs); // it is not known whether the request was done
     void pass_time(double now);                    // ends what is beyond its deadline
@@ -112,7 +112,7 @@ private:
     RollDevice *find(const Mac &mac);
     void enter(RollDevice &device, UpgradeStage stage);
     void end(RollDevice &device, UpgradeStage stage, double now, const std::string &reason = {});
-    void see_at_rest(RollDevice &device, const Sight &sight, double now);
+    void see_at_rest(RollDevice &device, const Observation &seen, double now);
     void arrive(RollDevice &device, const std::string &version, double now);
     unsigned progress(size_t first, size_t last) const;
 

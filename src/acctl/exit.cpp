@@ -3,13 +3,11 @@
 #include "options/option_checks.h"
 #include "util/shell.h"
 
-extern const CommandSpec EXIT_ROW;
-
 static int exit_command(AcSession &, const OptArgList &opts)
 {
-    if (check_options(EXIT_ROW, opts) != 0)
+    if (check_options(EXIT_COMMAND, opts) != 0)
         return 1;
     return run_shell("kill `cat /var/run/ac.pid`") == 0 ? 0 : 1;
 }
 
-const CommandSpec EXIT_ROW = {exit_command, "exit", "Terminate AC", {}, {}};
+const CommandSpec EXIT_COMMAND = {exit_command, "exit", "Terminate AC", {}, {}};

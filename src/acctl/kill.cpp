@@ -12,8 +12,6 @@
 #include <string_view>
 #include <unistd.h>
 
-extern const CommandSpec KILL_ROW;
-
 namespace {
 
 enum : pid_t { NO_PID = 0 };
@@ -102,7 +100,7 @@ static int list_processes(pid_t &pid)
 
 static int kill_command(AcSession &, const OptArgList &opts)
 {
-    if (check_options(KILL_ROW, opts) != 0)
+    if (check_options(KILL_COMMAND, opts) != 0)
         return 1;
     pid_t pid = NO_PID;
     if (list_processes(pid) != 0)
@@ -114,4 +112,4 @@ static int kill_command(AcSession &, const OptArgList &opts)
     return execute(command, {});
 }
 
-const CommandSpec KILL_ROW = {kill_command, "kill", "Kill AC", {}, {}};
+const CommandSpec KILL_COMMAND = {kill_command, "kill", "Kill AC", {}, {}};

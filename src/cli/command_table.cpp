@@ -5,38 +5,10 @@
 
 #include <cstring>
 
-// Each row stands at the end of its command's file.
-#define COMMAND_ROWS(ROW)                                                                          \
-    ROW(AC)                                                                                        \
-    ROW(WTPS)                                                                                      \
-    ROW(CFG)                                                                                       \
-    ROW(UPG)                                                                                       \
-    ROW(RST)                                                                                       \
-    ROW(MEM)                                                                                       \
-    ROW(INITFW)                                                                                    \
-    ROW(WTPFLAG)                                                                                   \
-    ROW(SCAN)                                                                                      \
-    ROW(BGSCAN)                                                                                    \
-    ROW(AUTOCH)                                                                                    \
-    ROW(AUTOTP)                                                                                    \
-    ROW(KICK)                                                                                      \
-    ROW(ONLINE)                                                                                    \
-    ROW(EXIT)                                                                                      \
-    ROW(KILL)                                                                                      \
-    ROW(DBG)                                                                                       \
-    ROW(NODC)                                                                                      \
-    ROW(CAC)                                                                                       \
-    ROW(SH)                                                                                        \
-    ROW(FWLIST)
-
-#define ROW(name) extern const CommandSpec name##_ROW;
-COMMAND_ROWS(ROW)
-#undef ROW
-
 const CommandSpec *const COMMANDS[] = {
-#define ROW(name) &name##_ROW,
-    COMMAND_ROWS(ROW)
-#undef ROW
+#define ADDRESS(name) &name##_COMMAND,
+    ALL_COMMANDS(ADDRESS)
+#undef ADDRESS
         nullptr,
 };
 

@@ -10,23 +10,21 @@
 #include <cstdlib>
 #include <cstring>
 
-extern const CommandSpec CFG_ROW;
-
 namespace {
 
-struct Choices {
+struct CfgOptions {
     MacOption wtps{OPT_MAC};
     bool add = false, del = false; // not both
     bool ip = false, file = false; // not both
     TlvBuffer ip_items;
-    Text file_argument;             // cut at its commas
-    Table<const char *> file_names; // within file_argument, not empty when `file`
+    Text file_argument;                  // cut at its commas
+    FixedArray<const char *> file_names; // within file_argument, not empty when `file`
     DeviceKind kind = DEVICE_ACCESS_POINT;
 };
 
 } // namespace
 
-static int take_add_or_del(const OptArg &opt, Choices &choices)
+static int take_add_or_del(const OptArg &opt, CfgOptions &choices)
 {
     (opt.code == OPT_ADD ? choices.add : choices.del) = true;
     if (choices.add && choices.del)
@@ -40,7 +38,7 @@ static int report_file_and_ip()
                 option_name(OPT_IP));
 }
 
-static int take_files(const OptArg &opt, Choices &choices)
+static int take_files(const OptArg &opt, CfgOptions &choices)
 {
     if (choices.file)
         return report_repeated_option(opt);
@@ -57,7 +55,7 @@ static int take_files(const OptArg &opt, Choices &choices)
     return choices.file_names.empty() ? report_invalid_argument(opt) : 0;
 }
 
-static int take_ip(const OptArg &opt, Choices &choices)
+static int take_ip(const OptArg &opt, CfgOptions &choices)
 {
     if (choices.ip)
         return report_repeated_option(opt);
@@ -71,7 +69,7 @@ static int take_ip(const OptArg &opt, Choices &choices)
                       setting);
 }
 
-static int take_type(const OptArg &opt, Choices &choices)
+static int take_type(const OptArg &opt, CfgOptions &choices)
 {
     const auto type = static_cast<uint8_t>(atoi(opt.arg));
     if (type > 1)
@@ -80,7 +78,7 @@ static int take_type(const OptArg &opt, Choices &choices)
     return 0;
 }
 
-static int take_option(const OptArg &opt, Choices &choices)
+static int take_option(const OptArg &opt, CfgOptions &choices)
 {
     switch (opt.code) {
     case OPT_ADD:
@@ -104,7 +102,7 @@ static int report_unusable(OptionCode one, OptionCode other)
 }
 
 // Without --file the devices are put under management or taken out of it.
-static int manage(AcSession &session, const Choices &choices)
+static int manage(AcSession &session, const CfgOptions &choices)
 {
     if (choices.add)
         return cfg_request_add(session, choices.wtps.list(), choices.ip_items);
@@ -116,7 +114,7 @@ static int manage(AcSession &session, const Choices &choices)
 }
 
 // All files are read and checked before anything else is.
-static int configure(AcSession &session, const Choices &choices, int wait)
+static int configure(AcSession &session, const CfgOptions &choices, int wait)
 {
     const uint32_t count = choices.file_names.size();
     const bool several = count > 1;
@@ -140,8 +138,8 @@ static int configure(AcSession &session, const Choices &choices, int wait)
 
 static int cfg_command(AcSession &session, const OptArgList &opts)
 {
-    Choices choices;
-    if (check_options(CFG_ROW, opts,
+    CfgOptions choices;
+    if (check_options(CFG_COMMAND, opts,
                       [&](const OptArg &opt) { return take_option(opt, choices); }) != 0)
         return 1;
     if (!choices.wtps.given())
@@ -150,7 +148,7 @@ static int cfg_command(AcSession &session, const OptArgList &opts)
                         : manage(session, choices);
 }
 
-const CommandSpec CFG_ROW = {
+const CommandSpec CFG_COMMAND = {
     cfg_command,
     "cfg",
     "Update WTP setting",

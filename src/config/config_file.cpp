@@ -18,7 +18,7 @@ static int read_failed(const char *name, const Messages &messages)
 // Room for size bytes at the end of the text; or null, with the message printed.
 static uint8_t *room_for(size_t size, Bytes &text, const Messages &messages)
 {
-    uint8_t *place = text.place(size);
+    uint8_t *place = text.prepare(size);
     if (place == nullptr)
         messages.report(Cause::no_memory, 0, "ERROR: Out of memory.\n");
     return place;
@@ -32,7 +32,7 @@ static int read_sized(FILE *file, const char *name, size_t size, Bytes &text,
         return 1;
     if (fread(place, 1, size, file) != size)
         return read_failed(name, messages);
-    text.advance(size);
+    text.commit(size);
     return 0;
 }
 
@@ -43,7 +43,7 @@ static int read_stream(FILE *file, const char *name, Bytes &text, const Messages
         uint8_t *place = room_for(STREAM_PIECE, text, messages);
         if (place == nullptr)
             return 1;
-        text.advance(fread(place, 1, STREAM_PIECE - 1, file));
+        text.commit(fread(place, 1, STREAM_PIECE - 1, file));
     }
     return ferror(file) == 0 ? 0 : read_failed(name, messages);
 }

@@ -14,11 +14,11 @@
 // known kind have none).
 int config_file_load(const char *name, DeviceKind kind, TlvBuffer &items);
 
-// The parts of it. Reading gives the whole file, with room behind it that the parser looks at.
+// The parts of it. Reading gives the whole file, with a byte behind it that the parser looks at.
 int config_file_read(const char *name, Bytes &text, const Messages &messages);
 
 // Parses a text that is not empty. Null when it is no JSON: the message is reported, and `why`
-// (null, or room for json_error_max characters) has the parser's own.
+// (null, or memory for json_error_max characters) has the parser's own.
 using JsonTree = std::unique_ptr<json_value, void (*)(json_value *)>;
 JsonTree config_text_parse(const char *name, Bytes &text, const Messages &messages, char *why);
 

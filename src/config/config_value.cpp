@@ -60,11 +60,11 @@ static int start_list(ConfigContext &context, const ConfigKey &list, uint32_t le
     context.list_refused = false;
     context.list_bytes.clear();
     const size_t size = size_t{length} * list.element_size();
-    uint8_t *place = context.list_bytes.place(size);
+    uint8_t *place = context.list_bytes.prepare(size);
     if (place == nullptr)
         return context.messages().report(Cause::no_memory, 0, "ERROR: Out of memory\n");
     memset(place, 0, size);
-    context.list_bytes.advance(size);
+    context.list_bytes.commit(size);
     return 0;
 }
 

@@ -7,14 +7,14 @@
 
 static void append_u16(TlvBuffer &buffer, uint32_t number)
 {
-    to_big_endian(buffer.wire.place(2), static_cast<uint16_t>(number));
-    buffer.wire.advance(2);
+    to_big_endian(buffer.wire.prepare(2), static_cast<uint16_t>(number));
+    buffer.wire.commit(2);
 }
 
 int tlv_append(TlvBuffer &buffer, uint32_t type, uint32_t index_len, const uint8_t *index,
                uint32_t value_len, const void *value)
 {
-    if (buffer.wire.place(size_t{6} + index_len + value_len) == nullptr)
+    if (buffer.wire.prepare(size_t{6} + index_len + value_len) == nullptr)
         return buffer.messages.report(Cause::no_memory, 0, "ERROR: Out of memory\n");
     append_u16(buffer, type);
     append_u16(buffer, index_len);
@@ -48,7 +48,7 @@ int tlv_append_string(TlvBuffer &buffer, uint32_t type, uint32_t index_len, cons
 
 int tlv_end(TlvBuffer &buffer)
 {
-    if (buffer.wire.place(2) == nullptr)
+    if (buffer.wire.prepare(2) == nullptr)
         return buffer.messages.report(Cause::no_memory, 0, "ERROR: Out of memory\n");
     append_u16(buffer, 0);
     return 0;

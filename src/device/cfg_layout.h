@@ -6,17 +6,17 @@
 #include "device/wire.h"
 #include "device/wtp_record.h"
 
-template <ConfigVisitor Wire> void lay_out(Wire &wire, Mac &mac)
+template <ConfigVisitor Wire> void visit_fields(Wire &wire, Mac &mac)
 {
     wire("", mac);
 }
 
-template <ConfigVisitor Wire> void lay_out(Wire &wire, HostSlot &host)
+template <ConfigVisitor Wire> void visit_fields(Wire &wire, HostSlot &host)
 {
     wire("", host);
 }
 
-template <ConfigVisitor Wire> void lay_out_band_steering(Wire &wire, BandSteeringCfg &bandsteering)
+template <ConfigVisitor Wire> void visit_band_steering(Wire &wire, BandSteeringCfg &bandsteering)
 {
     wire("bandsteering.mode", bandsteering.mode);
     wire("bandsteering.percent_en", bandsteering.percent_en);
@@ -25,13 +25,13 @@ template <ConfigVisitor Wire> void lay_out_band_steering(Wire &wire, BandSteerin
     wire("bandsteering.percent", bandsteering.percent);
 }
 
-template <ConfigVisitor Wire> void lay_out_fast_handover(Wire &wire, FastHandoverCfg &fasthandover)
+template <ConfigVisitor Wire> void visit_fast_handover(Wire &wire, FastHandoverCfg &fasthandover)
 {
     wire("fasthandover.status", fasthandover.status);
     wire("fasthandover.rssi", fasthandover.rssi);
 }
 
-template <ConfigVisitor Wire> void lay_out_portal(Wire &wire, PortalCfg &portal)
+template <ConfigVisitor Wire> void visit_portal(Wire &wire, PortalCfg &portal)
 {
     wire("portal.enable", portal.enable);
     wire("portal.login_type", portal.login_type);
@@ -61,7 +61,7 @@ template <ConfigVisitor Wire> void lay_out_portal(Wire &wire, PortalCfg &portal)
     wire("portal.radius_server2", portal.radius_server2);
 }
 
-template <ConfigVisitor Wire> void lay_out(Wire &wire, WlanCfg &wlan)
+template <ConfigVisitor Wire> void visit_fields(Wire &wire, WlanCfg &wlan)
 {
     wire("enable", wlan.enable);
     wire("ssid", wlan.ssid);
@@ -107,13 +107,13 @@ template <ConfigVisitor Wire> void lay_out(Wire &wire, WlanCfg &wlan)
     wire("nas.ip_enable", wlan.nas.ip_enable);
     wire("nas.ip", wlan.nas.ip);
     wire("wpa.pmf_enable", wlan.wpa.pmf_enable);
-    lay_out_portal(wire, wlan.portal);
+    visit_portal(wire, wlan.portal);
     wire("portal.network_type", wlan.portal.network_type);
     wire("hotspot20", wlan.hotspot20);
-    lay_out_band_steering(wire, wlan.bandsteering);
+    visit_band_steering(wire, wlan.bandsteering);
 }
 
-template <ConfigVisitor Wire> void lay_out(Wire &wire, RadioCfg &radio)
+template <ConfigVisitor Wire> void visit_fields(Wire &wire, RadioCfg &radio)
 {
     wire("country", radio.country);
     wire("op_mode", radio.op_mode);
@@ -133,23 +133,23 @@ template <ConfigVisitor Wire> void lay_out(Wire &wire, RadioCfg &radio)
     wire("aggregation.maxbytes", radio.aggregation.maxbytes);
     wire("limited_clients.enable", radio.limited_clients.enable);
     wire("limited_clients.count", radio.limited_clients.count);
-    lay_out_portal(wire, radio.portal);
+    visit_portal(wire, radio.portal);
     wire("mesh.enable", radio.mesh.enable);
     wire("mesh.id", radio.mesh.id);
     wire("mesh.wpa_key", radio.mesh.wpa_key);
     wire("mesh.link_robust_threshold", radio.mesh.link_robust_threshold);
-    lay_out_fast_handover(wire, radio.fasthandover);
+    visit_fast_handover(wire, radio.fasthandover);
     wire.rows("wlan", radio.wlan, COUNT_U32);
 }
 
-template <ConfigVisitor Wire> void lay_out(Wire &wire, LanPortCfg &lan_port)
+template <ConfigVisitor Wire> void visit_fields(Wire &wire, LanPortCfg &lan_port)
 {
     wire("en", lan_port.en);
     wire("vid", lan_port.vid);
     wire("vlan_mode", lan_port.vlan_mode);
 }
 
-template <ConfigVisitor Wire> void lay_out(Wire &wire, SwitchPortCfg &port)
+template <ConfigVisitor Wire> void visit_fields(Wire &wire, SwitchPortCfg &port)
 {
     wire("mode", port.mode);
     wire("flow_control", port.flow_control);
@@ -157,7 +157,7 @@ template <ConfigVisitor Wire> void lay_out(Wire &wire, SwitchPortCfg &port)
     wire("descp", port.descp);
 }
 
-template <ConfigVisitor Wire> void lay_out(Wire &wire, PoePortCfg &port)
+template <ConfigVisitor Wire> void visit_fields(Wire &wire, PoePortCfg &port)
 {
     wire("port", port.port);
     wire("enable", port.enable);
@@ -166,7 +166,7 @@ template <ConfigVisitor Wire> void lay_out(Wire &wire, PoePortCfg &port)
     wire("priority", port.priority);
 }
 
-template <ConfigVisitor Wire> void lay_out(Wire &wire, PdLifeguard &rule)
+template <ConfigVisitor Wire> void visit_fields(Wire &wire, PdLifeguard &rule)
 {
     wire("port", rule.port);
     wire("enable", rule.enable);
@@ -182,7 +182,7 @@ template <ConfigVisitor Wire> void lay_out(Wire &wire, PdLifeguard &rule)
     wire("status", rule.status);
 }
 
-template <ConfigVisitor Wire> void lay_out(Wire &wire, PdlStatus &row)
+template <ConfigVisitor Wire> void visit_fields(Wire &wire, PdlStatus &row)
 {
     wire("port", row.port);
     wire("state", row.state);
@@ -193,12 +193,12 @@ template <ConfigVisitor Wire> void lay_out(Wire &wire, PdlStatus &row)
     wire("action", row.action);
 }
 
-template <ConfigVisitor Wire> void lay_out_access_point_cfg(Wire &wire, WtpCfg &cfg)
+template <ConfigVisitor Wire> void visit_access_point_cfg(Wire &wire, WtpCfg &cfg)
 {
     wire("password", cfg.password_md5);
     wire("bandsteer", cfg.bandsteer);
-    lay_out_band_steering(wire, cfg.bandsteering);
-    lay_out_fast_handover(wire, cfg.fasthandover);
+    visit_band_steering(wire, cfg.bandsteering);
+    visit_fast_handover(wire, cfg.fasthandover);
     wire("guest_network.addr", cfg.guest_network.addr);
     wire("guest_network.mask", cfg.guest_network.mask);
     wire("guest_network.start", cfg.guest_network.start);
@@ -219,7 +219,7 @@ template <ConfigVisitor Wire> void lay_out_access_point_cfg(Wire &wire, WtpCfg &
     wire.rows("radio", cfg.radio, COUNT_U32);
 }
 
-template <ConfigVisitor Wire> void lay_out_switch_cfg(Wire &wire, WtpCfg &cfg)
+template <ConfigVisitor Wire> void visit_switch_cfg(Wire &wire, WtpCfg &cfg)
 {
     wire("sw_extra_text", cfg.sw_extra_text);
     wire.rows("switch_port", cfg.switch_port, COUNT_U32);
@@ -232,7 +232,7 @@ template <ConfigVisitor Wire> void lay_out_switch_cfg(Wire &wire, WtpCfg &cfg)
     wire.rows("pdl_status", cfg.pdl_status, COUNT_U32);
 }
 
-template <ConfigVisitor Wire> void lay_out(Wire &wire, WtpCfg &cfg, uint8_t wtp_type)
+template <ConfigVisitor Wire> void visit_fields(Wire &wire, WtpCfg &cfg, uint8_t wtp_type)
 {
     wire("ip", cfg.ip);
     wire("mask", cfg.mask);
@@ -245,7 +245,7 @@ template <ConfigVisitor Wire> void lay_out(Wire &wire, WtpCfg &cfg, uint8_t wtp_
     wire("timezone", cfg.timezone);
     wire.rows("ac_list", cfg.ac_list, COUNT_U32);
     if (wtp_type == DEVICE_ACCESS_POINT)
-        lay_out_access_point_cfg(wire, cfg);
+        visit_access_point_cfg(wire, cfg);
     else if (wtp_type == DEVICE_SWITCH)
-        lay_out_switch_cfg(wire, cfg);
+        visit_switch_cfg(wire, cfg);
 }

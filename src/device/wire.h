@@ -34,7 +34,7 @@ inline constexpr CountOf<int32_t> COUNT_I32; // negative: no rows
 // hostname, count, counted_rows, present and make.
 template <class Wire>
 concept ConfigVisitor = requires(Wire wire, uint32_t number, std::string_view text, Ipv4 addr,
-                                 Rows<Mac> table)
+                                 ArrayView<Mac> table)
 {
     wire("name", number);
     wire("name", text);
@@ -44,7 +44,7 @@ concept ConfigVisitor = requires(Wire wire, uint32_t number, std::string_view te
 
 template <class Wire>
 concept RecordVisitor = ConfigVisitor<Wire> &&
-    requires(Wire wire, std::string_view text, Rows<SwitchHwPort> table, WtpCfg *part)
+    requires(Wire wire, std::string_view text, ArrayView<SwitchHwPort> table, WtpCfg *part)
 {
     wire.hostname("name", text);
     {

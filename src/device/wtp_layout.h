@@ -7,7 +7,7 @@
 #include "device/wire.h"
 #include "device/wtp_record.h"
 
-template <RecordVisitor Wire> void lay_out(Wire &wire, StationInfo &sta)
+template <RecordVisitor Wire> void visit_fields(Wire &wire, StationInfo &sta)
 {
     wire("mac", sta.mac);
     wire("tx", sta.tx);
@@ -18,7 +18,7 @@ template <RecordVisitor Wire> void lay_out(Wire &wire, StationInfo &sta)
     wire("ip", sta.ip);
 }
 
-template <RecordVisitor Wire> void lay_out(Wire &wire, WlanInfo &wlan)
+template <RecordVisitor Wire> void visit_fields(Wire &wire, WlanInfo &wlan)
 {
     wire("bssid", wlan.bssid);
     wire("cfg_cap", wlan.cfg_cap);
@@ -30,7 +30,7 @@ template <RecordVisitor Wire> void lay_out(Wire &wire, WlanInfo &wlan)
         wire.rows("sta", wlan.sta, COUNT_U32);
 }
 
-template <RecordVisitor Wire> void lay_out(Wire &wire, RadioInfo &radio)
+template <RecordVisitor Wire> void visit_fields(Wire &wire, RadioInfo &radio)
 {
     wire("mac", radio.mac);
     wire("type", radio.type);
@@ -44,13 +44,13 @@ template <RecordVisitor Wire> void lay_out(Wire &wire, RadioInfo &radio)
     wire.rows("wlan", radio.wlan, COUNT_U32);
 }
 
-template <RecordVisitor Wire> void lay_out(Wire &wire, SwitchHwPort &port)
+template <RecordVisitor Wire> void visit_fields(Wire &wire, SwitchHwPort &port)
 {
     wire("port", port.port);
     wire("port_type", port.port_type);
 }
 
-template <RecordVisitor Wire> void lay_out(Wire &wire, SwitchPortInfo &port)
+template <RecordVisitor Wire> void visit_fields(Wire &wire, SwitchPortInfo &port)
 {
     wire("port", port.port);
     wire("enable", port.enable);
@@ -61,7 +61,7 @@ template <RecordVisitor Wire> void lay_out(Wire &wire, SwitchPortInfo &port)
     wire("auto_neg", port.auto_neg);
 }
 
-template <RecordVisitor Wire> void lay_out(Wire &wire, TrunkPortInfo &trunk)
+template <RecordVisitor Wire> void visit_fields(Wire &wire, TrunkPortInfo &trunk)
 {
     wire("id", trunk.id);
     wire("mode", trunk.mode);
@@ -69,7 +69,7 @@ template <RecordVisitor Wire> void lay_out(Wire &wire, TrunkPortInfo &trunk)
     wire("port", trunk.port);
 }
 
-template <RecordVisitor Wire> void lay_out(Wire &wire, LldpDevice &device)
+template <RecordVisitor Wire> void visit_fields(Wire &wire, LldpDevice &device)
 {
     wire("mac", device.mac);
     wire("localPort", device.localPort);
@@ -78,7 +78,7 @@ template <RecordVisitor Wire> void lay_out(Wire &wire, LldpDevice &device)
     wire("model", device.model);
 }
 
-template <RecordVisitor Wire> void lay_out(Wire &wire, PoePortInfo &port)
+template <RecordVisitor Wire> void visit_fields(Wire &wire, PoePortInfo &port)
 {
     wire("port", port.port);
     wire("enable", port.enable);
@@ -93,14 +93,14 @@ template <RecordVisitor Wire> void lay_out(Wire &wire, PoePortInfo &port)
     wire("temperature", port.temperature);
 }
 
-template <RecordVisitor Wire> void lay_out(Wire &wire, TopoLink &link)
+template <RecordVisitor Wire> void visit_fields(Wire &wire, TopoLink &link)
 {
     wire("local_port", link.local_port);
     wire("mac", link.mac);
     wire("remote_port", link.remote_port);
 }
 
-template <RecordVisitor Wire> void lay_out(Wire &wire, TopoDev &device)
+template <RecordVisitor Wire> void visit_fields(Wire &wire, TopoDev &device)
 {
     wire("type", device.type);
     wire("system_time", device.system_time);
@@ -115,7 +115,7 @@ template <RecordVisitor Wire> void lay_out(Wire &wire, TopoDev &device)
 }
 
 // The hardware ports come behind the other capacities, away from their count.
-template <RecordVisitor Wire> void lay_out_switch_status(Wire &wire, WtpRecord &wtp)
+template <RecordVisitor Wire> void visit_switch_status(Wire &wire, WtpRecord &wtp)
 {
     const uint32_t sw_max_port = wire.count("sw_max_port", wtp.switch_hw_port, COUNT_U32);
     wire("sw_max_trunk", wtp.sw_max_trunk);
@@ -138,7 +138,7 @@ template <RecordVisitor Wire> void lay_out_switch_status(Wire &wire, WtpRecord &
     wire.rows("dev_list", wtp.dev_list, COUNT_U16);
 }
 
-template <RecordVisitor Wire> void lay_out_basics(Wire &wire, WtpRecord &wtp)
+template <RecordVisitor Wire> void visit_basics(Wire &wire, WtpRecord &wtp)
 {
     wire("wtp_type", wtp.wtp_type);
     wire("mac", wtp.mac);
@@ -172,9 +172,9 @@ template <RecordVisitor Wire> void lay_out_basics(Wire &wire, WtpRecord &wtp)
     wire("mem.used", wtp.mem.used);
 }
 
-template <RecordVisitor Wire> void lay_out(Wire &wire, WtpRecord &wtp)
+template <RecordVisitor Wire> void visit_fields(Wire &wire, WtpRecord &wtp)
 {
-    lay_out_basics(wire, wtp);
+    visit_basics(wire, wtp);
     if (wtp.wtp_type == DEVICE_ACCESS_POINT) {
         wire("cap_code", wtp.cap_code);
         wire("sku", wtp.sku);
@@ -185,8 +185,8 @@ template <RecordVisitor Wire> void lay_out(Wire &wire, WtpRecord &wtp)
         wire("cfg_cap", wtp.cfg_cap);
         wire("flick_reboot_flag", wtp.flick_reboot_flag);
         if (wire.present(Section::detail))
-            lay_out_switch_status(wire, wtp);
+            visit_switch_status(wire, wtp);
     }
     if (wire.present(Section::configuration) && wire.make(wtp.wtp_cfg))
-        lay_out(wire, *wtp.wtp_cfg, wtp.wtp_type);
+        visit_fields(wire, *wtp.wtp_cfg, wtp.wtp_type);
 }

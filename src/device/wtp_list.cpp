@@ -20,12 +20,12 @@ constexpr size_t in_memory(size_t size)
 // What both passes do about counts: a `number<Int>()` of theirs gives the next one.
 template <class Pass> class CountReader {
 public:
-    template <class Int, class Row> Int count(const char *, const Rows<Row> &, CountOf<Int>)
+    template <class Int, class Row> Int count(const char *, const ArrayView<Row> &, CountOf<Int>)
     {
         return pass().template number<Int>();
     }
 
-    template <class Int, class Row> void rows(const char *name, Rows<Row> &table, CountOf<Int>)
+    template <class Int, class Row> void rows(const char *name, ArrayView<Row> &table, CountOf<Int>)
     {
         const auto announced = pass().template number<Int>();
         if (announced > 0)
@@ -54,7 +54,7 @@ public:
         needed_ = 0;
         if (!list_.starts.append(&at_, sizeof at_) || !need(sizeof record))
             report_no_memory("ERROR: Out of memory\n");
-        lay_out(*this, record);
+        visit_fields(*this, record);
         reach();
     }
 
@@ -73,7 +73,7 @@ public:
         return ok();
     }
 
-    template <class Row> void counted_rows(const char *, Rows<Row> &table, uint32_t announced)
+    template <class Row> void counted_rows(const char *, ArrayView<Row> &table, uint32_t announced)
     {
         if (announced == 0 || failed_)
             return;
@@ -83,7 +83,7 @@ public:
         }
         Row row;
         for (uint32_t i = 0; i < announced && ok(); i++) {
-            lay_out(*this, row);
+            visit_fields(*this, row);
             reach();
         }
     }
@@ -103,7 +103,7 @@ private:
     {
         enum : size_t { ROOM = size_t{512} << 10 };
         while (at_ > size_ && !failed_) {
-            uint8_t *to = list_.reply.place(ROOM);
+            uint8_t *to = list_.reply.prepare(ROOM);
             if (to == nullptr) {
                 report_no_memory("ERROR: Out of memory\n");
                 break;
@@ -118,7 +118,7 @@ private:
                 set_failed();
                 break;
             }
-            list_.reply.advance(static_cast<size_t>(got));
+            list_.reply.commit(static_cast<size_t>(got));
             bytes_ = list_.reply.data();
             size_ = list_.reply.size();
         }
@@ -140,15 +140,15 @@ private:
         return list_.memory.reserve(needed_);
     }
 
-    template <class Row> void table_too_large(const Rows<Row> &, uint32_t)
+    template <class Row> void table_too_large(const ArrayView<Row> &, uint32_t)
     {
         report_no_memory("ERROR: Out of memory\n");
     }
-    void table_too_large(const Rows<TopoDev> &, uint32_t)
+    void table_too_large(const ArrayView<TopoDev> &, uint32_t)
     {
         report_no_memory("ERROR: Out of memory(switchTopoDevCount)\n");
     }
-    void table_too_large(const Rows<TopoLink> &, uint32_t announced)
+    void table_too_large(const ArrayView<TopoLink> &, uint32_t announced)
     {
         source_.messages.report(Cause::no_memory, 0, "ERROR: Out of memory(linkCount=%d)\n",
                                 static_cast<int32_t>(announced));
@@ -215,11 +215,11 @@ public:
         return true;
     }
 
-    template <class Row> void counted_rows(const char *, Rows<Row> &table, uint32_t announced)
+    template <class Row> void counted_rows(const char *, ArrayView<Row> &table, uint32_t announced)
     {
-        table = Rows<Row>(take(size_t{announced} * sizeof(Row)));
+        table = ArrayView<Row>(take(size_t{announced} * sizeof(Row)));
         for (uint32_t i = 0; i < announced; i++)
-            lay_out(*this, table.append());
+            visit_fields(*this, table.append());
     }
 
     template <class Int> Int number()
@@ -250,9 +250,9 @@ static const WtpRecord *read_wtp_record(WtpList &list, size_t start)
     auto *record = new (memory) WtpRecord();
     RecordReader reader(list.reply.data() + start, memory + in_memory(sizeof *record));
     if (list.part == WtpPart::basics)
-        lay_out_basics(reader, *record);
+        visit_basics(reader, *record);
     else
-        lay_out(reader, *record);
+        visit_fields(reader, *record);
     return record;
 }
 

@@ -14,7 +14,7 @@
 #include "util/block.h"
 #include "util/bytes.h"
 #include "util/mac.h"
-#include "util/mapping.h"
+#include "util/page_buffer.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -40,10 +40,10 @@ enum class WtpPart { basics, whole };
 
 // Devices in the order in which the controller sent them.
 struct WtpList {
-    Mapping reply;   // as it came
-    Block memory;    // of the record that the walk is at, and its tables
-    Bytes starts;    // where each record begins, a size_t each
-    size_t next = 0; // the walk's place among them
+    PageBuffer reply; // as it came
+    Block memory;     // of the record that the walk is at, and its tables
+    Bytes starts;     // where each record begins, a size_t each
+    size_t next = 0;  // the walk's place among them
     WtpPart part = WtpPart::whole;
 };
 

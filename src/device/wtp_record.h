@@ -7,9 +7,9 @@
 #pragma once
 
 #include "proto/device_kind.h"
+#include "util/array_view.h"
 #include "util/ipv4.h"
 #include "util/mac.h"
-#include "util/rows.h"
 
 #include <cstdint>
 #include <string_view>
@@ -64,7 +64,7 @@ struct WlanInfo {
     Mac bssid;
     CfgCap cfg_cap;
     uint32_t tx_pkt = 0, tx_bytes = 0, rx_pkt = 0, rx_bytes = 0;
-    Rows<StationInfo> sta;
+    ArrayView<StationInfo> sta;
 };
 
 struct RadioInfo {
@@ -80,7 +80,7 @@ struct RadioInfo {
         int32_t role = 0;
         Mac bssid;
     } mesh;
-    Rows<WlanInfo> wlan;
+    ArrayView<WlanInfo> wlan;
 };
 
 struct SwitchHwPort {
@@ -121,7 +121,7 @@ struct TopoDev {
     Ipv4 ip;
     std::string_view name, model; // model: the neighbour's description
     uint32_t update_time = 0, system_time = 0, link_info_last_time = 0, no_link_info_first_time = 0;
-    Rows<TopoLink> link;
+    ArrayView<TopoLink> link;
 };
 
 // The configuration that the controller has stored for a device.
@@ -166,7 +166,7 @@ struct WlanCfg {
     uint32_t supr_ssid = 0, sta_sep = 0, isolation = 0, vlan = 0;
     struct {
         uint32_t mode = 0;
-        Rows<Mac> mac;
+        ArrayView<Mac> mac;
     } acl;
     struct {
         uint32_t enable = 0, adv_search = 0;
@@ -197,7 +197,7 @@ struct WlanCfg {
         uint32_t interval = 0;
     } acc;
     uint32_t layer2Isolation = 0;
-    Rows<Mac> l2macWlist;
+    ArrayView<Mac> l2macWlist;
     struct {
         uint32_t id_enable = 0;
         std::string_view id;
@@ -226,7 +226,7 @@ struct RadioCfg {
         uint32_t enable = 0, frames = 0, maxbytes = 0;
     } aggregation;
     uint32_t distance = 0;
-    Rows<WlanCfg> wlan;
+    ArrayView<WlanCfg> wlan;
     PortalCfg portal;
     struct {
         int32_t enable = 0;
@@ -268,7 +268,7 @@ struct WtpCfg {
     Ipv4 ip, mask, gateway, dns1, dns2; // ip 0.0.0.0: DHCP
     std::string_view name, location, admin;
     int32_t timezone = 0;
-    Rows<HostSlot> ac_list;
+    ArrayView<HostSlot> ac_list;
 
     // Access points only.
     Md5Digest password_md5;
@@ -283,22 +283,22 @@ struct WtpCfg {
     } led;
     int32_t manage_vlan_id = 0, log_remote_en = 0, log_traffic_en = 0;
     std::string_view log_remote_conf;
-    Rows<LanPortCfg> lan_port;
+    ArrayView<LanPortCfg> lan_port;
     struct {
         int32_t enable_total = 0;
     } mesh;
-    Rows<RadioCfg> radio;
+    ArrayView<RadioCfg> radio;
 
     // Switches only.
     std::string_view sw_extra_text; // sent by the controller, shown nowhere
-    Rows<SwitchPortCfg> switch_port;
+    ArrayView<SwitchPortCfg> switch_port;
     int32_t redundancyMode = 0;
-    Rows<Mac> manage_mac_list;
+    ArrayView<Mac> manage_mac_list;
     uint32_t power_budget = 0;
-    Rows<PoePortCfg> poe_port;
+    ArrayView<PoePortCfg> poe_port;
     uint32_t pdl_enable = 0;
-    Rows<PdLifeguard> pd_lifeguard;
-    Rows<PdlStatus> pdl_status;
+    ArrayView<PdLifeguard> pd_lifeguard;
+    ArrayView<PdlStatus> pdl_status;
 };
 
 struct WtpRecord {
@@ -326,22 +326,22 @@ struct WtpRecord {
     // Access points only.
     uint32_t cap_code = 0;
     std::string_view sku;
-    Rows<RadioInfo> radio;
+    ArrayView<RadioInfo> radio;
 
     // Switches only.
     uint32_t flick_reboot_flag = 0;
     uint32_t sw_max_trunk = 0, sw_max_vlan_num = 0, sw_max_managed_ap = 0, sw_max_mirror_num = 0,
              sw_max_multicast_num = 0, sw_max_power_budget = 0, sw_min_power_budget = 0,
              sw_max_static_mac_num = 0, sw_max_trunk_member = 0, sw_dev_suport_type = 0;
-    Rows<SwitchHwPort> switch_hw_port; // its length is the report's sw_max_port
-    Rows<SwitchPortInfo> switch_port;
-    Rows<TrunkPortInfo> trunk_port;
-    Rows<LldpDevice> lldp_dev_list;
+    ArrayView<SwitchHwPort> switch_hw_port; // its length is the report's sw_max_port
+    ArrayView<SwitchPortInfo> switch_port;
+    ArrayView<TrunkPortInfo> trunk_port;
+    ArrayView<LldpDevice> lldp_dev_list;
     struct {
         uint32_t power_budget = 0, allocated_power = 0; // watts
     } poe_global;
-    Rows<PoePortInfo> poe_port;
-    Rows<TopoDev> dev_list;
+    ArrayView<PoePortInfo> poe_port;
+    ArrayView<TopoDev> dev_list;
 
     WtpCfg *wtp_cfg = nullptr; // null when the reply carried none
 };

@@ -9,8 +9,6 @@
 
 #include <cstring>
 
-extern const CommandSpec CAC_ROW;
-
 // Text that starts with a digit must be an IPv4 address; all other text is taken as a host name.
 static int check_address(const char *text)
 {
@@ -26,7 +24,7 @@ static int cac_command(AcSession &session, const OptArgList &opts)
 {
     MacOption wtps(OPT_MAC);
     const char *address = nullptr;
-    if (check_options(CAC_ROW, opts, [&](const OptArg &opt) {
+    if (check_options(CAC_COMMAND, opts, [&](const OptArg &opt) {
             if (opt.code != OPT_IP)
                 return wtps.take(opt);
             if (address != nullptr)
@@ -42,7 +40,7 @@ static int cac_command(AcSession &session, const OptArgList &opts)
     return request_device_results(session, RedirectRequest{wtps.list(), {address}});
 }
 
-const CommandSpec CAC_ROW = {
+const CommandSpec CAC_COMMAND = {
     cac_command,
     "cac",
     "Let WTP connect to specific AC",

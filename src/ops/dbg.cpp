@@ -5,12 +5,10 @@
 #include "options/option_checks.h"
 #include "proto/request_writer.h"
 
-extern const CommandSpec DBG_ROW;
-
 static int dbg_command(AcSession &session, const OptArgList &opts)
 {
     Mac mac;
-    if (check_options(DBG_ROW, opts, [&](const OptArg &opt) {
+    if (check_options(DBG_COMMAND, opts, [&](const OptArg &opt) {
             if (opt.code == OPT_MAC && (!parse_mac(opt.arg, mac) || mac.is_group()))
                 return report_invalid_argument(opt);
             return 0;
@@ -22,7 +20,7 @@ static int dbg_command(AcSession &session, const OptArgList &opts)
                         DebugRequest{opts.number(OPT_ENABLE) != 0, opts.given(OPT_WTP), mac});
 }
 
-const CommandSpec DBG_ROW = {
+const CommandSpec DBG_COMMAND = {
     dbg_command,
     "dbg",
     "Enable/Disable Debug Log",

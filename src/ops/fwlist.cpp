@@ -10,8 +10,6 @@
 #include "proto/result_code.h"
 #include "util/output.h"
 
-extern const CommandSpec FWLIST_ROW;
-
 void read_fwlist(ReplyReader &reply, MacList &macs)
 {
     const auto count = reply.number<uint16_t>();
@@ -48,7 +46,7 @@ static void print_macs(const char *label, const MacList &macs)
 static int fwlist_command(AcSession &session, const OptArgList &opts)
 {
     MacOption wtps(OPT_MAC);
-    if (check_options(FWLIST_ROW, opts, [&](const OptArg &opt) { return wtps.take(opt); }) != 0)
+    if (check_options(FWLIST_COMMAND, opts, [&](const OptArg &opt) { return wtps.take(opt); }) != 0)
         return 1;
     if (!wtps.given())
         return report_missing_option(OPT_MAC);
@@ -61,7 +59,7 @@ static int fwlist_command(AcSession &session, const OptArgList &opts)
     return 0;
 }
 
-const CommandSpec FWLIST_ROW = {
+const CommandSpec FWLIST_COMMAND = {
     fwlist_command,
     "fwlist",
     "Show firmware upgrade list",

@@ -7,12 +7,10 @@
 #include "proto/results.h"
 #include "util/output.h"
 
-extern const CommandSpec KICK_ROW;
-
 static int kick_command(AcSession &session, const OptArgList &opts)
 {
     MacOption wtps(OPT_MAC), clients(OPT_CLIENT);
-    if (check_options(KICK_ROW, opts, [&](const OptArg &opt) {
+    if (check_options(KICK_COMMAND, opts, [&](const OptArg &opt) {
             if (opt.code == OPT_WLAN && (*opt.arg < '0' || *opt.arg > '9'))
                 return fail("ERROR:  Invalid --%s argument '%s'.\n", option_name(OPT_WLAN),
                             opt.arg);
@@ -33,7 +31,7 @@ static int kick_command(AcSession &session, const OptArgList &opts)
                                                        clients.list(), wtps.list()});
 }
 
-const CommandSpec KICK_ROW = {
+const CommandSpec KICK_COMMAND = {
     kick_command,
     "kick",
     "Kick wireless client",

@@ -19,8 +19,6 @@
 #include <memory>
 #include <unistd.h>
 
-extern const CommandSpec MEM_ROW;
-
 namespace {
 
 // A block; in a summary the first block of a place stands for all of them, and the others have
@@ -70,17 +68,17 @@ static bool read_record(char *line, MemRecord &record)
 }
 
 // Reads the file in pieces of at most 255 bytes, each a line or a part of one.
-static int read_records(FILE *file, Table<MemRecord> &records)
+static int read_records(FILE *file, FixedArray<MemRecord> &records)
 {
     char line[256];
-    uint32_t room = 0;
+    uint32_t capacity = 0;
     while (fgets(line, sizeof line, file) != nullptr) {
         MemRecord record;
         if (!read_record(line, record))
             continue;
-        if (records.size() == room) {
-            room = room == 0 ? 64 : 2 * room;
-            if (!records.reserve(room))
+        if (records.size() == capacity) {
+            capacity = capacity == 0 ? 64 : 2 * capacity;
+            if (!records.reserve(capacity))
                 return fail("ERROR: Out of memory.\n");
         }
         records.append() = record;
@@ -100,7 +98,7 @@ static uint64_t hash_place(const MemRecord &record)
 }
 
 // Adds every record to the first one of the same place.
-static int merge_places(Table<MemRecord> &records)
+static int merge_places(FixedArray<MemRecord> &records)
 {
     IndexSet places;
     if (!places.reserve(records.size()))
@@ -120,7 +118,7 @@ static int merge_places(Table<MemRecord> &records)
     return 0;
 }
 
-static void print_records(const Table<MemRecord> &records, bool all)
+static void print_records(const FixedArray<MemRecord> &records, bool all)
 {
     Output &out = standard_output;
     for (const MemRecord &record : records) {
@@ -151,7 +149,7 @@ static void print_total(uint32_t bytes, uint32_t entries)
 }
 
 // Reads the file at `path`, which may be null, and removes it.
-static int take_records(const char *path, Table<MemRecord> &records)
+static int take_records(const char *path, FixedArray<MemRecord> &records)
 {
     if (path == nullptr)
         return 0;
@@ -163,12 +161,12 @@ static int take_records(const char *path, Table<MemRecord> &records)
 
 static int mem_command(AcSession &session, const OptArgList &opts)
 {
-    if (check_options(MEM_ROW, opts) != 0)
+    if (check_options(MEM_COMMAND, opts) != 0)
         return 1;
     const bool all = opts.given(OPT_ALL);
 
     Text path;
-    Table<MemRecord> records;
+    FixedArray<MemRecord> records;
     if (mem_request(session, path) != 0 || take_records(path.data(), records) != 0)
         return 1;
     uint32_t bytes = 0;
@@ -181,7 +179,7 @@ static int mem_command(AcSession &session, const OptArgList &opts)
     return 0;
 }
 
-const CommandSpec MEM_ROW = {
+const CommandSpec MEM_COMMAND = {
     mem_command,           "mem",
     "Show AC memory info", {"--all\t\t\tlist every memory info instead of a summary"},
     {{OPT_ALL}},

@@ -5,12 +5,10 @@
 #include "options/command.h"
 #include "proto/request_writer.h"
 
-extern const CommandSpec NODC_ROW;
-
 // Any options are accepted and ignored.
 static int nodc_command(AcSession &session, const OptArgList &)
 {
     return send_request(session, NoDiscoveryRequest{0});
 }
 
-const CommandSpec NODC_ROW = {nodc_command, "nodc", "Disable AC discovery", {}, {}};
+const CommandSpec NODC_COMMAND = {nodc_command, "nodc", "Disable AC discovery", {}, {}};

@@ -5,12 +5,10 @@
 #include "options/option_checks.h"
 #include "proto/results.h"
 
-extern const CommandSpec RST_ROW;
-
 static int rst_command(AcSession &session, const OptArgList &opts)
 {
     MacOption wtps(OPT_MAC);
-    if (check_options(RST_ROW, opts, [&](const OptArg &opt) { return wtps.take(opt); }) != 0)
+    if (check_options(RST_COMMAND, opts, [&](const OptArg &opt) { return wtps.take(opt); }) != 0)
         return 1;
     if (!wtps.given())
         return report_missing_option(OPT_MAC);
@@ -19,7 +17,7 @@ static int rst_command(AcSession &session, const OptArgList &opts)
                               static_cast<uint32_t>(opts.number(OPT_WAIT)), wtps.list()});
 }
 
-const CommandSpec RST_ROW = {
+const CommandSpec RST_COMMAND = {
     rst_command,
     "rst",
     "Reset WTP",

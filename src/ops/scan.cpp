@@ -6,12 +6,10 @@
 #include "options/option_checks.h"
 #include "proto/results.h"
 
-extern const CommandSpec SCAN_ROW;
-
 static int scan_command(AcSession &session, const OptArgList &opts)
 {
     MacOption wtps(OPT_MAC);
-    if (check_options(SCAN_ROW, opts, [&](const OptArg &opt) { return wtps.take(opt); }) != 0)
+    if (check_options(SCAN_COMMAND, opts, [&](const OptArg &opt) { return wtps.take(opt); }) != 0)
         return 1;
     const RadioBand band = radio_band(opts.text(OPT_RADIO), BAND_5G);
     if (!wtps.given())
@@ -21,7 +19,7 @@ static int scan_command(AcSession &session, const OptArgList &opts)
     return request_device_results(session, ScanRequest{static_cast<uint8_t>(band), wtps.list()});
 }
 
-const CommandSpec SCAN_ROW = {
+const CommandSpec SCAN_COMMAND = {
     scan_command,
     "scan",
     "Do sitesurvey",

@@ -11,24 +11,22 @@
 #include <cstdlib>
 #include <cstring>
 
-extern const CommandSpec SH_ROW;
-
 // Reads one device's output, which may be empty, into `output`.
 static void read_output(ReplyReader &reply, Text &output)
 {
     const auto length = reply.number<uint16_t>();
     if (!reply.ok())
         return;
-    char *room = output.allocate(length);
-    if (room == nullptr)
+    char *to = output.allocate(length);
+    if (to == nullptr)
         reply.report_no_memory("ERROR: Out of memory.\n");
     else
-        reply.take(room, length);
+        reply.take(to, length);
 }
 
 // Fills one output for each device; it stays absent for a device that answered with a failure,
 // which is reported.
-static int sh_request(AcSession &session, const ShellRequest &request, Table<Text> &outputs)
+static int sh_request(AcSession &session, const ShellRequest &request, FixedArray<Text> &outputs)
 {
     if (send_request(session, request) != 0)
         return 1;
@@ -46,14 +44,14 @@ static int sh_request(AcSession &session, const ShellRequest &request, Table<Tex
     return 0;
 }
 
-static void print_outputs(const MacList &wtps, const Table<Text> &outputs)
+static void print_outputs(const MacList &wtps, const FixedArray<Text> &outputs)
 {
     Output &out = standard_output;
     for (uint32_t i = 0; i < wtps.size(); i++) {
         if (outputs[i].absent())
             continue;
         out.put("WTP ");
-        out.advance(write_mac_lower(out.room(MAC_TEXT_MAX), wtps[i]));
+        out.commit(write_mac_lower(out.prepare(MAC_TEXT_MAX), wtps[i]));
         out.put(" output:\n");
         out.put(outputs[i].c_str());
         out.put('\n');
@@ -63,7 +61,7 @@ static void print_outputs(const MacList &wtps, const Table<Text> &outputs)
 static int sh_command(AcSession &session, const OptArgList &opts)
 {
     MacOption wtps(OPT_MAC);
-    if (check_options(SH_ROW, opts, [&](const OptArg &opt) {
+    if (check_options(SH_COMMAND, opts, [&](const OptArg &opt) {
             const int number = opt.arg == nullptr ? 0 : atoi(opt.arg);
             if ((opt.code == OPT_TYPE && (number < 0 || number > 2)) ||
                 (opt.code == OPT_TIMEOUT && number < 0))
@@ -76,7 +74,7 @@ static int sh_command(AcSession &session, const OptArgList &opts)
     if (!opts.given(OPT_CMD))
         return report_missing_option(OPT_CMD);
 
-    Table<Text> outputs;
+    FixedArray<Text> outputs;
     if (!outputs.reserve(wtps.list().size()))
         return fail("ERROR: Out of memory\n");
     if (sh_request(session,
@@ -90,7 +88,7 @@ static int sh_command(AcSession &session, const OptArgList &opts)
     return 0;
 }
 
-const CommandSpec SH_ROW = {
+const CommandSpec SH_COMMAND = {
     sh_command,
     "sh",
     "Do shell command",

@@ -7,12 +7,10 @@
 
 #include <cstdlib>
 
-extern const CommandSpec UPG_ROW;
-
 static int upg_command(AcSession &session, const OptArgList &opts)
 {
     MacOption wtps(OPT_MAC);
-    if (check_options(UPG_ROW, opts, [&](const OptArg &opt) {
+    if (check_options(UPG_COMMAND, opts, [&](const OptArg &opt) {
             if (opt.code == OPT_TYPE && atoi(opt.arg) > 2)
                 return report_invalid_argument(opt);
             return wtps.take(opt);
@@ -25,7 +23,7 @@ static int upg_command(AcSession &session, const OptArgList &opts)
                                 static_cast<uint32_t>(opts.number(OPT_TYPE))});
 }
 
-const CommandSpec UPG_ROW = {
+const CommandSpec UPG_COMMAND = {
     upg_command,
     "upg",
     "Upgrade WTP image",

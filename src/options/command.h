@@ -23,3 +23,17 @@ struct CommandSpec {
     const char *help[12];      // lines of the usage text, ended by null
     CommandOption options[12]; // what the handler's check_options() accepts, ended by OPT_NONE
 };
+
+// Every command, in the order of the usage text. The row is NAME_COMMAND, at the end of the
+// command's own file.
+// clang-format off
+#define ALL_COMMANDS(COMMAND)                                                                      \
+    COMMAND(AC) COMMAND(WTPS) COMMAND(CFG) COMMAND(UPG) COMMAND(RST) COMMAND(MEM)                  \
+    COMMAND(INITFW) COMMAND(WTPFLAG) COMMAND(SCAN) COMMAND(BGSCAN) COMMAND(AUTOCH) COMMAND(AUTOTP) \
+    COMMAND(KICK) COMMAND(ONLINE) COMMAND(EXIT) COMMAND(KILL) COMMAND(DBG) COMMAND(NODC)           \
+    COMMAND(CAC) COMMAND(SH) COMMAND(FWLIST)
+// clang-format on
+
+#define DECLARE(name) extern const CommandSpec name##_COMMAND;
+ALL_COMMANDS(DECLARE)
+#undef DECLARE

@@ -28,7 +28,7 @@ public:
                       (std::is_trivially_copyable_v<Field> && alignof(Field) == 1));
         uint8_t apart[sizeof(Field)];
         const uint8_t *wire = source_.at;
-        if (source_.at_hand() >= sizeof(Field)) {
+        if (source_.available() >= sizeof(Field)) {
             source_.at += sizeof(Field);
         } else {
             take_piecewise(apart, sizeof apart);
@@ -47,15 +47,15 @@ public:
         return number;
     }
 
-    // A text behind its 16-bit length; length 0 leaves it absent. `allocate(length)` gives the room
-    // for it, with a terminator behind, or null, which is then reported.
+    // A text behind its 16-bit length; length 0 leaves it absent. `allocate(length)` gives the
+    // memory for it, with a terminator behind, or null, which is then reported.
     template <class Allocate> void read_text(Allocate allocate)
     {
         const auto length = number<uint16_t>();
         if (length == 0)
             return;
-        if (char *room = allocate(length))
-            take(room, length);
+        if (char *to = allocate(length))
+            take(to, length);
         else
             report_no_memory();
     }
@@ -67,7 +67,7 @@ public:
     // `length` bytes as they come; all zero after a failure.
     void take(void *to, size_t length)
     {
-        if (source_.at_hand() < length) {
+        if (source_.available() < length) {
             take_piecewise(to, length);
             return;
         }

@@ -19,13 +19,13 @@ static void set_option(int socket, int option)
     setsockopt(socket, IPPROTO_TCP, option, &on, sizeof on);
 }
 
-static ssize_t receive_from_socket(ByteSource &source, void *to, size_t room)
+static ssize_t receive_from_socket(ByteSource &source, void *to, size_t size)
 {
     const int socket = static_cast<AcSession &>(source).socket;
     set_option(socket, TCP_QUICKACK);
     ssize_t got;
     do
-        got = recv(socket, to, room, 0);
+        got = recv(socket, to, size, 0);
     while (got < 0 && errno == EINTR);
     return got;
 }
@@ -59,8 +59,8 @@ void ac_attach(AcSession &session, int socket)
     session.socket = socket;
     set_option(socket, TCP_NODELAY);
     session.receive = receive_from_socket;
-    session.ahead = session.in;
-    session.ahead_room = sizeof session.in;
+    session.buffer = session.in;
+    session.buffer_size = sizeof session.in;
 }
 
 int ac_connect(AcSession &session, const char *address, int port)

@@ -12,8 +12,6 @@
 #include "report/text_writer.h"
 #include "util/text.h"
 
-extern const CommandSpec AC_ROW;
-
 namespace {
 
 struct AcInfo {
@@ -72,7 +70,7 @@ static void print_ac_info(const AcInfo &info, bool as_json)
 
 static int ac_command(AcSession &session, const OptArgList &opts)
 {
-    if (check_options(AC_ROW, opts) != 0)
+    if (check_options(AC_COMMAND, opts) != 0)
         return 1;
     AcInfo info;
     if (fetch_ac_info(session, info) != 0)
@@ -81,6 +79,6 @@ static int ac_command(AcSession &session, const OptArgList &opts)
     return 0;
 }
 
-const CommandSpec AC_ROW = {
+const CommandSpec AC_COMMAND = {
     ac_command, "ac", "Print AC information", {"--json\t\t\tprint in json format"}, {{OPT_JSON}},
 };

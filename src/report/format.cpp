@@ -81,10 +81,10 @@ char *write_escaped(char *to, std::string_view text)
 
 void json_escape(Output &out, std::string_view text)
 {
-    enum : size_t { PIECE = Output::ROOM_MAX / 2 };
+    enum : size_t { PIECE = Output::PREPARE_MAX / 2 };
     while (!text.empty()) {
         const std::string_view piece = text.substr(0, PIECE);
-        out.advance(write_escaped(out.room(2 * piece.size()), piece));
+        out.commit(write_escaped(out.prepare(2 * piece.size()), piece));
         text.remove_prefix(piece.size());
     }
 }

@@ -28,5 +28,5 @@ const char *time_text(uint32_t seconds);
 // quote, slash and backslash escaped with a backslash, all other bytes unchanged.
 void json_escape(Output &out, std::string_view text);
 
-// The same into room for twice the text; returns the end.
+// The same into memory for twice the text; returns the end.
 char *write_escaped(char *to, std::string_view text);

@@ -10,7 +10,7 @@
 namespace json_members {
 
 template <class Json, size_t N>
-void print_macs(Json &json, const char (&name)[N], const Rows<Mac> &macs)
+void print_macs(Json &json, const char (&name)[N], const ArrayView<Mac> &macs)
 {
     json.array(name);
     for (const Mac &mac : macs)
@@ -158,7 +158,7 @@ template <class Json> void print_wlan_cfg(Json &json, const WlanCfg &wlan)
     json.member("interval", wlan.acc.interval);
     json.end_object();
     print_portal(json, wlan.portal, PortalOf::wlan);
-    json.ready("hotspot20", wlan.hotspot20.empty() ? "null" : wlan.hotspot20);
+    json.raw("hotspot20", wlan.hotspot20.empty() ? "null" : wlan.hotspot20);
     print_band_steering(json, wlan.bandsteering);
     print_security(json, wlan);
     json.end_object();

@@ -190,7 +190,7 @@ template <class Json> void print_topology(Json &json, const WtpRecord &wtp)
         json.member("mac", device.mac);
         json.member("ip", device.ip);
         json.member("name", device.name);
-        json.unbroken("model", device.model);
+        json.single_line("model", device.model);
         json.member("system_time", device.system_time);
         json.member("update_time", device.update_time);
         json.member("link_info_last_time", device.link_info_last_time);

@@ -19,11 +19,11 @@ public:
 
     template <size_t N> void member(const char (&name)[N], uint32_t number)
     {
-        out_.advance(write_number(key(name, NUMBER_TEXT_MAX), number));
+        out_.commit(write_number(key(name, NUMBER_TEXT_MAX), number));
     }
     template <size_t N> void member(const char (&name)[N], int32_t number)
     {
-        out_.advance(write_number(key(name, NUMBER_TEXT_MAX), number));
+        out_.commit(write_number(key(name, NUMBER_TEXT_MAX), number));
     }
     template <size_t N> void member(const char (&name)[N], uint16_t number)
     {
@@ -54,14 +54,14 @@ public:
             *to++ = ',';
         }
         to[-1] = ']';
-        out_.advance(to);
+        out_.commit(to);
     }
 
     // A string with its text as it stands, whatever it holds.
     template <size_t N> void member(const char (&name)[N], std::string_view text)
     {
-        if (text.size() > Out::ROOM_MAX / 2) {
-            out_.advance(open_string(name, 0));
+        if (text.size() > Out::PREPARE_MAX / 2) {
+            out_.commit(open_string(name, 0));
             out_.put(text.data(), text.size());
             out_.put('"');
             return;
@@ -72,8 +72,8 @@ public:
     // A string with its text escaped.
     template <size_t N> void escaped(const char (&name)[N], std::string_view text)
     {
-        if (text.size() > Out::ROOM_MAX / 4) {
-            out_.advance(open_string(name, 0));
+        if (text.size() > Out::PREPARE_MAX / 4) {
+            out_.commit(open_string(name, 0));
             json_escape(out_, text);
             out_.put('"');
             return;
@@ -82,9 +82,9 @@ public:
     }
 
     // A string without its carriage returns and line feeds.
-    template <size_t N> void unbroken(const char (&name)[N], std::string_view text)
+    template <size_t N> void single_line(const char (&name)[N], std::string_view text)
     {
-        out_.advance(open_string(name, 0));
+        out_.commit(open_string(name, 0));
         for (const char c : text)
             if (c != '\r' && c != '\n')
                 out_.put(c);
@@ -98,9 +98,9 @@ public:
     }
 
     // A value that is JSON already.
-    template <size_t N> void ready(const char (&name)[N], std::string_view json)
+    template <size_t N> void raw(const char (&name)[N], std::string_view json)
     {
-        out_.advance(key(name, 0));
+        out_.commit(key(name, 0));
         out_.put(json.data(), json.size());
     }
 
@@ -128,16 +128,16 @@ public:
     {
         char *to = next(1);
         *to = '"';
-        out_.advance(to + 1);
+        out_.commit(to + 1);
         json_escape(out_, text);
         out_.put('"');
     }
 
 protected:
-    // Room for a value of `room` bytes, and a quote behind it, after the comma if one is due.
-    char *next(size_t room)
+    // Memory for a value of `size` bytes, and a quote behind it, after the comma if one is due.
+    char *next(size_t size)
     {
-        char *to = out_.room(room + 2);
+        char *to = out_.prepare(size + 2);
         *to = ',';
         to += comma_;
         comma_ = 1;
@@ -146,9 +146,9 @@ protected:
 
     // The name takes N + 2 bytes (N counts its terminator, for which the colon stands), and the
     // opening quote of a string one more.
-    template <size_t N> char *key(const char (&name)[N], size_t room)
+    template <size_t N> char *key(const char (&name)[N], size_t size)
     {
-        char *to = next(N + 4 + room);
+        char *to = next(N + 4 + size);
         *to++ = '"';
         memcpy(to, name, N - 1);
         to += N - 1;
@@ -157,9 +157,9 @@ protected:
         return to;
     }
 
-    template <size_t N> char *open_string(const char (&name)[N], size_t room)
+    template <size_t N> char *open_string(const char (&name)[N], size_t size)
     {
-        char *to = key(name, room);
+        char *to = key(name, size);
         *to = '"';
         return to + 1;
     }
@@ -167,13 +167,13 @@ protected:
     void close_string(char *end)
     {
         *end = '"';
-        out_.advance(end + 1);
+        out_.commit(end + 1);
     }
 
     void open(char *to, char bracket)
     {
         *to = bracket;
-        out_.advance(to + 1);
+        out_.commit(to + 1);
         comma_ = 0;
     }
 

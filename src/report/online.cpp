@@ -4,15 +4,13 @@
 #include "options/option_checks.h"
 #include "report/text_writer.h"
 
-extern const CommandSpec ONLINE_ROW;
-
 enum : uint32_t {
     ONLINE_FILTER = WTP_FILTER_MANAGED | WTP_FILTER_UNMANAGED | WTP_FILTER_UNJOINED,
 };
 
 static int online_command(AcSession &session, const OptArgList &opts)
 {
-    if (check_options(ONLINE_ROW, opts) != 0)
+    if (check_options(ONLINE_COMMAND, opts) != 0)
         return 1;
     WtpList list;
     if (fetch_wtp_list(session, list, ONLINE_FILTER, MacList()) != 0)
@@ -31,6 +29,6 @@ static int online_command(AcSession &session, const OptArgList &opts)
     return 0;
 }
 
-const CommandSpec ONLINE_ROW = {
+const CommandSpec ONLINE_COMMAND = {
     online_command, "online", "Show the number of online wtps", {}, {},
 };

@@ -32,7 +32,7 @@ public:
     }
     template <size_t N> void duration(const char (&label)[N], uint32_t seconds)
     {
-        out_.advance(write_duration(begin(label, DURATION_TEXT_MAX), seconds));
+        out_.commit(write_duration(begin(label, DURATION_TEXT_MAX), seconds));
         out_.put('\n');
     }
 
@@ -50,7 +50,7 @@ public:
             *to++ = ' ';
         }
         *to++ = '\n';
-        out_.advance(to);
+        out_.commit(to);
     }
 
     // A line of its own, or the end of one: `text` holds the line end.
@@ -70,13 +70,13 @@ private:
     {
         char *to = write_value(begin(label, VALUE_MAX), value);
         memcpy(to, end, E - 1);
-        out_.advance(to + E - 1);
+        out_.commit(to + E - 1);
     }
 
     template <size_t N, size_t E>
     void write(const char (&label)[N], std::string_view text, const char (&end)[E])
     {
-        if (text.size() > Output::ROOM_MAX / 2) {
+        if (text.size() > Output::PREPARE_MAX / 2) {
             out_.put(label, N - 1);
             out_.put(text.data(), text.size());
             out_.put(end, E - 1);
@@ -84,13 +84,13 @@ private:
         }
         char *to = std::copy(text.begin(), text.end(), begin(label, text.size()));
         memcpy(to, end, E - 1);
-        out_.advance(to + E - 1);
+        out_.commit(to + E - 1);
     }
 
     // Room for a label, a value and a line end; gives where the value is to be written.
-    template <size_t N> char *begin(const char (&label)[N], size_t room)
+    template <size_t N> char *begin(const char (&label)[N], size_t size)
     {
-        char *to = out_.room(N + room);
+        char *to = out_.prepare(N + size);
         memcpy(to, label, N - 1);
         return to + N - 1;
     }

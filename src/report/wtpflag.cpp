@@ -4,8 +4,6 @@
 #include "options/option_checks.h"
 #include "report/text_writer.h"
 
-extern const CommandSpec WTPFLAG_ROW;
-
 enum : uint32_t {
     FLAG_FILTER = WTP_FILTER_MANAGED | WTP_FILTER_UNMANAGED | WTP_FILTER_UNJOINED | WTP_FILTER_CFG,
 };
@@ -41,7 +39,7 @@ static void print_upgrading_count(WtpList &list)
 static int wtpflag_command(AcSession &session, const OptArgList &opts)
 {
     MacList macs;
-    if (check_options(WTPFLAG_ROW, opts, [&](const OptArg &opt) {
+    if (check_options(WTPFLAG_COMMAND, opts, [&](const OptArg &opt) {
             if (opt.code == OPT_MAC && !parse_mac_list(opt.arg, macs))
                 return report_invalid_argument(opt);
             return 0;
@@ -63,7 +61,7 @@ static int wtpflag_command(AcSession &session, const OptArgList &opts)
     }
 }
 
-const CommandSpec WTPFLAG_ROW = {
+const CommandSpec WTPFLAG_COMMAND = {
     wtpflag_command,
     "wtpflag",
     "Show filter WTPs",

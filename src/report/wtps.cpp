@@ -6,8 +6,6 @@
 #include "report/text_report.h"
 #include "util/output.h"
 
-extern const CommandSpec WTPS_ROW;
-
 // What each option leaves out of the reply.
 static constexpr struct {
     OptionCode option;
@@ -69,7 +67,7 @@ static void print_wtp_list(WtpList &list, const OptArgList &opts)
 static int wtps_command(AcSession &session, const OptArgList &opts)
 {
     MacList macs;
-    if (check_options(WTPS_ROW, opts,
+    if (check_options(WTPS_COMMAND, opts,
                       [&](const OptArg &opt) {
                           if (opt.code == OPT_MAC && !parse_mac_list(opt.arg, macs))
                               return report_invalid_argument(opt);
@@ -86,7 +84,7 @@ static int wtps_command(AcSession &session, const OptArgList &opts)
     return 0;
 }
 
-const CommandSpec WTPS_ROW = {
+const CommandSpec WTPS_COMMAND = {
     wtps_command,
     "wtps",
     "Print WTP information",

@@ -16,31 +16,31 @@ public:
     Bytes &operator=(const Bytes &) = delete;
     Bytes(Bytes &&other) noexcept
         : data_(std::exchange(other.data_, nullptr)), size_(std::exchange(other.size_, 0)),
-          room_(std::exchange(other.room_, 0))
+          capacity_(std::exchange(other.capacity_, 0))
     {
     }
     ~Bytes() { free(data_); }
 
-    // The place behind the bytes, with room for `count` more; they count once advance() takes them
-    // over. Null, with everything as it was, when memory is short.
-    uint8_t *place(size_t count)
+    // The memory behind the bytes, with memory for `count` more; they count once commit() takes
+    // them over. Null, with everything as it was, when memory is short.
+    uint8_t *prepare(size_t count)
     {
-        if (count > room_ - size_ && !grow(count))
+        if (count > capacity_ - size_ && !grow(count))
             return nullptr;
         return data_ + size_;
     }
-    void advance(size_t count) { size_ += count; }
+    void commit(size_t count) { size_ += count; }
 
     // Adds a copy; false, with everything as it was, when memory is short.
     bool append(const void *from, size_t count)
     {
         if (count == 0)
             return true;
-        uint8_t *to = place(count);
+        uint8_t *to = prepare(count);
         if (to == nullptr)
             return false;
         memcpy(to, from, count);
-        advance(count);
+        commit(count);
         return true;
     }
 
@@ -48,7 +48,7 @@ public:
     {
         free(data_);
         data_ = nullptr;
-        size_ = room_ = 0;
+        size_ = capacity_ = 0;
     }
 
     uint8_t *data() { return data_; } // null when there never were any
@@ -58,21 +58,21 @@ public:
 private:
     bool grow(size_t count)
     {
-        enum : size_t { ROOM_FIRST = 64 };
+        enum : size_t { CAPACITY_FIRST = 64 };
         if (count > PTRDIFF_MAX - size_)
             return false;
-        size_t room = room_ < ROOM_FIRST ? size_t{ROOM_FIRST} : 2 * room_;
-        if (room < size_ + count)
-            room = size_ + count;
-        void *block = realloc(data_, room);
+        size_t capacity = capacity_ < CAPACITY_FIRST ? size_t{CAPACITY_FIRST} : 2 * capacity_;
+        if (capacity < size_ + count)
+            capacity = size_ + count;
+        void *block = realloc(data_, capacity);
         if (block == nullptr)
             return false;
         data_ = static_cast<uint8_t *>(block);
-        room_ = room;
+        capacity_ = capacity;
         return true;
     }
 
     uint8_t *data_ = nullptr;
     size_t size_ = 0;
-    size_t room_ = 0;
+    size_t capacity_ = 0;
 };

@@ -2,7 +2,7 @@
 // A hash set of positions in a table that its caller keeps, for finding equal rows in linear time.
 #pragma once
 
-#include "util/table.h"
+#include "util/fixed_array.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -19,7 +19,7 @@ inline uint64_t hash_bits(uint64_t bits)
 
 class IndexSet {
 public:
-    // Makes room for `count` positions (at most 2^30); false when memory is short.
+    // Allocates memory for `count` positions (at most 2^30); false when memory is short.
     bool reserve(size_t count)
     {
         size_t slots = 16;
@@ -49,6 +49,6 @@ public:
     }
 
 private:
-    Table<uint32_t> slots_; // position + 1, or 0 for a free slot
+    FixedArray<uint32_t> slots_; // position + 1, or 0 for a free slot
     size_t mask_ = 0;
 };

@@ -2,7 +2,7 @@
 // MAC addresses (EUI-48, IEEE 802): parsing of one and of lists, and their text.
 #pragma once
 
-#include "util/table.h"
+#include "util/fixed_array.h"
 
 #include <compare>
 #include <cstdint>
@@ -16,7 +16,7 @@ struct Mac {
     auto operator<=>(const Mac &) const = default;
 };
 
-using MacList = Table<Mac>;
+using MacList = FixedArray<Mac>;
 
 // Reads six hexadecimal numbers joined by colons, each as scanf's %x reads it and at most 0xFF;
 // text after the sixth is ignored. False when the text is no such address or all six bytes are

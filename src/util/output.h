@@ -10,31 +10,31 @@
 
 class Output {
 public:
-    // The next `size` (at most ROOM_MAX) bytes of the buffer, to be written and then taken over by
-    // advance() with the end of what was written.
-    char *room(size_t size)
+    // The next `size` (at most PREPARE_MAX) bytes of the buffer, to be written and then taken over
+    // by commit() with the end of what was written.
+    char *prepare(size_t size)
     {
         if (sizeof buffer_ - used_ < size)
             flush();
         return buffer_ + used_;
     }
-    void advance(const char *end) { used_ = static_cast<size_t>(end - buffer_); }
+    void commit(const char *end) { used_ = static_cast<size_t>(end - buffer_); }
 
     void put(const char *bytes, size_t length);
     void put(const char *text) { put(text, strlen(text)); }
     void put(char c)
     {
-        char *to = room(1);
+        char *to = prepare(1);
         *to = c;
-        advance(to + 1);
+        commit(to + 1);
     }
 
-    void put_number(uint32_t number) { advance(write_number(room(NUMBER_TEXT_MAX), number)); }
+    void put_number(uint32_t number) { commit(write_number(prepare(NUMBER_TEXT_MAX), number)); }
 
     // Hands everything to the system. What standard output does not take is dropped silently.
     void flush();
 
-    enum : size_t { ROOM_MAX = 4096 };
+    enum : size_t { PREPARE_MAX = 4096 };
 
 private:
     size_t used_ = 0;

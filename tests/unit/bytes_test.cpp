@@ -8,8 +8,8 @@ TEST(Bytes, AreAsTheyWereWhenMemoryIsShort)
 {
     Bytes bytes;
     ASSERT_TRUE(bytes.append("abc", 3));
-    EXPECT_EQ(bytes.place(SIZE_MAX - 2), nullptr);
-    EXPECT_EQ(bytes.place(PTRDIFF_MAX), nullptr);
+    EXPECT_EQ(bytes.prepare(SIZE_MAX - 2), nullptr);
+    EXPECT_EQ(bytes.prepare(PTRDIFF_MAX), nullptr);
     ASSERT_TRUE(bytes.append("def", 3));
     EXPECT_EQ(std::string(bytes.data(), bytes.data() + bytes.size()), "abcdef");
 }

@@ -18,7 +18,7 @@ struct Stages : Roll::Listener {
     }
 };
 
-// A letter is a sight: o for offline; 1, 2, 3 for being at rest with that version; A, B for being
+// A letter is a seen: o for offline; 1, 2, 3 for being at rest with that version; A, B for being
 // busy with version 2 or 3 announced, C with none. aN is the answer N, x a request without reply,
 // +N that N seconds pass.
 void feed(Roll &roll, const std::string &event, double &now)
@@ -36,15 +36,20 @@ void feed(Roll &roll, const std::string &event, double &now)
         roll.pass_time(now);
         break;
     case 'o':
-        roll.saw(MAC, {}, now);
+        roll.observe(MAC, {}, now);
         break;
     case 'A':
     case 'B':
     case 'C':
-        roll.saw(MAC, {true, true, 255, "1", event == "A" ? "2" : event == "B" ? "3" : ""}, now);
+        roll.observe(MAC,
+                     {true, true, 255, "1",
+                      event == "A"   ? "2"
+                      : event == "B" ? "3"
+                                     : ""},
+                     now);
         break;
     default:
-        roll.saw(MAC, {true, false, 0, event, ""}, now);
+        roll.observe(MAC, {true, false, 0, event, ""}, now);
     }
 }
 
@@ -136,10 +141,10 @@ TEST(Roll, Batches)
     for (int batch = 1; batch <= 2; batch++) {
         ASSERT_TRUE(roll.begin_batch(0));
         EXPECT_EQ(roll.running().size(), 3u);
-        const std::vector<Mac> asked = roll.to_ask();
+        const std::vector<Mac> asked = roll.pending();
         for (const Mac &mac : asked)
             roll.answered(mac, mac == asked[0] ? 14 : 5, 0);
-        roll.saw(devices[7].mac, {true, false, 0, "new", ""}, 1);
+        roll.observe(devices[7].mac, {true, false, 0, "new", ""}, 1);
         EXPECT_EQ(roll.whole_progress(), roll.batch() * 100 * 3 / 8);
     }
     EXPECT_FALSE(roll.begin_batch(1));

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-// Memory for the texts and tables of a device's record.
+// Arena for the texts and tables of a device's record.
 #pragma once
 
-#include "util/rows.h"
+#include "util/array_view.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -10,20 +10,20 @@
 #include <string_view>
 
 // Everything in it lives as long as it does. Throws bad_alloc when memory is short.
-class Memory {
+class Arena {
 public:
     // A copy of a text.
-    std::string_view keep(std::string_view text)
+    std::string_view copy(std::string_view text)
     {
         auto *copy = static_cast<char *>(resource_.allocate(text.size() + 1, 1));
         std::copy(text.begin(), text.end(), copy);
         return {copy, text.size()};
     }
 
-    // Gives a table, which becomes empty, room for so many rows.
-    template <class Row> void make_room(Rows<Row> &table, size_t count)
+    // Gives an array, which becomes empty, memory for so many items.
+    template <class Row> void allocate(ArrayView<Row> &table, size_t count)
     {
-        table = Rows<Row>(resource_.allocate(count * sizeof(Row), alignof(Row)));
+        table = ArrayView<Row>(resource_.allocate(count * sizeof(Row), alignof(Row)));
     }
 
     template <class Object> Object *make()

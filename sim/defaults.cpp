@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "sim/factory.h"
+#include "sim/defaults.h"
 
 #include <cstring>
 
@@ -17,10 +17,10 @@ constexpr WlanTemplate WLANS[] = {{"office", 10, SECURITY_ENTERPRISE, "radius-se
                                   {"guest \"free\"", 30, SECURITY_OPEN, ""},
                                   {"scanners", 40, SECURITY_WEP, "0123456789"}};
 
-void set_wlan(Memory &memory, WlanCfg &wlan, const WlanTemplate &from)
+void set_wlan(Arena &memory, WlanCfg &wlan, const WlanTemplate &from)
 {
     wlan.enable = 1;
-    wlan.ssid = memory.keep(from.ssid);
+    wlan.ssid = memory.copy(from.ssid);
     wlan.vlan = from.vlan;
     wlan.sec_mode = from.sec_mode;
     wlan.downloadlimit = wlan.uploadlimit = -1;
@@ -30,26 +30,26 @@ void set_wlan(Memory &memory, WlanCfg &wlan, const WlanTemplate &from)
     wlan.wpa.pmf_enable = 1;
     wlan.bandsteering.rssi = -70;
     wlan.nas.port = 1812;
-    wlan.hotspot20 = memory.keep("{\"enable\":0}");
-    memory.make_room(wlan.acl.mac, 1);
+    wlan.hotspot20 = memory.copy("{\"enable\":0}");
+    memory.allocate(wlan.acl.mac, 1);
     wlan.acl.mac.append() = make_mac(0xAC, from.vlan);
     if (from.sec_mode == SECURITY_WEP) {
         wlan.wep.key_len = 10;
-        wlan.wep.key[0] = memory.keep(from.secret);
+        wlan.wep.key[0] = memory.copy(from.secret);
     } else if (from.sec_mode == SECURITY_ENTERPRISE) {
         wlan.wpa.radius.addr = {{10, 0, 0, 18}};
         wlan.wpa.radius.port = 1812;
-        wlan.wpa.radius.secret = memory.keep(from.secret);
+        wlan.wpa.radius.secret = memory.copy(from.secret);
     } else if (from.sec_mode == SECURITY_PSK) {
-        wlan.wpa.passphrase = memory.keep(from.secret);
+        wlan.wpa.passphrase = memory.copy(from.secret);
     } else {
         wlan.portal.enable = 1;
-        wlan.portal.userurl = memory.keep("http://guest.example.net/welcome");
+        wlan.portal.userurl = memory.copy("http://guest.example.net/welcome");
         wlan.portal.session_timeout = 3600;
     }
 }
 
-void set_radio(Memory &memory, RadioCfg &radio, uint32_t number)
+void set_radio(Arena &memory, RadioCfg &radio, uint32_t number)
 {
     radio.country = 276;
     radio.wl_mode = number == 0 ? 9 : 25;
@@ -66,16 +66,16 @@ void set_radio(Memory &memory, RadioCfg &radio, uint32_t number)
     radio.aggregation.frames = 32;
     radio.aggregation.maxbytes = 50000;
     radio.limited_clients.count = 64;
-    radio.mesh.id = memory.keep("campus-mesh");
-    radio.mesh.wpa_key = memory.keep("mesh-key-0815");
+    radio.mesh.id = memory.copy("campus-mesh");
+    radio.mesh.wpa_key = memory.copy("mesh-key-0815");
     radio.mesh.link_robust_threshold = -90;
     radio.fasthandover.rssi = -80;
-    memory.make_room(radio.wlan, std::size(WLANS));
+    memory.allocate(radio.wlan, std::size(WLANS));
     for (const WlanTemplate &from : WLANS)
         set_wlan(memory, radio.wlan.append(), from);
 }
 
-void configure_access_point(Memory &memory, WtpCfg &cfg, uint32_t radios)
+void configure_access_point(Arena &memory, WtpCfg &cfg, uint32_t radios)
 {
     cfg.bandsteering.rssi = -70;
     cfg.bandsteering.percent = 60;
@@ -85,24 +85,24 @@ void configure_access_point(Memory &memory, WtpCfg &cfg, uint32_t radios)
     cfg.guest_network.start = {{192, 168, 30, 10}};
     cfg.guest_network.end = {{192, 168, 30, 250}};
     cfg.led.power = cfg.led.lan = cfg.led.wlan0 = cfg.led.wlan1 = 1;
-    cfg.log_remote_conf = memory.keep("10.0.0.14:514");
-    memory.make_room(cfg.lan_port, LAN_PORTS);
+    cfg.log_remote_conf = memory.copy("10.0.0.14:514");
+    memory.allocate(cfg.lan_port, LAN_PORTS);
     for (uint32_t port = 0; port < LAN_PORTS; port++) {
         LanPortCfg &lan_port = cfg.lan_port.append();
         lan_port.en = 1;
         lan_port.vid = static_cast<int32_t>(10 + port);
     }
-    memory.make_room(cfg.radio, radios);
+    memory.allocate(cfg.radio, radios);
     for (uint32_t radio = 0; radio < radios; radio++)
         set_radio(memory, cfg.radio.append(), radio);
 }
 
-void configure_switch(Memory &memory, WtpCfg &cfg, uint32_t ports)
+void configure_switch(Arena &memory, WtpCfg &cfg, uint32_t ports)
 {
     cfg.power_budget = 370;
     cfg.pdl_enable = 1;
-    memory.make_room(cfg.switch_port, ports);
-    memory.make_room(cfg.poe_port, ports);
+    memory.allocate(cfg.switch_port, ports);
+    memory.allocate(cfg.poe_port, ports);
     for (uint32_t port = 1; port <= ports; port++) {
         SwitchPortCfg &configured = cfg.switch_port.append();
         configured.port = port;
@@ -114,9 +114,9 @@ void configure_switch(Memory &memory, WtpCfg &cfg, uint32_t ports)
         poe.power_limit_type = 1;
         poe.user_power_limit = 30;
     }
-    memory.make_room(cfg.manage_mac_list, 1);
+    memory.allocate(cfg.manage_mac_list, 1);
     cfg.manage_mac_list.append() = make_mac(0xAD, 1);
-    memory.make_room(cfg.pd_lifeguard, 1);
+    memory.allocate(cfg.pd_lifeguard, 1);
     PdLifeguard &rule = cfg.pd_lifeguard.append();
     rule.port = 1;
     rule.enable = 1;
@@ -124,13 +124,13 @@ void configure_switch(Memory &memory, WtpCfg &cfg, uint32_t ports)
     rule.ping_max_count = 5;
     rule.power_recovery_interval = 10;
     rule.pd_bootup_time = 90;
-    rule.status = memory.keep("watching");
-    memory.make_room(cfg.pdl_status, 1);
+    rule.status = memory.copy("watching");
+    memory.allocate(cfg.pdl_status, 1);
     PdlStatus &status = cfg.pdl_status.append();
     status.port = 1;
     status.state = 1;
-    status.mac = memory.keep("02:AA:00:00:00:01");
-    status.action = memory.keep("none");
+    status.mac = memory.copy("02:AA:00:00:00:01");
+    status.action = memory.copy("none");
 }
 
 } // namespace
@@ -152,14 +152,14 @@ Mac make_mac(uint8_t kind, uint32_t number)
 void reset_configuration(Device &device)
 {
     const WtpRecord &record = device.record;
-    auto memory = std::make_unique<Memory>();
+    auto memory = std::make_unique<Arena>();
     auto *cfg = memory->make<WtpCfg>();
     if (cfg == nullptr)
         throw std::bad_alloc();
-    cfg->name = memory->keep(record.name);
-    cfg->admin = memory->keep("admin");
+    cfg->name = memory->copy(record.name);
+    cfg->admin = memory->copy("admin");
     cfg->timezone = 60;
-    memory->make_room(cfg->ac_list, 1);
+    memory->allocate(cfg->ac_list, 1);
     strcpy(cfg->ac_list.append().text, "controller.example.net");
     if (record.wtp_type == DEVICE_ACCESS_POINT)
         configure_access_point(*memory, *cfg, radios_of(record));

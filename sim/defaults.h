@@ -24,11 +24,11 @@ uint32_t radios_of(const WtpRecord &wtp);
 Mac make_mac(uint8_t kind, uint32_t number);
 
 template <class... Parts>
-void set_text(Memory &memory, std::string_view &text, const char *format, Parts... parts)
+void set_text(Arena &memory, std::string_view &text, const char *format, Parts... parts)
 {
     char buffer[128];
     snprintf(buffer, sizeof buffer, format, parts...);
-    text = memory.keep(buffer);
+    text = memory.copy(buffer);
 }
 
 // Puts the configuration back to what the device was delivered with.

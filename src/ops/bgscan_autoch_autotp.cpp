@@ -10,8 +10,6 @@
 
 #include <cstring>
 
-extern const CommandSpec BGSCAN_ROW, AUTOCH_ROW, AUTOTP_ROW;
-
 // Unlike elsewhere the message does not quote the argument, which may be missing.
 static int report_invalid(OptionCode code)
 {
@@ -39,19 +37,19 @@ static int periodic_command(const CommandSpec &row, AcSession &session, const Op
 
 static int bgscan_command(AcSession &session, const OptArgList &opts)
 {
-    if (periodic_command<BackgroundScanRequest>(BGSCAN_ROW, session, opts, BAND_5G1) != 0)
+    if (periodic_command<BackgroundScanRequest>(BGSCAN_COMMAND, session, opts, BAND_5G1) != 0)
         return 1;
     return read_counted_results(session);
 }
 
 static int autoch_command(AcSession &session, const OptArgList &opts)
 {
-    return periodic_command<AutoChannelRequest>(AUTOCH_ROW, session, opts, BAND_5G);
+    return periodic_command<AutoChannelRequest>(AUTOCH_COMMAND, session, opts, BAND_5G);
 }
 
 static int autotp_command(AcSession &session, const OptArgList &opts)
 {
-    return periodic_command<AutoTxPowerRequest>(AUTOTP_ROW, session, opts, BAND_5G1);
+    return periodic_command<AutoTxPowerRequest>(AUTOTP_COMMAND, session, opts, BAND_5G1);
 }
 
 #define PERIODIC_HELP                                                                              \
@@ -60,7 +58,7 @@ static int autotp_command(AcSession &session, const OptArgList &opts)
             "--period \t\tinterval in seconds"                                                     \
     }
 
-const CommandSpec BGSCAN_ROW = {
+const CommandSpec BGSCAN_COMMAND = {
     bgscan_command,
     "bgscan",
     "Do background sitesurvey",
@@ -68,7 +66,7 @@ const CommandSpec BGSCAN_ROW = {
     {{OPT_RADIO, "2g 5g 5g1"}, {OPT_ENABLE, "0 1"}, {OPT_PERIOD}},
 };
 
-const CommandSpec AUTOCH_ROW = {
+const CommandSpec AUTOCH_COMMAND = {
     autoch_command,
     "autoch",
     "Do auto channel selection",
@@ -76,7 +74,7 @@ const CommandSpec AUTOCH_ROW = {
     {{OPT_RADIO, "2g 5g"}, {OPT_ENABLE, "0 1"}, {OPT_PERIOD}},
 };
 
-const CommandSpec AUTOTP_ROW = {
+const CommandSpec AUTOTP_COMMAND = {
     autotp_command,
     "autotp",
     "Do auto tx power",

@@ -8,22 +8,22 @@
 // One block of pages that doubles when it is full, without being copied: the pages move to their
 // new addresses. A large one is made of huge pages where the system has them, since most of what it
 // costs to fill a block is that its pages have to be had. An empty one owns nothing.
-class Mapping {
+class PageBuffer {
 public:
-    Mapping() = default;
-    Mapping(const Mapping &) = delete;
-    Mapping &operator=(const Mapping &) = delete;
-    ~Mapping() { clear(); }
+    PageBuffer() = default;
+    PageBuffer(const PageBuffer &) = delete;
+    PageBuffer &operator=(const PageBuffer &) = delete;
+    ~PageBuffer() { clear(); }
 
-    // The place behind the bytes, with room for `count` more; they count once advance() takes them
-    // over. Null, with everything as it was, when memory is short.
-    uint8_t *place(size_t count)
+    // The memory behind the bytes, with memory for `count` more; they count once commit() takes
+    // them over. Null, with everything as it was, when memory is short.
+    uint8_t *prepare(size_t count)
     {
-        if (count > room_ - size_ && !grow(count))
+        if (count > capacity_ - size_ && !grow(count))
             return nullptr;
         return data_ + size_;
     }
-    void advance(size_t count) { size_ += count; }
+    void commit(size_t count) { size_ += count; }
 
     // Releases everything.
     void clear();
@@ -36,5 +36,5 @@ private:
 
     uint8_t *data_ = nullptr;
     size_t size_ = 0;
-    size_t room_ = 0;
+    size_t capacity_ = 0;
 };

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "sim/cabling.h"
+#include "sim/topology.h"
 
-#include "sim/factory.h"
+#include "sim/defaults.h"
 
 namespace {
 
@@ -60,28 +60,28 @@ void set_ports(WtpRecord &wtp, const std::vector<Neighbour> &neighbours)
     }
 }
 
-void tell_neighbours(Memory &memory, WtpRecord &wtp, const std::vector<Neighbour> &neighbours,
+void tell_neighbours(Arena &memory, WtpRecord &wtp, const std::vector<Neighbour> &neighbours,
                      time_t now)
 {
-    memory.make_room(wtp.lldp_dev_list, neighbours.size());
-    memory.make_room(wtp.dev_list, neighbours.size());
+    memory.allocate(wtp.lldp_dev_list, neighbours.size());
+    memory.allocate(wtp.dev_list, neighbours.size());
     for (const Neighbour &neighbour : neighbours) {
         LldpDevice &seen = wtp.lldp_dev_list.append();
         seen.localPort = neighbour.port;
         seen.mac = neighbour.wtp->mac;
-        seen.remotePort = memory.keep(neighbour.remote_port);
-        seen.name = memory.keep(neighbour.wtp->name);
-        seen.model = memory.keep(neighbour.wtp->model);
+        seen.remotePort = memory.copy(neighbour.remote_port);
+        seen.name = memory.copy(neighbour.wtp->name);
+        seen.model = memory.copy(neighbour.wtp->model);
 
         TopoDev &device = wtp.dev_list.append();
         device.type = neighbour.wtp->wtp_type;
         device.mac = seen.mac;
         device.ip = neighbour.wtp->ip;
         device.name = seen.name;
-        device.model = memory.keep(device.type == DEVICE_SWITCH ? "Switch,\r\n10 ports"
+        device.model = memory.copy(device.type == DEVICE_SWITCH ? "Switch,\r\n10 ports"
                                                                 : "Access point,\r\nindoor");
         device.update_time = device.system_time = static_cast<uint32_t>(now);
-        memory.make_room(device.link, 1);
+        memory.allocate(device.link, 1);
         TopoLink &link = device.link.append();
         link.local_port = neighbour.port;
         link.mac = wtp.mac;

@@ -2,7 +2,7 @@
 // An owned array with its length.
 #pragma once
 
-#include "util/rows.h"
+#include "util/array_view.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -12,33 +12,33 @@
 #include <utility>
 
 // The array is allocated once, at its announced length, and its items come into being one by one as
-// they are appended. Memory that no item uses is never touched, so a length that a sender made up
-// costs nothing before its items arrive. An empty table owns nothing.
-template <class Item> class Table : public Rows<Item> {
+// they are appended. Memory that no item uses is never touched, so a length that a sender forged
+// costs nothing before its items arrive. An empty array owns nothing.
+template <class Item> class FixedArray : public ArrayView<Item> {
     static_assert(alignof(Item) <= alignof(std::max_align_t));
 
 public:
-    Table() = default;
-    Table(const Table &) = delete;
-    Table &operator=(const Table &) = delete;
-    Table(Table &&other) noexcept { *this = std::move(other); }
-    Table &operator=(Table &&other) noexcept
+    FixedArray() = default;
+    FixedArray(const FixedArray &) = delete;
+    FixedArray &operator=(const FixedArray &) = delete;
+    FixedArray(FixedArray &&other) noexcept { *this = std::move(other); }
+    FixedArray &operator=(FixedArray &&other) noexcept
     {
         std::swap(items_, other.items_);
         std::swap(size_, other.size_);
         return *this;
     }
-    ~Table() { clear(); }
+    ~FixedArray() { clear(); }
 
-    // Makes room for `count` items in all, keeping those that are there. False, with the table as
-    // it was, when memory is short.
+    // Allocates memory for `count` items in all, keeping those that are there. False, with the
+    // array as it was, when memory is short.
     bool reserve(size_t count)
     {
-        void *room = nullptr;
+        void *memory = nullptr;
         if (count > PTRDIFF_MAX / sizeof(Item) ||
-            (room = malloc(count == 0 ? 1 : count * sizeof(Item))) == nullptr)
+            (memory = malloc(count == 0 ? 1 : count * sizeof(Item))) == nullptr)
             return false;
-        auto *items = static_cast<Item *>(room);
+        auto *items = static_cast<Item *>(memory);
         for (uint32_t i = 0; i < size_; i++) {
             new (&items[i]) Item(std::move(items_[i]));
             items_[i].~Item();
@@ -56,6 +56,6 @@ public:
     }
 
 private:
-    using Rows<Item>::items_;
-    using Rows<Item>::size_;
+    using ArrayView<Item>::items_;
+    using ArrayView<Item>::size_;
 };

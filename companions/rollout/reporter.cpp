@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "rollout/teller.h"
+#include "rollout/reporter.h"
 
 #include "common/failure.h"
 #include "common/plain_text.h"
@@ -7,7 +7,7 @@
 
 #include <cmath>
 
-void Teller::write_log(const std::string &text)
+void Reporter::write_log(const std::string &text)
 {
     if (log_failed_)
         return;
@@ -15,31 +15,31 @@ void Teller::write_log(const std::string &text)
         log_.add(text);
     } catch (const Failure &failure) {
         log_failed_ = true;
-        screen_.line(std::string(failure.what()) + "; stopping after this batch");
+        bar_.line(std::string(failure.what()) + "; stopping after this batch");
     }
 }
 
-void Teller::note(const std::string &text)
+void Reporter::note(const std::string &text)
 {
-    if (!screen_.is_terminal())
-        screen_.line(text);
+    if (!bar_.is_terminal())
+        bar_.line(text);
     write_log(text);
 }
 
-void Teller::warn(const std::string &text)
+void Reporter::warn(const std::string &text)
 {
-    screen_.line(text);
+    bar_.line(text);
     write_log(text);
 }
 
-void Teller::trouble(const std::string &text)
+void Reporter::trouble(const std::string &text)
 {
     if (!in_trouble_)
         warn(text + "; trying again");
     in_trouble_ = true;
 }
 
-void Teller::trouble_is_over()
+void Reporter::trouble_is_over()
 {
     if (in_trouble_)
         warn("the controller answers again");
@@ -68,7 +68,7 @@ static std::string event_text(const RollDevice &device)
     return std::string(stage_text(device)) + ": " + plain_text(device.reason);
 }
 
-void Teller::changed(const RollDevice &device)
+void Reporter::changed(const RollDevice &device)
 {
     const std::string text =
         std::string(mac_to_text(device.mac)) + " " + name_text(device) + ": " + event_text(device);

@@ -6,12 +6,12 @@
 
 #include <string>
 
-class Screen {
+class ProgressBar {
 public:
-    Screen();
-    Screen(const Screen &) = delete;
-    Screen &operator=(const Screen &) = delete;
-    ~Screen() { clear(); }
+    ProgressBar();
+    ProgressBar(const ProgressBar &) = delete;
+    ProgressBar &operator=(const ProgressBar &) = delete;
+    ~ProgressBar() { clear(); }
 
     bool is_terminal() const { return terminal_; }
 

@@ -9,13 +9,14 @@
 #include <string_view>
 #include <vector>
 
-// Of a file with very many faults the first MESSAGES_MAX are kept and printed, and the rest
+// Of a file with very many diagnostics the first MESSAGES_MAX are kept and printed, and the rest
 // counted.
-class Faults {
+class Diagnostics {
 public:
     enum : size_t { MESSAGES_MAX = 1000 };
 
-    // To be called before each walk over the file, which finds faults in the order of the file.
+    // To be called before each walk over the file, which finds diagnostics in the order of the
+    // file.
     void begin_walk() { of_walk_ = 0; }
 
     // Whether what this walk finds from now on is counted only.

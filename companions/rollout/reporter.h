@@ -3,11 +3,11 @@
 #pragma once
 
 #include "rollout/event_log.h"
-#include "rollout/screen.h"
+#include "rollout/progress_bar.h"
 
-class Teller : public Roll::Listener {
+class Reporter : public Roll::Listener {
 public:
-    Teller(const EventLog &log, Screen &screen) : log_(log), screen_(screen) {}
+    Reporter(const EventLog &log, ProgressBar &bar) : log_(log), bar_(bar) {}
 
     // What happens as it should, which a terminal shows by its bar; and what the user should know.
     void note(const std::string &text);
@@ -26,6 +26,6 @@ private:
     void write_log(const std::string &text);
 
     const EventLog &log_;
-    Screen &screen_;
+    ProgressBar &bar_;
     bool log_failed_ = false, in_trouble_ = false;
 };

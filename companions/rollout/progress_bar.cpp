@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "rollout/screen.h"
+#include "rollout/progress_bar.h"
 
 #include "rollout/options.h"
 
@@ -10,9 +10,9 @@
 
 static constexpr size_t COLUMNS_USUAL = 80, BAR_MIN = 4, BAR_MAX = 30;
 
-Screen::Screen() : terminal_(isatty(STDERR_FILENO) != 0) {}
+ProgressBar::ProgressBar() : terminal_(isatty(STDERR_FILENO) != 0) {}
 
-void Screen::line(const std::string &text)
+void ProgressBar::line(const std::string &text)
 {
     clear();
     fprintf(stderr, "%s: %s\n", ROLLOUT_PROGRAM.name, text.c_str());
@@ -26,7 +26,7 @@ static size_t columns_of_terminal()
 }
 
 // The last column stays free, since terminals differ in what follows it.
-void Screen::show(const Roll &roll)
+void ProgressBar::show(const Roll &roll)
 {
     if (!terminal_)
         return;
@@ -37,7 +37,7 @@ void Screen::show(const Roll &roll)
     width_ = width;
 }
 
-void Screen::clear()
+void ProgressBar::clear()
 {
     if (width_ > 0)
         fprintf(stderr, "\r%*s\r", static_cast<int>(width_), "");
@@ -65,6 +65,6 @@ std::string progress_text(const Roll &roll, size_t columns)
                bar(roll.whole_progress(), width) + counts;
     };
     const size_t bare = with_bars(0).size();
-    const size_t room = columns > bare ? (columns - bare) / 2 : 0;
-    return with_bars(std::clamp(room, BAR_MIN, BAR_MAX)).substr(0, columns);
+    const size_t width = columns > bare ? (columns - bare) / 2 : 0;
+    return with_bars(std::clamp(width, BAR_MIN, BAR_MAX)).substr(0, columns);
 }

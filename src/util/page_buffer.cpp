@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "util/mapping.h"
+#include "util/page_buffer.h"
 
 #include <algorithm>
 #include <sys/mman.h>
 
-enum : size_t { ROOM_FIRST = size_t{512} << 10, HUGE_PAGE = size_t{2} << 20 };
+enum : size_t { CAPACITY_FIRST = size_t{512} << 10, HUGE_PAGE = size_t{2} << 20 };
 
 // Address space of `size` bytes at a multiple of HUGE_PAGE; MAP_FAILED when there is none.
 static void *reserve_aligned(size_t size)
@@ -34,29 +34,29 @@ static void *move_aligned(void *from, size_t size, size_t new_size)
     return moved;
 }
 
-bool Mapping::grow(size_t count)
+bool PageBuffer::grow(size_t count)
 {
-    size_t room = std::max(2 * room_, size_t{ROOM_FIRST});
-    while (room - size_ < count)
-        room *= 2;
+    size_t capacity = std::max(2 * capacity_, size_t{CAPACITY_FIRST});
+    while (capacity - size_ < count)
+        capacity *= 2;
     void *block = nullptr;
-    if (room_ == 0)
-        block = mmap(nullptr, room, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    else if (room < HUGE_PAGE)
-        block = mremap(data_, room_, room, MREMAP_MAYMOVE);
+    if (capacity_ == 0)
+        block = mmap(nullptr, capacity, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    else if (capacity < HUGE_PAGE)
+        block = mremap(data_, capacity_, capacity, MREMAP_MAYMOVE);
     else
-        block = move_aligned(data_, room_, room);
+        block = move_aligned(data_, capacity_, capacity);
     if (block == MAP_FAILED)
         return false;
     data_ = static_cast<uint8_t *>(block);
-    room_ = room;
+    capacity_ = capacity;
     return true;
 }
 
-void Mapping::clear()
+void PageBuffer::clear()
 {
-    if (room_ > 0)
-        munmap(data_, room_);
+    if (capacity_ > 0)
+        munmap(data_, capacity_);
     data_ = nullptr;
-    size_ = room_ = 0;
+    size_ = capacity_ = 0;
 }

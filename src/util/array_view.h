@@ -1,18 +1,18 @@
 // SPDX-License-Identifier: MIT
-// A table that does not own its memory.
+// An array that does not own its memory.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <new>
 
-// Its items come into being one by one, as they are appended in the room that was made for them.
-template <class Item> class Rows {
+// Its items come into being one by one, as they are appended in memory that was allocated for them.
+template <class Item> class ArrayView {
 public:
-    Rows() = default;
-    explicit Rows(void *room) : items_(static_cast<Item *>(room)) {}
+    ArrayView() = default;
+    explicit ArrayView(void *memory) : items_(static_cast<Item *>(memory)) {}
 
-    // Adds a default item at the end, within the room, and returns it.
+    // Adds a default item at the end, within that memory, and returns it.
     Item &append() { return *new (&items_[size_++]) Item(); }
 
     uint32_t size() const { return size_; }

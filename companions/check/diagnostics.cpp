@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "check/faults.h"
+#include "check/diagnostics.h"
 
 #include "common/plain_text.h"
 
@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <utility>
 
-void Faults::add(const json_value *at, std::string text)
+void Diagnostics::add(const json_value *at, std::string text)
 {
     count_++;
     of_walk_++;
@@ -18,13 +18,13 @@ void Faults::add(const json_value *at, std::string text)
     rows_.push_back({at, {}, std::move(text)});
 }
 
-void Faults::explain(unsigned line, const std::string &reason)
+void Diagnostics::explain(unsigned line, const std::string &reason)
 {
     rows_.back().place.line = line;
     rows_.back().text += " " + reason + ".";
 }
 
-void Faults::print(std::string_view name, std::string_view text, const json_value *root)
+void Diagnostics::print(std::string_view name, std::string_view text, const json_value *root)
 {
     if (rows_.empty())
         return;
