@@ -55,7 +55,7 @@ constexpr struct {
     {"state", 5, 1},
 };
 
-// The visitor of wtp_layout.h that makes up a device and writes it.
+// The visitor of wtp_layout.h that generates a device and writes it.
 class RecordWriter {
 public:
     explicit RecordWriter(bool brief) : brief_(brief) {}

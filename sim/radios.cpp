@@ -39,11 +39,11 @@ void Controller::answer(const AutoTxPowerRequest &request, std::string &)
         });
 }
 
-static void drop_stations(ArrayView<StationInfo> &stations, Macs clients)
+static void drop_stations(ArrayView<StationInfo> &stations, Macs gone)
 {
     ArrayView<StationInfo> rest(stations.begin()); // in the same memory
     for (const StationInfo sta : stations)
-        if (std::find(clients.begin(), clients.end(), sta.mac) == clients.end())
+        if (std::find(gone.begin(), gone.end(), sta.mac) == gone.end())
             rest.append() = sta;
     stations = rest;
 }
@@ -55,7 +55,7 @@ void Controller::answer(const KickRequest &request, std::string &reply)
         ArrayView<RadioInfo> &radios = device.record.radio;
         if (request.band >= radios.size() || wlan == 0 || wlan > radios[request.band].wlan.size())
             return RESULT_NOT_SUPPORTED;
-        drop_stations(radios[request.band].wlan[wlan - 1].sta, request.clients);
+        drop_stations(radios[request.band].wlan[wlan - 1].sta, request.stations);
         return RESULT_SUCCESS;
     });
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What hangs on the ports of the simulated switches.
+// What is connected to the ports of the simulated switches.
 #pragma once
 
 #include "sim/fleet.h"

@@ -25,7 +25,7 @@ struct CompletedOption {
     std::string argument; // its name
     std::string help;     // can be empty
     Completes kind = Completes::nothing;
-    std::string values; // for words, parted by blanks
+    std::string values; // for words, separated by spaces
     bool repeatable = false;
 };
 

@@ -5,8 +5,8 @@
 #include "common/command_line.h"
 #include "common/connection.h"
 
-// The place of a controller is taken, so that all programs beside zov can be given the same
-// options, and not used.
+// The controller's address is accepted, so that all companion tools can be given the same options,
+// and not used.
 struct CheckSettings : Endpoint {
     uint8_t type = 0;
     bool items = false;
@@ -25,6 +25,6 @@ inline constexpr Option<CheckSettings> CHECK_OPTIONS[] = {
 inline constexpr ProgramInfo CHECK_PROGRAM = {
     "zov-check",
     "FILE...",
-    "Checks configuration files as zov cfg does, without a controller, and reports all that is\n"
-    "wrong with them. The FILE - is standard input.\n",
+    "Checks configuration files offline, as zov cfg would, and reports every error with its\n"
+    "line, including misspelt keys. The FILE - is standard input.\n",
 };

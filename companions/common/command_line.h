@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The command lines of the programs beside zov: long options only, from one table for each program,
+// The command lines of the companion tools and ac-sim: long options only, from one table for each program,
 // which help, completion and the manual's test read as well.
 #pragma once
 
@@ -19,7 +19,7 @@ struct OptionText {
     const char *word;
     const char *argument;           // its name in the help; null for an option that takes none
     const char *help;               // one line
-    const char *values = nullptr;   // those that are known, parted by blanks; null: any
+    const char *values = nullptr;   // those that are known, separated by spaces; null: any
     bool repeatable = false;        // may be given more than once, to add something
     const char *expected = nullptr; // what a bad argument should have been; null: see values
     const char *heading = nullptr;  // a line above it in the help

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A session with the controller for the programs beside zov: like zov's own, but it waits no longer
-// than it is told to.
+// A session with the controller for the companion tools: like zov's own, but with limits of time and size.
 #pragma once
 
 #include "common/command_line.h"

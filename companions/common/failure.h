@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// How the programs beside zov end when they cannot do what was asked: an exception, which
+// How the companion tools end when they cannot do what was asked: an exception, which
 // run_program() turns into a message "NAME: TEXT" on standard error and an exit status.
 #pragma once
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Where the programs beside zov write: standard output, or a file that has its old contents until
+// Where the companion tools write: standard output, or a file that has its old contents until
 // the new ones are whole.
 #pragma once
 

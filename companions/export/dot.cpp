@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The topology as a graph for Graphviz: switches in a column, what hangs on them beside it.
+// The topology as a graph for Graphviz: switches in a column, beside it what is connected to them.
 #include "common/output_file.h"
 #include "export/formats.h"
 #include "export/text.h"
@@ -59,7 +59,7 @@ static void write_column(OutputFile &file, const char *rank, const std::string &
         file.put(std::string("  { rank=") + rank + ";" + ids + " }\n");
 }
 
-// The switches stand in the first column, what hangs on none in the last.
+// The switches stand in the first column, what is connected to none in the last.
 static void write_nodes(OutputFile &file, const Topology &topology,
                         const std::vector<TopologyLink> &links)
 {

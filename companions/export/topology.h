@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Which device hangs on which, as the switches see it.
+// Which device is connected to which, as the switches see it.
 #pragma once
 
 #include "export/devices.h"

@@ -27,7 +27,7 @@ inline constexpr Option<RolloutSettings> ROLLOUT_OPTIONS[] = {
      [](const char *text, RolloutSettings &to) {
          return to.mac == nullptr && parse_mac_list(to.mac = text, to.macs) && !to.macs.empty();
      }},
-    {{"name", "GLOB", "upgrade the devices whose name fits the pattern"},
+    {{"name", "GLOB", "upgrade the devices whose name matches the pattern"},
      [](const char *text, RolloutSettings &to) { return (to.name = text, true); }},
     {{"all-managed", nullptr, "upgrade all devices under management"},
      [](const char *, RolloutSettings &to) { return to.all_managed = true; }},
@@ -51,7 +51,7 @@ inline constexpr Option<RolloutSettings> ROLLOUT_OPTIONS[] = {
      [](const char *text, RolloutSettings &to) {
          return take_number<uint32_t>(text, 1, INT32_MAX, to.deadline);
      }},
-    {{"interval", "SEC", "time between two looks at the devices, 0.05 at least (5)"},
+    {{"interval", "SEC", "polling interval, 0.05 at least (5)"},
      [](const char *text, RolloutSettings &to) {
          return take_number<double>(text, 0.05, 3600, to.interval);
      }},
@@ -65,6 +65,6 @@ inline constexpr Option<RolloutSettings> ROLLOUT_OPTIONS[] = {
 
 inline constexpr ProgramInfo ROLLOUT_PROGRAM = {
     "zov-rollout", "",
-    "Upgrades the firmware of devices in batches, follows each until it is back with its new\n"
+    "Upgrades the firmware of devices in batches, tracks each until it is back with its new\n"
     "version, and stops when too many fail. Started again, it goes on where it stopped.\n"
     "Exactly one of --mac, --name and --all-managed says which devices.\n"};

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// zov kick: disconnects wireless clients.
+// zov kick: disconnects stations, which its fixed texts call clients.
 //
 //     reply     N result bytes
 #include "ops/radio_band.h"

@@ -141,9 +141,9 @@ struct KickRequest {
     REQUEST(14, u16)
     uint8_t band;
     uint8_t wlan; // from 1
-    Macs clients;
+    Macs stations;
     Macs wtps;
-    FIELDS(band, wlan, clients, wtps)
+    FIELDS(band, wlan, stations, wtps)
 };
 
 struct DebugRequest {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The one TCP connection of a run: admission by the controller, exact transfers, goodbye.
+// The one TCP connection of an invocation: admission by the controller, exact transfers, goodbye.
 #pragma once
 
 #include "proto/byte_source.h"
