@@ -25,10 +25,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     WtpList list;
     if (receive_wtp_list(source, list) == 0) {
         print_wtp_brief(list);
-        print_wtp_details(list, true, false);
-        print_wtp_details(list, false, true);
-        print_wtp_json(list, true, false);
-        print_wtp_json(list, false, true);
+        print_wtp_details(list, {true, false});
+        print_wtp_details(list, {false, true});
+        print_wtp_json(list, {true, false});
+        print_wtp_json(list, {false, true});
         standard_output.flush();
     } else if (list.reply.size() != 0) {
         abort();

@@ -75,9 +75,9 @@ static int run(int argc, char **argv)
     const int listener = start_listening(options);
     if (stop < 0 || listener < 0)
         return complain("listen");
-    if (!options.pid_file.empty() && !create_pid_file(options.pid_file.c_str()))
-        return complain("create the pid file " + options.pid_file);
-    pid_file = options.pid_file.c_str();
+    if (*options.pid_file != '\0' && !create_pid_file(options.pid_file))
+        return complain(std::string("create the pid file ") + options.pid_file);
+    pid_file = options.pid_file;
     char address[INET_ADDRSTRLEN];
     inet_ntop(AF_INET, &options.address, address, sizeof address);
     printf("ac-sim: listening on %s:%u\n", address, options.port);

@@ -17,7 +17,7 @@ struct SimOptions {
     uint16_t port = AC_PORT; // 0: any free one
     int32_t handshake = HANDSHAKE_ADMITTED;
     Misbehaviour misbehaviour;
-    std::string pid_file;
+    const char *pid_file = "";
     ControllerOptions controller;
 };
 
@@ -66,9 +66,9 @@ inline constexpr Option<SimOptions> SIM_OPTIONS[] = {
      [](const char *text, SimOptions &to) { return inet_pton(AF_INET, text, &to.address) == 1; }},
     {{.word = "pid-file", .argument = "FILE",
       .help = "write the process id there, and remove the file at the end"},
-     [](const char *text, SimOptions &to) { return (to.pid_file = text, true); }},
+     [](const char *text, SimOptions &to) { return take_text(text, to.pid_file); }},
     {{.word = "verbose", .argument = nullptr, .help = "a line on standard error for each request"},
-     [](const char *, SimOptions &to) { return to.controller.verbose = true; }},
+     [](const char *, SimOptions &to) { return take_flag(to.controller.verbose); }},
 
     {{.word = "aps", .argument = "N", .help = "access points (6)", .expected = DEVICES_EXPECTED,
       .heading = "The fleet; the same numbers give the same fleet. At most 100000 of a kind:"},
@@ -84,14 +84,17 @@ inline constexpr Option<SimOptions> SIM_OPTIONS[] = {
 
     {{.word = "busy", .argument = nullptr, .help = "refuse clients as a busy controller does",
       .heading = "Misbehaviour, for testing:"},
-     [](const char *, SimOptions &to) { return (to.handshake = HANDSHAKE_BUSY, true); }},
+     [](const char *, SimOptions &to) {
+         to.handshake = HANDSHAKE_BUSY;
+         return true;
+     }},
     {{.word = "refuse", .argument = "CODE", .help = "answer clients with another handshake word"},
      [](const char *text, SimOptions &to) { return take_number(text, to.handshake); }},
     {{.word = "cut", .argument = "N",
       .help = "end each connection after N bytes, the handshake's 4 included"},
      [](const char *text, SimOptions &to) { return take_number(text, to.misbehaviour.cut.emplace()); }},
     {{.word = "trickle", .argument = nullptr, .help = "send one byte at a time"},
-     [](const char *, SimOptions &to) { return to.misbehaviour.trickle = true; }},
+     [](const char *, SimOptions &to) { return take_flag(to.misbehaviour.trickle); }},
     {{.word = "result", .argument = "MAC=CODE",
       .help = "a device that answers every action with a result code; repeatable", .repeatable = true},
      [](const char *text, SimOptions &to) { return take_result(text, to.controller); }},

@@ -45,7 +45,7 @@ Member record_members(uint8_t wtp_type, bool all)
             for (const bool basic : {false, true}) {
                 const SampleRecord sample(wtp_type, rows, configuration);
                 if (all || !basic)
-                    json_members::print_wtp(recorder, sample.record(), all, basic);
+                    json_members::print_wtp(recorder, sample.record(), {all, basic});
             }
     return recorder.element();
 }

@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "check/items.h"
 
+#include "common/address_text.h"
 #include "common/plain_text.h"
-#include "report/format.h"
 #include "util/byte_order.h"
-#include "util/ipv4.h"
-#include "util/mac.h"
 
 #include <algorithm>
 #include <array>
@@ -30,27 +28,22 @@ static string joined(string_view value, size_t size, const char *separator, Text
     return all;
 }
 
+// An address or a digest, which are nothing but bytes, from its bytes.
+template <class Value> static Value value_of(string_view bytes)
+{
+    Value value;
+    memcpy(&value, bytes.data(), sizeof value);
+    return value;
+}
+
 static string mac_text(string_view bytes)
 {
-    Mac mac;
-    memcpy(mac.byte, bytes.data(), sizeof mac.byte);
-    return mac_to_text(mac);
+    return mac_name(value_of<Mac>(bytes));
 }
 
 static string ipv4_text(string_view bytes)
 {
-    Ipv4 address;
-    memcpy(address.octet, bytes.data(), sizeof address.octet);
-    char text[IPV4_TEXT_MAX];
-    return {text, write_ipv4(text, address)};
-}
-
-static string digest_text(string_view bytes)
-{
-    Md5Digest digest;
-    memcpy(digest.byte, bytes.data(), sizeof digest.byte);
-    char text[DIGEST_TEXT_MAX];
-    return {text, write_digest(text, digest)};
+    return ipv4_name(value_of<Ipv4>(bytes));
 }
 
 // Numbers are signed where their settings can be negative.
@@ -82,7 +75,7 @@ static string value_text(const ConfigKey *row, string_view value)
                                    return quoted_text(slot.substr(0, slot.find('\0')));
                                });
     case FORM_PASSWORD_DIGEST:
-        return digest_text(value);
+        return digest_name(value_of<Md5Digest>(value));
     case FORM_U32:
     case FORM_U16:
     case FORM_DATA_RATE:

@@ -18,7 +18,7 @@ inline constexpr Option<CheckSettings> CHECK_OPTIONS[] = {
     {{"type", "TYPE", "what the files are for, 0: access points (default), 1: switches", "0 1"},
      [](const char *text, CheckSettings &to) { return take_number<uint8_t>(text, 0, 1, to.type); }},
     {{"items", nullptr, "print what would be sent of each good file: id, index, path, value"},
-     [](const char *, CheckSettings &to) { return to.items = true; }},
+     [](const char *, CheckSettings &to) { return take_flag(to.items); }},
     ENDPOINT_OPTIONS,
 };
 

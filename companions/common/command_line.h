@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The command lines of the companion tools and ac-sim: long options only, from one table for each program,
-// which help, completion and the manual's test read as well.
+// The command lines of the companion tools and ac-sim: long options only, from one table for each
+// program, which help, completion and the manual's test read as well.
 #pragma once
 
 #include "common/failure.h"
@@ -80,6 +80,19 @@ template <class Int> bool take_number(const char *text, Int &number)
 {
     using Limits = std::numeric_limits<Int>;
     return take_number(text, Limits::lowest(), Limits::max(), number);
+}
+
+// For options that only keep their argument, or that they were given; both return true.
+inline bool take_text(const char *text, const char *&kept)
+{
+    kept = text;
+    return true;
+}
+
+inline bool take_flag(bool &given)
+{
+    given = true;
+    return true;
 }
 
 // Runs a program: body(argc, argv) gives the exit status, and a Failure or UsageError that it

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// A session with the controller for the companion tools: like zov's own, but with limits of time and size.
+// A session with the controller for the companion tools: like zov's own, but with limits of time
+// and size.
 #pragma once
 
 #include "common/command_line.h"

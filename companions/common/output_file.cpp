@@ -5,10 +5,9 @@
 
 #include <cerrno>
 #include <climits>
+#include <cstring>
 #include <fcntl.h>
 #include <unistd.h>
-
-enum : size_t { BUFFER_MAX = 65536 };
 
 static std::string path_of(const Descriptor &file)
 {
@@ -24,7 +23,6 @@ static std::string temporary_name()
 OutputFile::OutputFile(const char *path, mode_t mode)
     : name_(path == nullptr ? "-" : path), fd_(inherited_descriptor(name_))
 {
-    buffer_.reserve(BUFFER_MAX);
     if (fd_ < 0)
         open(AT_FDCWD, name_, mode);
     else if (name_ == "-")
@@ -35,7 +33,6 @@ OutputFile::OutputFile(const Descriptor &directory, const std::string &name,
                        const std::string &path, mode_t mode)
     : name_(path + "/" + name), fd_(-1)
 {
-    buffer_.reserve(BUFFER_MAX);
     open(directory.get(), name, mode);
 }
 
@@ -111,15 +108,21 @@ OutputFile::~OutputFile()
 
 void OutputFile::put(std::string_view bytes)
 {
-    if (buffer_.size() + bytes.size() > BUFFER_MAX) {
-        write(buffer_);
-        buffer_.clear();
-        if (bytes.size() > BUFFER_MAX) {
+    if (BUFFER_SIZE - used_ < bytes.size()) {
+        flush();
+        if (bytes.size() > BUFFER_SIZE) {
             write(bytes);
             return;
         }
     }
-    buffer_ += bytes;
+    memcpy(buffer_.get() + used_, bytes.data(), bytes.size());
+    used_ += bytes.size();
+}
+
+void OutputFile::flush()
+{
+    write({buffer_.get(), used_});
+    used_ = 0;
 }
 
 void OutputFile::write(std::string_view bytes)
@@ -130,8 +133,7 @@ void OutputFile::write(std::string_view bytes)
 
 void OutputFile::finish()
 {
-    write(buffer_);
-    buffer_.clear();
+    flush();
     if (directory_)
         take_name();
     if (const int error = own_.close(); error != 0)

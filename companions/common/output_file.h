@@ -5,6 +5,8 @@
 
 #include "common/trusted_files.h"
 
+#include <cstddef>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -27,17 +29,34 @@ public:
     OutputFile &operator=(const OutputFile &) = delete;
     ~OutputFile();
 
+    // The next `size` (at most PREPARE_MAX) bytes of the buffer, to be written and then added by
+    // commit() with the end of what was written.
+    char *prepare(size_t size)
+    {
+        if (BUFFER_SIZE - used_ < size)
+            flush();
+        return buffer_.get() + used_;
+    }
+    void commit(const char *end) { used_ = static_cast<size_t>(end - buffer_.get()); }
+
     void put(std::string_view bytes);
+    void put(const char *bytes, size_t length) { put({bytes, length}); }
+    void put(char c) { put({&c, 1}); }
 
     // Writes what is left and gives a new file its name. To be called once, as the last.
     void finish();
 
+    enum : size_t { PREPARE_MAX = 4096 };
+
 private:
+    enum : size_t { BUFFER_SIZE = 65536 };
+
     void open(int at, const std::string &path, mode_t mode);
     void find_directory(int at, const std::string &path);
     void check_unmoved(const struct stat &found) const;
     void create(mode_t mode);
     void write(std::string_view bytes);
+    void flush();
     void take_name();
     [[noreturn]] void fail(const char *what, int error) const;
 
@@ -47,5 +66,6 @@ private:
     std::string temporary_; // its name until then; empty while it has none
     Descriptor own_;        // what was opened here
     int fd_;                // what is written to
-    std::string buffer_;
+    std::unique_ptr<char[]> buffer_{new char[BUFFER_SIZE]};
+    size_t used_ = 0;
 };

@@ -60,15 +60,3 @@ std::string state_name(const WtpRecord &wtp)
         return "offline";
     return "state " + std::to_string(wtp.state);
 }
-
-std::string mac_name(const Mac &mac)
-{
-    char text[MAC_TEXT_MAX];
-    return {text, write_mac(text, mac)};
-}
-
-std::string ipv4_name(Ipv4 addr)
-{
-    char text[IPV4_TEXT_MAX];
-    return {text, write_ipv4(text, addr)};
-}

@@ -2,6 +2,7 @@
 // The devices that are to be exported.
 #pragma once
 
+#include "common/address_text.h"
 #include "device/wtp_list.h"
 #include "export/options.h"
 
@@ -36,5 +37,3 @@ private:
 const char *kind_name(const WtpRecord &wtp); // access_point, switch or other
 uint32_t count_stations(const WtpRecord &wtp);
 std::string state_name(const WtpRecord &wtp); // online, offline, or the controller's code
-std::string mac_name(const Mac &mac);
-std::string ipv4_name(Ipv4 addr);

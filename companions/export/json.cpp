@@ -6,34 +6,30 @@
 
 static void print_device(ValidJsonWriter &json, const WtpRecord &wtp)
 {
-    json_members::print_wtp(json, wtp, false, false);
+    json_members::print_wtp(json, wtp, {});
 }
 
 static void write_document(Devices &devices, const ExportSettings &settings)
 {
     OutputFile file(settings.output, MODE_SECRET);
-    FileOutput out(file);
-    ValidJsonWriter json(out);
+    ValidJsonWriter json(file);
     json.object();
     json.array("wtp_list");
     devices.for_each([&](const WtpRecord &wtp) { print_device(json, wtp); });
     json.end_array();
     json.end_object();
-    out.put('\n');
-    out.flush();
+    file.put('\n');
     file.finish();
 }
 
 static void write_lines(Devices &devices, const ExportSettings &settings)
 {
     OutputFile file(settings.output, MODE_SECRET);
-    FileOutput out(file);
     devices.for_each([&](const WtpRecord &wtp) {
-        ValidJsonWriter json(out);
+        ValidJsonWriter json(file);
         print_device(json, wtp);
-        out.put('\n');
+        file.put('\n');
     });
-    out.flush();
     file.finish();
 }
 

@@ -77,8 +77,7 @@ inline bool take_macs(const char *text, ExportSettings &to)
 
 inline bool take_name(const char *text, ExportSettings &to)
 {
-    to.name = text;
-    return true;
+    return take_text(text, to.name);
 }
 
 inline bool take_output(const char *text, ExportSettings &to)

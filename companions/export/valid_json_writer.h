@@ -8,61 +8,16 @@
 #include "export/text.h"
 #include "report/json_writer.h"
 
-#include <memory>
-
-// An OutputFile in the form of an Output.
-class FileOutput {
+class ValidJsonWriter : public BasicJsonWriter<OutputFile> {
 public:
-    explicit FileOutput(OutputFile &file) : file_(file), buffer_(new char[SIZE]) {}
-
-    char *prepare(size_t size)
-    {
-        if (SIZE - used_ < size)
-            flush();
-        return buffer_.get() + used_;
-    }
-    void commit(const char *end) { used_ = static_cast<size_t>(end - buffer_.get()); }
-
-    void put(const char *bytes, size_t length)
-    {
-        if (SIZE - used_ < length)
-            flush();
-        if (length > SIZE) {
-            file_.put({bytes, length});
-            return;
-        }
-        memcpy(buffer_.get() + used_, bytes, length);
-        used_ += length;
-    }
-    void put(std::string_view text) { put(text.data(), text.size()); }
-    void put(char c) { put(&c, 1); }
-
-    void flush()
-    {
-        file_.put({buffer_.get(), used_});
-        used_ = 0;
-    }
-
-    enum : size_t { PREPARE_MAX = 4096 };
-
-private:
-    enum : size_t { SIZE = 65536 };
-
-    OutputFile &file_;
-    std::unique_ptr<char[]> buffer_;
-    size_t used_ = 0;
-};
-
-class ValidJsonWriter : public BasicJsonWriter<FileOutput> {
-public:
-    using Base = BasicJsonWriter<FileOutput>;
+    using Base = BasicJsonWriter<OutputFile>;
     using Base::Base;
     using Base::element;
     using Base::member;
 
     template <size_t N> void member(const char (&name)[N], std::string_view text)
     {
-        if (text.size() > FileOutput::PREPARE_MAX / 2 / JSON_GROWTH) {
+        if (text.size() > OutputFile::PREPARE_MAX / 2 / JSON_GROWTH) {
             std::string long_text;
             append_json_string(long_text, text);
             Base::raw(name, long_text);

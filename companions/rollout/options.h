@@ -28,9 +28,9 @@ inline constexpr Option<RolloutSettings> ROLLOUT_OPTIONS[] = {
          return to.mac == nullptr && parse_mac_list(to.mac = text, to.macs) && !to.macs.empty();
      }},
     {{"name", "GLOB", "upgrade the devices whose name matches the pattern"},
-     [](const char *text, RolloutSettings &to) { return (to.name = text, true); }},
+     [](const char *text, RolloutSettings &to) { return take_text(text, to.name); }},
     {{"all-managed", nullptr, "upgrade all devices under management"},
-     [](const char *, RolloutSettings &to) { return to.all_managed = true; }},
+     [](const char *, RolloutSettings &to) { return take_flag(to.all_managed); }},
     {{"batch", "N", "how many devices at a time (10)"},
      [](const char *text, RolloutSettings &to) {
          return take_number<uint32_t>(text, 1, 10000, to.batch);
@@ -56,9 +56,9 @@ inline constexpr Option<RolloutSettings> ROLLOUT_OPTIONS[] = {
          return take_number<double>(text, 0.05, 3600, to.interval);
      }},
     {{"dry-run", nullptr, "print what would be done, and upgrade nothing"},
-     [](const char *, RolloutSettings &to) { return to.dry_run = true; }},
+     [](const char *, RolloutSettings &to) { return take_flag(to.dry_run); }},
     {{"log", "FILE", "append a line for each event"},
-     [](const char *text, RolloutSettings &to) { return (to.log = text, true); }},
+     [](const char *text, RolloutSettings &to) { return take_text(text, to.log); }},
     ENDPOINT_OPTIONS,
 };
 // clang-format on

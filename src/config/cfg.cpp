@@ -65,8 +65,8 @@ static int take_ip(const OptArg &opt, CfgOptions &choices)
     Ipv4 setting[5];
     if (!parse_ip_dns_settings(opt.arg, setting[0], setting[1], setting[2], setting[3], setting[4]))
         return report_invalid_argument(opt);
-    return tlv_append(choices.ip_items, CONFIG_ITEM_ADDRESS_SETTINGS, 0, nullptr, sizeof setting,
-                      setting);
+    return tlv_append(choices.ip_items, CONFIG_ITEM_ADDRESS_SETTINGS, {},
+                      {setting[0].octet, sizeof setting});
 }
 
 static int take_type(const OptArg &opt, CfgOptions &choices)

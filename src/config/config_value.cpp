@@ -21,19 +21,6 @@ static int report_too_long(const ConfigContext &context, const ConfigKey &row, s
         CONFIG_VALUE_BYTES_MAX, row.path.data());
 }
 
-static int append(ConfigContext &context, int32_t id, IndexKey key, const void *value,
-                  size_t length)
-{
-    return tlv_append(context.items, static_cast<uint32_t>(id), static_cast<uint32_t>(key.size()),
-                      key.data(), static_cast<uint32_t>(length), value);
-}
-
-static int append_u32(ConfigContext &context, int32_t id, IndexKey key, uint32_t number)
-{
-    return tlv_append_u32(context.items, static_cast<uint32_t>(id),
-                          static_cast<uint32_t>(key.size()), key.data(), number);
-}
-
 // --- Arrays --------------------------------------------------------------------------------------
 
 // The row of a list, whichever kind of device has it; null for what is no list.
@@ -50,7 +37,7 @@ static int take_empty_list(ConfigContext &context, const ConfigKey &list, IndexK
     const bool of_switches_only = config_key_find(ACCESS_POINT_KEYS, list.path) == nullptr;
     if (of_switches_only && context.kind != DEVICE_SWITCH)
         return context.messages().report("ERROR: Only support Switch device\n");
-    return append(context, list.id, key, nullptr, 0);
+    return tlv_append(context.items, list.id, key, {});
 }
 
 static int start_list(ConfigContext &context, const ConfigKey &list, uint32_t length)
@@ -79,7 +66,7 @@ static int take_array(ConfigContext &context, std::string_view path, IndexKey ke
             "ERROR: config array of %u elements is too long (%u at most) for '%.*s'.\n", length,
             most, static_cast<int>(path.size()), path.data());
     if (array != nullptr)
-        return append_u32(context, array->id, key, length);
+        return tlv_append_u32(context.items, array->id, key, length);
     if (list == nullptr)
         return 0;
     return length == 0 ? take_empty_list(context, *list, key.first(key.size() - 1))
@@ -118,7 +105,8 @@ static int finish_element(ConfigContext &context, const ConfigKey &row, IndexKey
     if (row.has_distinct_elements(context.kind) && has_equal_elements(bytes, row.element_size()))
         return context.messages().report("ERROR: Duplicate %s in '%s'.\n", what, row.path.data());
     context.list = nullptr;
-    return append(context, row.id, key.first(key.size() - 1), bytes.data(), bytes.size());
+    return tlv_append(context.items, row.id, key.first(key.size() - 1),
+                      {bytes.data(), bytes.size()});
 }
 
 static int take_mac(ConfigContext &context, const ConfigKey &row, IndexKey key, const char *text)
@@ -151,9 +139,8 @@ static int take_integer(ConfigContext &context, const ConfigKey &row, IndexKey k
             static_cast<long long>(number), row.min, row.max, row.path.data());
     const auto bits = static_cast<uint32_t>(number);
     if (row.form == FORM_U16)
-        return tlv_append_u16(context.items, static_cast<uint32_t>(row.id),
-                              static_cast<uint32_t>(key.size()), key.data(), bits);
-    return append_u32(context, row.id, key, bits);
+        return tlv_append_u16(context.items, row.id, key, bits);
+    return tlv_append_u32(context.items, row.id, key, bits);
 }
 
 static int take_text(ConfigContext &context, const ConfigKey &row, IndexKey key, const char *text)
@@ -161,8 +148,7 @@ static int take_text(ConfigContext &context, const ConfigKey &row, IndexKey key,
     const size_t length = strlen(text);
     if (length > CONFIG_VALUE_BYTES_MAX)
         return report_too_long(context, row, length);
-    return tlv_append_string(context.items, static_cast<uint32_t>(row.id),
-                             static_cast<uint32_t>(key.size()), key.data(), text);
+    return tlv_append_string(context.items, row.id, key, {text, length});
 }
 
 static int take_ip_settings(ConfigContext &context, const ConfigKey &row, IndexKey key,
@@ -171,7 +157,7 @@ static int take_ip_settings(ConfigContext &context, const ConfigKey &row, IndexK
     Ipv4 setting[3];
     if (!parse_ip_settings(text, setting[0], setting[1], setting[2]))
         return report_invalid(context, row, text);
-    return append(context, row.id, key, setting, sizeof setting);
+    return tlv_append(context.items, row.id, key, {setting[0].octet, sizeof setting});
 }
 
 bool parse_data_rate(const char *text, int &code)
@@ -197,7 +183,7 @@ static int take_data_rate(ConfigContext &context, const ConfigKey &row, IndexKey
     int code = 0;
     if (!parse_data_rate(text, code))
         return report_invalid(context, row, text);
-    return append_u32(context, row.id, key, static_cast<uint32_t>(code));
+    return tlv_append_u32(context.items, row.id, key, static_cast<uint32_t>(code));
 }
 
 static int take_password(ConfigContext &context, const ConfigKey &row, IndexKey key,
@@ -206,7 +192,7 @@ static int take_password(ConfigContext &context, const ConfigKey &row, IndexKey 
     uint8_t digest[16];
     if (context.digest(text, digest, context.messages()) != 0)
         return 1;
-    return append(context, row.id, key, digest, sizeof digest);
+    return tlv_append(context.items, row.id, key, digest);
 }
 
 static int take_string(ConfigContext &context, const ConfigKey &row, IndexKey key, const char *text,
@@ -221,11 +207,11 @@ static int take_string(ConfigContext &context, const ConfigKey &row, IndexKey ke
     case FORM_IPV4:
         if (!parse_ipv4(text, addr))
             return report_invalid(context, row, text);
-        return append(context, row.id, key, addr.octet, sizeof addr.octet);
+        return tlv_append(context.items, row.id, key, addr.octet);
     case FORM_SERVER_ADDRESS:
         if (!parse_ipv4(text, addr))
             addr = Ipv4();
-        return append(context, row.id, key, addr.octet, sizeof addr.octet);
+        return tlv_append(context.items, row.id, key, addr.octet);
     case FORM_IP_SETTINGS:
         return take_ip_settings(context, row, key, text);
     case FORM_DATA_RATE:

@@ -3,14 +3,12 @@
 // index key.
 #pragma once
 
+#include "config/tlv_buffer.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <json-parser/json.h>
-#include <span>
 #include <string_view>
-
-// The positions of the arrays on the way to a value, outermost first.
-using IndexKey = std::span<const uint8_t>;
 
 // Where a walk is. Zero before each file.
 struct JsonIterStack {

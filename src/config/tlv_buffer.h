@@ -15,6 +15,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string_view>
 
 // The items back to back, as they are sent.
@@ -29,16 +30,15 @@ struct TlvBuffer {
     }
 };
 
+// The positions of the array elements on the way to a value, outermost first.
+using IndexKey = std::span<const uint8_t>;
+
 // Each appends one item, copying what it is given; of type, lengths and numbers the low bits that
 // the wire form has. Returns 0; or 1, with "Out of memory" reported and the buffer as it was.
-int tlv_append(TlvBuffer &buffer, uint32_t type, uint32_t index_len, const uint8_t *index,
-               uint32_t value_len, const void *value);
-int tlv_append_u32(TlvBuffer &buffer, uint32_t type, uint32_t index_len, const uint8_t *index,
-                   uint32_t number);
-int tlv_append_u16(TlvBuffer &buffer, uint32_t type, uint32_t index_len, const uint8_t *index,
-                   uint32_t number); // its low 16 bits
-int tlv_append_string(TlvBuffer &buffer, uint32_t type, uint32_t index_len, const uint8_t *index,
-                      const char *text); // without the terminator
+int tlv_append(TlvBuffer &buffer, int32_t type, IndexKey index, std::span<const uint8_t> value);
+int tlv_append_u32(TlvBuffer &buffer, int32_t type, IndexKey index, uint32_t number);
+int tlv_append_u16(TlvBuffer &buffer, int32_t type, IndexKey index, uint32_t number);
+int tlv_append_string(TlvBuffer &buffer, int32_t type, IndexKey index, std::string_view text);
 
 // Ends a list of items, which another one can follow: two bytes 0. The same result.
 int tlv_end(TlvBuffer &buffer);

@@ -9,7 +9,8 @@
 // message printed.
 using CommandHandler = int (*)(AcSession &session, const OptArgList &opts);
 
-// An option that a command accepts, and the values that it can have where they are few, separated by spaces.
+// An option that a command accepts, and the values that it can have where they are few, separated
+// by spaces.
 struct CommandOption {
     OptionCode code = OPT_NONE;
     const char *values = nullptr;

@@ -9,6 +9,12 @@
 #include <cstdint>
 #include <string_view>
 
+// What of a device a report shows.
+struct ReportParts {
+    bool password = false; // also the digest of the device's password
+    bool basic = false;    // neither radios nor ports
+};
+
 enum : unsigned { DIGEST_TEXT_MAX = 32, DURATION_TEXT_MAX = 18 };
 
 // Writes 32 lower-case hexadecimal digits, unterminated, and returns their end.

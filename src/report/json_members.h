@@ -234,17 +234,17 @@ template <class Json> void print_switch(Json &json, const WtpRecord &wtp, bool b
 }
 
 // One device as an object. `basic` and `password` are those of print_wtp_details.
-template <class Json> void print_wtp(Json &json, const WtpRecord &wtp, bool password, bool basic)
+template <class Json> void print_wtp(Json &json, const WtpRecord &wtp, ReportParts parts)
 {
     json.object();
     print_common(json, wtp);
     if (wtp.wtp_type == DEVICE_ACCESS_POINT)
-        print_access_point(json, wtp, basic);
+        print_access_point(json, wtp, parts.basic);
     else if (wtp.wtp_type == DEVICE_SWITCH)
-        print_switch(json, wtp, basic);
+        print_switch(json, wtp, parts.basic);
     if (wtp.wtp_cfg != nullptr) {
         json.object("wtp_cfg");
-        print_cfg_json(json, wtp, password);
+        print_cfg_json(json, wtp, parts.password);
         json.end_object();
     }
     json.end_object();

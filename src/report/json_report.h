@@ -3,7 +3,7 @@
 #pragma once
 
 #include "device/wtp_list.h"
+#include "report/format.h"
 
-// Prints the one member "wtp_list":[...] and a line end, without enclosing braces. `basic` and
-// `password` are those of print_wtp_details.
-void print_wtp_json(WtpList &list, bool password, bool basic);
+// Prints the one member "wtp_list":[...] and a line end, without enclosing braces.
+void print_wtp_json(WtpList &list, ReportParts parts);

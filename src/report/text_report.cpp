@@ -173,32 +173,32 @@ static void print_switch(TextWriter &out, const WtpRecord &wtp)
         print_neighbour(out, device);
 }
 
-static void print_wtp(TextWriter &out, const WtpRecord &wtp, bool password, bool basic)
+static void print_wtp(TextWriter &out, const WtpRecord &wtp, ReportParts parts)
 {
     out.put(SEPARATOR);
     print_common(out, wtp);
     if (wtp.wtp_type == DEVICE_ACCESS_POINT) {
         out.line("Cfg Capability\t", wtp.cfg_cap);
-        if (!basic) {
+        if (!parts.basic) {
             uint32_t number = 0;
             for (const RadioInfo &radio : wtp.radio)
                 print_radio(out, radio, ++number);
             out.put("\n");
         }
     }
-    if (wtp.wtp_type == DEVICE_SWITCH && !basic)
+    if (wtp.wtp_type == DEVICE_SWITCH && !parts.basic)
         print_switch(out, wtp);
     if (wtp.wtp_cfg != nullptr)
-        print_cfg_text(out, wtp, password);
+        print_cfg_text(out, wtp, parts.password);
 }
 
-void print_wtp_details(WtpList &list, bool password, bool basic)
+void print_wtp_details(WtpList &list, ReportParts parts)
 {
     TextWriter out(standard_output);
     uint32_t count = 0;
     for (const WtpRecord *wtp = first_wtp(list, WtpPart::whole); wtp != nullptr;
          wtp = next_wtp(list)) {
-        print_wtp(out, *wtp, password, basic);
+        print_wtp(out, *wtp, parts);
         count++;
     }
     print_footer(out, count);

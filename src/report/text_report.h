@@ -8,9 +8,8 @@
 // One line a device under a column header.
 void print_wtp_brief(WtpList &list);
 
-// Every field the controller returned. `basic` leaves out radios and ports, `password` adds the
-// digest of the device's password.
-void print_wtp_details(WtpList &list, bool password, bool basic);
+// Every field the controller returned.
+void print_wtp_details(WtpList &list, ReportParts parts);
 
 // The configuration lines of one record that has a configuration (text_cfg.cpp).
 void print_cfg_text(TextWriter &out, const WtpRecord &wtp, bool password);

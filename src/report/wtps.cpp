@@ -19,17 +19,19 @@ static constexpr struct {
     {OPT_NO_STAINF, WTP_FILTER_STAINF},
 };
 
-static uint32_t filter_of(const OptArgList &opts)
-{
+namespace {
+
+enum class Form { details, brief, json, upgrade_states };
+
+// What the options ask for.
+struct WtpsOptions {
     uint32_t filter = WTP_FILTER_ALL;
-    for (const auto &row : LEFT_OUT)
-        if (opts.given(row.option))
-            filter &= ~row.bits;
-    const bool managed = opts.given(OPT_MANAGED), unmanaged = opts.given(OPT_UNMANAGED);
-    if (managed != unmanaged)
-        filter &= ~uint32_t{managed ? WTP_FILTER_UNMANAGED : WTP_FILTER_MANAGED};
-    return filter;
-}
+    MacList macs; // these devices; none: all
+    Form form = Form::details;
+    ReportParts parts;
+};
+
+} // namespace
 
 static int refuse_both(const OptArgList &opts, OptionCode one, OptionCode other)
 {
@@ -39,7 +41,32 @@ static int refuse_both(const OptArgList &opts, OptionCode one, OptionCode other)
                 option_name(other));
 }
 
-static void print_fw_results(WtpList &list)
+static int read_options(const OptArgList &opts, WtpsOptions &wanted)
+{
+    if (check_options(WTPS_COMMAND, opts,
+                      [&](const OptArg &opt) {
+                          if (opt.code == OPT_MAC && !parse_mac_list(opt.arg, wanted.macs))
+                              return report_invalid_argument(opt);
+                          return 0;
+                      }) != 0 ||
+        refuse_both(opts, OPT_JSON, OPT_BREIF) != 0 ||
+        refuse_both(opts, OPT_BASIC, OPT_NO_CFG) != 0)
+        return 1;
+    for (const auto &row : LEFT_OUT)
+        if (opts.given(row.option))
+            wanted.filter &= ~row.bits;
+    const bool managed = opts.given(OPT_MANAGED), unmanaged = opts.given(OPT_UNMANAGED);
+    if (managed != unmanaged)
+        wanted.filter &= ~uint32_t{managed ? WTP_FILTER_UNMANAGED : WTP_FILTER_MANAGED};
+    wanted.form = opts.given(OPT_FWRESULT) ? Form::upgrade_states
+                  : opts.given(OPT_JSON)   ? Form::json
+                  : opts.given(OPT_BREIF)  ? Form::brief
+                                           : Form::details;
+    wanted.parts = {opts.given(OPT_PASSWORD), opts.given(OPT_BASIC)};
+    return 0;
+}
+
+static void print_upgrade_states(WtpList &list)
 {
     Output &out = standard_output;
     for (const WtpRecord *wtp = first_wtp(list, WtpPart::basics); wtp != nullptr;
@@ -51,36 +78,27 @@ static void print_fw_results(WtpList &list)
     }
 }
 
-static void print_wtp_list(WtpList &list, const OptArgList &opts)
-{
-    const bool password = opts.given(OPT_PASSWORD), basic = opts.given(OPT_BASIC);
-    if (opts.given(OPT_FWRESULT))
-        print_fw_results(list);
-    else if (opts.given(OPT_JSON))
-        print_wtp_json(list, password, basic);
-    else if (opts.given(OPT_BREIF))
-        print_wtp_brief(list);
-    else
-        print_wtp_details(list, password, basic);
-}
-
 static int wtps_command(AcSession &session, const OptArgList &opts)
 {
-    MacList macs;
-    if (check_options(WTPS_COMMAND, opts,
-                      [&](const OptArg &opt) {
-                          if (opt.code == OPT_MAC && !parse_mac_list(opt.arg, macs))
-                              return report_invalid_argument(opt);
-                          return 0;
-                      }) != 0 ||
-        refuse_both(opts, OPT_JSON, OPT_BREIF) != 0 ||
-        refuse_both(opts, OPT_BASIC, OPT_NO_CFG) != 0)
-        return 1;
-
+    WtpsOptions wanted;
     WtpList list;
-    if (fetch_wtp_list(session, list, filter_of(opts), macs) != 0)
+    if (read_options(opts, wanted) != 0 ||
+        fetch_wtp_list(session, list, wanted.filter, wanted.macs) != 0)
         return 1;
-    print_wtp_list(list, opts);
+    switch (wanted.form) {
+    case Form::details:
+        print_wtp_details(list, wanted.parts);
+        break;
+    case Form::brief:
+        print_wtp_brief(list);
+        break;
+    case Form::json:
+        print_wtp_json(list, wanted.parts);
+        break;
+    case Form::upgrade_states:
+        print_upgrade_states(list);
+        break;
+    }
     return 0;
 }
 

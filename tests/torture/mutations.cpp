@@ -56,8 +56,8 @@ bool read_and_print(const std::string &reply)
         return false;
     }
     print_wtp_brief(list);
-    print_wtp_details(list, true, false);
-    print_wtp_json(list, true, false);
+    print_wtp_details(list, {true, false});
+    print_wtp_json(list, {true, false});
     return true;
 }
 
