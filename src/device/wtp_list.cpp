@@ -101,21 +101,21 @@ private:
     // Receives on until it is there. The bytes go straight to their place.
     [[gnu::noinline]] bool receive()
     {
-        enum : size_t { ROOM = size_t{512} << 10 };
+        enum : size_t { PIECE = size_t{512} << 10 };
         while (at_ > size_ && !failed_) {
-            uint8_t *to = list_.reply.prepare(ROOM);
+            uint8_t *to = list_.reply.prepare(PIECE);
             if (to == nullptr) {
                 report_no_memory("ERROR: Out of memory\n");
                 break;
             }
-            const ssize_t got = recv_some(source_, to, ROOM);
+            const ssize_t got = recv_some(source_, to, PIECE);
             if (got < 0)
                 source_.messages.report_errno(Cause::not_received,
                                               "ERROR: reading socket failed for reason");
             else if (got == 0)
                 source_.messages.report_silently(Cause::ended);
             if (got <= 0) {
-                set_failed();
+                failed_ = true;
                 break;
             }
             list_.reply.commit(static_cast<size_t>(got));
@@ -123,14 +123,6 @@ private:
             size_ = list_.reply.size();
         }
         return !failed_;
-    }
-
-    // From now on nothing is there.
-    void set_failed()
-    {
-        failed_ = true;
-        size_ = 0;
-        at_ = 1;
     }
 
     // Makes sure of memory for `size` more bytes of the record.
@@ -152,21 +144,28 @@ private:
     {
         source_.messages.report(Cause::no_memory, 0, "ERROR: Out of memory(linkCount=%d)\n",
                                 static_cast<int32_t>(announced));
-        set_failed();
+        failed_ = true;
     }
     void report_no_memory(const char *message)
     {
         if (!failed_)
             source_.messages.report(Cause::no_memory, 0, "%s", message);
-        set_failed();
+        failed_ = true;
     }
 
+    // Fields are passed over without looking whether they have come; what is read, and the end of a
+    // record, makes sure of it:
+    //
+    //     bytes_                    size_
+    //     |--- has been received ---|
+    //     |--- has been passed over ---------|
+    //                                        at_
     ByteSource &source_;
     WtpList &list_;
-    WtpCfg cfg_;                     // is passed over
-    const uint8_t *bytes_ = nullptr; // what has been received
+    WtpCfg cfg_; // is passed over
+    const uint8_t *bytes_ = nullptr;
     size_t size_ = 0;
-    size_t at_ = 0;     // can be ahead of that
+    size_t at_ = 0;
     size_t needed_ = 0; // memory for the record so far
     bool failed_ = false;
 };
