@@ -68,7 +68,8 @@ class Connections(unittest.TestCase):
                 client.sendall(b"\0")
                 time.sleep(0.2)
         start = time.monotonic()
-        self.expect(self.serve(trickle), "WHO does not complete its reply within 10 s", "--timeout", "1")
+        self.expect(self.serve(trickle), "WHO does not complete its reply within 10 s",
+                    "--timeout", "1")
         self.assertLess(time.monotonic() - start, 20)
 
     @unittest.skipIf(SANITIZED, "takes a gigabyte")

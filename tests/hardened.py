@@ -17,7 +17,8 @@ class Hardened(unittest.TestCase):
                                    check=True).stdout
             for name, mark in MARKS.items():
                 self.assertTrue(mark in shown, f"{program} has not got {name}")
-            self.assertTrue(re.search(r"GNU_STACK .* RW ", shown), f"{program} has a stack that runs")
+            self.assertTrue(re.search(r"GNU_STACK .* RW ", shown),
+                            f"{program} has an executable stack")
 
 
 if __name__ == "__main__":

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Another user of the host prepares files, links, pipes and directories where companion tools write:
+"""Another user of the host prepares files, links, pipes and directories for companion tools:
 other_users.py ZOV AC_SIM SOURCE_FOLDER ZOV_EXPORT ZOV_ROLLOUT
 """
 import os
@@ -16,8 +16,9 @@ from simulator import AP, Controller, end_with_test
 
 EXPORT, ROLLOUT = sys.argv[4:6]
 NOBODY = 65534  # plays the other user
-ACCESS_LIST = "system.posix_acl_access"  # see acl(5): the owner, nobody, the group, the mask, others
-LET_NOBODY_WRITE = struct.pack("<I" + 5 * "HHI", 2, 1, 7, 0, 2, 7, NOBODY, 4, 5, 0, 16, 7, 0, 32, 5, 0)
+ACCESS_LIST = "system.posix_acl_access"  # see acl(5): owner, nobody, group, mask, others
+ENTRIES = (1, 7, 0, 2, 7, NOBODY, 4, 5, 0, 16, 7, 0, 32, 5, 0)
+LET_NOBODY_WRITE = struct.pack("<I" + 5 * "HHI", 2, *ENTRIES)
 OTHERS, WRITABLE = "it belongs to another user", "others can write to it"
 UNREAD = "no process reads from it"
 
@@ -74,7 +75,8 @@ class Outputs(Case):
                 path.unlink()
         # A file of another group; with a second name, which others can give it; with a list.
         for group, more, expected in (
-                (NOBODY, lambda path: None, "0o664"), (0, (self.folder / "other").hardlink_to, "0o600"),
+                (NOBODY, lambda path: None, "0o664"),
+                (0, (self.folder / "other").hardlink_to, "0o600"),
                 (0, lambda path: os.setxattr(path, ACCESS_LIST, LET_NOBODY_WRITE), "0o600")):
             path = self.file(0o664, owner=0)
             os.chown(path, 0, group)
@@ -91,7 +93,8 @@ class Outputs(Case):
                          (1, f"zov-export: cannot open {link}: {OTHERS}\n"))
         self.assertEqual((victim.read_text(), link.is_symlink()), ("kept", True))
         os.chown(link, 0, 0, follow_symlinks=False)
-        refusal = ["strace", "--quiet=all", "-o", "/dev/null", "-P", link, "-e", "inject=openat:error=EACCES:when=2"]
+        refusal = ["strace", "--quiet=all", "-o", "/dev/null", "-P", link,
+                   "-e", "inject=openat:error=EACCES:when=2"]
         status, err = self.export("--output", link, wrapper=refusal,
                                   env={**os.environ, "ASAN_OPTIONS": "detect_leaks=0"})
         self.assertEqual((status, err),
