@@ -69,12 +69,12 @@ Completes kind_of(const OptionText &row)
         return Completes::folder;
     if (argument == "MAC")
         return Completes::mac;
-    return list && row.word == string_view("mac") ? Completes::mac_list : Completes::free;
+    return list && row.name == string_view("mac") ? Completes::mac_list : Completes::free;
 }
 
 CompletedOption option_of(const OptionText &row)
 {
-    return {row.word,     text_or_empty(row.argument), row.help,
+    return {row.name,     text_or_empty(row.argument), row.help,
             kind_of(row), text_or_empty(row.values),   row.repeatable};
 }
 
@@ -143,7 +143,7 @@ CompletedProgram zov()
         for (const CommandOption *row = (*command)->options; row->code != OPT_NONE; row++)
             line.options.push_back(option_of(**command, *row));
         for (const OptionText &row : PLACE_TEXTS)
-            if (row.word != string_view("timeout"))
+            if (row.name != string_view("timeout"))
                 line.options.push_back(option_of(row));
         program.lines.push_back(line);
     }

@@ -23,7 +23,7 @@ static constexpr OptionText HELP = {"help", nullptr, "print this text"};
 
 static std::string left_column(const OptionText &row)
 {
-    std::string text = std::string(row.word == HELP.word ? "  -h, --" : "  --") + row.word;
+    std::string text = std::string(row.name == HELP.name ? "  -h, --" : "  --") + row.name;
     if (row.argument != nullptr)
         text += std::string(" ") + row.argument;
     return text;
@@ -88,7 +88,7 @@ bool read_command_line(int argc, char **argv, const ProgramInfo &program,
 {
     std::vector<option> known;
     for (const OptionText &row : options)
-        known.push_back({row.word, row.argument != nullptr ? required_argument : no_argument,
+        known.push_back({row.name, row.argument != nullptr ? required_argument : no_argument,
                          nullptr, OPT_FIRST + static_cast<int>(known.size())});
     known.insert(known.end(), {{"help", no_argument, nullptr, OPT_HELP},
                                {"version", no_argument, nullptr, OPT_VERSION},
@@ -110,7 +110,7 @@ bool read_command_line(int argc, char **argv, const ProgramInfo &program,
             refuse(code, argv[optind - 1]);
         const auto row = static_cast<size_t>(code - OPT_FIRST);
         if (!sink.take(row, optarg))
-            throw UsageError(std::string("--") + options[row].word + ": bad argument '" + optarg +
+            throw UsageError(std::string("--") + options[row].name + ": bad argument '" + optarg +
                              "'" + expectation(options[row]));
     }
     operands.insert(operands.end(), argv + optind, argv + argc);

@@ -16,7 +16,7 @@
 
 // What is the same for all settings.
 struct OptionText {
-    const char *word;
+    const char *name;
     const char *argument;           // its name in the help; null for an option that takes none
     const char *help;               // one line
     const char *values = nullptr;   // those that are known, separated by spaces; null: any
