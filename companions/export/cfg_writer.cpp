@@ -19,10 +19,12 @@ static const CfgField *find_field(const CfgRow &row, std::string_view name, size
     return nullptr;
 }
 
-// What keeps the position of an element that cannot be sent.
-static Json nothing()
+// An element of which nothing can be sent keeps its position.
+static Json placed(Json element)
 {
-    return {{"comment", "nothing that can be sent"}};
+    if (element.is_null())
+        element = {{"comment", "nothing that can be sent"}};
+    return element;
 }
 
 Json CfgWriter::write(WtpCfg &cfg)
@@ -90,9 +92,8 @@ Json CfgWriter::table(const CfgMember &member, const std::vector<CfgRow> &rows)
     made.reserve(rows.size());
     for (const CfgRow &row : rows) {
         positions_.push_back(made.size());
-        Json element = object(member.members, row);
+        made.push_back(placed(object(member.members, row)));
         positions_.pop_back();
-        made.push_back(element.is_null() ? nothing() : std::move(element));
     }
     return made;
 }
@@ -104,9 +105,8 @@ Json CfgWriter::texts(const CfgMember &member, const CfgRow &row)
     for (size_t place = member.place; place < row.size() && row[place].name == member.field;
          place++) {
         positions_.push_back(made.size());
-        Json element = text(member, std::get<std::string_view>(row[place].value));
+        made.push_back(placed(text(member, std::get<std::string_view>(row[place].value))));
         positions_.pop_back();
-        made.push_back(element.is_null() ? nothing() : std::move(element));
     }
     return made;
 }
