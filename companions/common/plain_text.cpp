@@ -42,7 +42,7 @@ std::string quoted_text(std::string_view text)
     return '"' +
            changed(text,
                    [](const Utf8Character &character, std::string_view bytes) -> std::string {
-                       char escape[] = "\\u0000\\u0000";
+                       char escape[32]; // of at most 12 characters
                        if (!character.valid)
                            return "\xEF\xBF\xBD";
                        if (bytes == "\"" || bytes == "\\")
