@@ -96,11 +96,12 @@ class Torture(Case):
                         fields.report(records, "brief"))
         self.in_turn("alloc", check, [large])
         self.assertGreater(len(said), 200)
+        takes_list = {case.words[0] for case in cases() if "--mac" in case.words} - {"dbg", "nodc"}
         self.assertEqual(set(said), {(f"ERROR: {text}\n", command) for text, commands in (
             ("Out of memory", "ac cfg fwlist mem online sh wtpflag wtps"), ("Out of memory.", "cfg mem sh"),
             ("Out of memory(switchTopoDevCount)", "wtps"), ("Out of memory(linkCount=#)", "wtps"),
-            ("Invalid --mac argument #.", "cac cfg fwlist kick rst scan sh upg wtpflag wtps"),
-            ("Invalid --client argument #.", "kick")) for command in commands.split()})
+            ("Invalid --mac argument #.", " ".join(takes_list)), ("Invalid --client argument #.", "kick"))
+            for command in commands.split()})
 
     def test_every_transfer_fails_in_turn(self):
         for call, message in (("send", "writing"), ("recv", "reading")):

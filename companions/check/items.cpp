@@ -46,16 +46,16 @@ static string ipv4_text(string_view bytes)
     return ipv4_name(value_of<Ipv4>(bytes));
 }
 
-// Numbers are signed where their settings can be negative.
+// A number of one to four bytes, big-endian; it is signed where its setting can be negative.
 static string number_text(const ConfigKey *row, string_view value)
 {
-    const bool is_signed = row != nullptr && (row->min < 0 || row->form == FORM_DATA_RATE);
-    if (value.size() == sizeof(uint16_t)) {
-        const auto number = from_big_endian<uint16_t>(value.data());
-        return std::to_string(is_signed ? static_cast<int16_t>(number) : number);
-    }
-    const auto number = from_big_endian<uint32_t>(value.data());
-    return is_signed ? std::to_string(static_cast<int32_t>(number)) : std::to_string(number);
+    uint32_t bits = 0;
+    for (const char byte : value)
+        bits = bits << 8 | static_cast<uint8_t>(byte);
+    if (row == nullptr || (row->min >= 0 && row->form != FORM_DATA_RATE))
+        return std::to_string(bits);
+    const size_t unused = 8 * (sizeof bits - value.size());
+    return std::to_string(static_cast<int32_t>(bits << unused) >> unused);
 }
 
 static string value_text(const ConfigKey *row, string_view value)
