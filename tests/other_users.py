@@ -128,6 +128,17 @@ class Outputs(Case):
         self.assertEqual(self.export("--output", "/dev/fd/77"),
                          (1, "zov-export: cannot write /dev/fd/77: Bad file descriptor\n"))
 
+    def test_link_to_a_directory(self):
+        place = self.folder / "place"
+        place.mkdir()
+        link = self.path(lambda path: path.symlink_to(place), "backup")
+        for name in (f"{link}", f"{link}/"):
+            self.assertEqual(self.export("--directory", name, form="cfg"),
+                             (1, f"zov-export: cannot open {name}: {OTHERS}\n"))
+        os.chown(link, 0, 0, follow_symlinks=False)
+        self.assertEqual(self.export("--directory", link, form="cfg")[0], 0)
+        self.assertEqual(len(os.listdir(place)), 3)
+
     def test_directory_with_an_access_list(self):
         directory = self.folder / "backup"
         directory.mkdir(mode=0o755)

@@ -144,10 +144,14 @@ Descriptor open_directory(const std::string &path)
 {
     if (mkdir(path.c_str(), 0700) != 0 && errno != EEXIST)
         throw Failure(with_reason("cannot create " + path, errno));
-    Descriptor directory(open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-    struct stat state = {};
-    if (!directory || fstat(directory.get(), &state) != 0)
-        throw Failure(with_reason("cannot open " + path, errno));
+    const size_t end = path.find_last_not_of('/'); // a link would be followed for the sake of the /
+    Descriptor directory =
+        find_file(AT_FDCWD, end == std::string::npos ? path : path.substr(0, end + 1), path);
+    if (!directory)
+        throw Failure(with_reason("cannot open " + path, ENOENT));
+    const struct stat state = state_of(directory, path);
+    if (!S_ISDIR(state.st_mode))
+        throw Failure(with_reason("cannot open " + path, ENOTDIR));
     if (!is_trusted(state))
         throw Failure("cannot use " + path + ": it belongs to another user");
     if (lets_others_write(state, has_access_list(directory)))
