@@ -9,7 +9,7 @@
 
 #include <memory>
 
-// Reads the file into the empty buffer. An empty file has no items. Returns 0, or 1 with the
+// Appends the items of the file to the buffer. An empty file has none. Returns 0, or 1 with the
 // message of the first thing that is wrong reported (an object without members and a value of no
 // known kind have none).
 int config_file_load(const char *name, DeviceKind kind, TlvBuffer &items);

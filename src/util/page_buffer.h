@@ -15,8 +15,8 @@ public:
     PageBuffer &operator=(const PageBuffer &) = delete;
     ~PageBuffer() { clear(); }
 
-    // The memory behind the bytes, with memory for `count` more; they count once commit() takes
-    // them over. Null, with everything as it was, when memory is short.
+    // Memory for `count` more bytes behind those that are there, which commit() adds to them. Null,
+    // with everything as it was, when memory is short.
     uint8_t *prepare(size_t count)
     {
         if (count > capacity_ - size_ && !grow(count))
