@@ -9,11 +9,6 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-static std::string path_of(const Descriptor &file)
-{
-    return "/proc/self/fd/" + std::to_string(file.get());
-}
-
 // A short one, since the file's own may have the longest length.
 static std::string temporary_name()
 {
@@ -49,7 +44,7 @@ void OutputFile::open(int at, const std::string &path, mode_t mode)
     }
     if (found) {
         char real[PATH_MAX];
-        const ssize_t length = readlink(path_of(found).c_str(), real, sizeof real);
+        const ssize_t length = readlink(proc_path(found).c_str(), real, sizeof real);
         if (length < 0)
             fail("open", errno);
         find_directory(at, {real, static_cast<size_t>(length)});
@@ -148,7 +143,7 @@ void OutputFile::take_name()
         fail("write", errno);
     if (temporary_.empty()) {
         const std::string name = temporary_name();
-        if (linkat(AT_FDCWD, path_of(own_).c_str(), directory_.get(), name.c_str(),
+        if (linkat(AT_FDCWD, proc_path(own_).c_str(), directory_.get(), name.c_str(),
                    AT_SYMLINK_FOLLOW) != 0)
             fail("create", errno);
         temporary_ = name;

@@ -37,7 +37,7 @@ int inherited_descriptor(std::string_view path)
     return -1;
 }
 
-static std::string proc_path(const Descriptor &file)
+std::string proc_path(const Descriptor &file)
 {
     return "/proc/self/fd/" + std::to_string(file.get());
 }

@@ -31,6 +31,9 @@ private:
     int fd_;
 };
 
+// The path by which an open file can be opened or linked again, see proc(5).
+std::string proc_path(const Descriptor &file);
+
 // The descriptor of this process that a path stands for: - (standard output), /dev/stdout,
 // /dev/stderr, /dev/fd/N or /proc/self/fd/N; -1 for every other path.
 int inherited_descriptor(std::string_view path);
