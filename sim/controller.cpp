@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "sim/controller.h"
 
+#include "common/plain_text.h"
 #include "sim/defaults.h"
 #include "sim/request_reader.h"
 #include "sim/shell.h"
@@ -11,6 +12,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <poll.h>
 #include <unistd.h>
 
 Controller::Controller(const ControllerOptions &options)
@@ -31,12 +33,26 @@ void Controller::log(const char *format, ...)
 {
     if (!options_.verbose && !debug_)
         return;
+    char text[1024];
     va_list arguments;
     va_start(arguments, format);
-    fputs("ac-sim: ", stderr);
-    vfprintf(stderr, format, arguments);
-    fputc('\n', stderr);
+    vsnprintf(text, sizeof text, format, arguments);
     va_end(arguments);
+    print(text);
+}
+
+// Writes a line, unless that would have to wait for a reader: then it only counts, and the next
+// line that is written tells the number. Both are less than PIPE_BUF, which a pipe takes whole.
+void Controller::print(const std::string &text)
+{
+    std::string lines = "ac-sim: " + text + "\n";
+    if (lost_lines_ > 0)
+        lines.insert(0, "ac-sim: lost lines: " + std::to_string(lost_lines_) + "\n");
+    pollfd out = {STDERR_FILENO, POLLOUT, 0};
+    const bool written =
+        poll(&out, 1, 0) == 1 &&
+        write(STDERR_FILENO, lines.data(), lines.size()) == static_cast<ssize_t>(lines.size());
+    lost_lines_ = written ? 0 : lost_lines_ + 1;
 }
 
 // Calls act(request, name) for an empty request of the kind that the code stands for.
@@ -160,7 +176,7 @@ void Controller::answer(const AcMemoryRequest &, std::string &reply)
     memory_file_.emplace(memory_path_.c_str());
     const bool written = memory_file_->created() && memory_file_->write(text.data(), text.size());
     if (!written)
-        fprintf(stderr, "ac-sim: cannot write %s: %s\n", memory_path_.c_str(), strerror(errno));
+        print("cannot write " + memory_path_ + ": " + strerror(errno));
     put_text(reply, written ? memory_path_ : "");
 }
 
@@ -217,7 +233,7 @@ void Controller::answer(const NoDiscoveryRequest &request, std::string &)
 
 void Controller::answer(const RedirectRequest &request, std::string &reply)
 {
-    log("devices are sent to %s", std::string(request.address.bytes).c_str());
+    log("devices are sent to %s", plain_text(request.address.bytes).c_str());
     for_each(request.wtps, reply, [](Device &device) -> uint8_t {
         device.record.state = WTP_OFFLINE;
         device.record.sub_state = 0;

@@ -38,7 +38,7 @@ public:
     // Where the memory records are, after a request for them.
     const char *memory_path() const { return memory_path_.c_str(); }
 
-    // A line on standard error, for those who asked for it.
+    // A line on standard error, for those who asked for it. Never waits.
     void log(const char *format, ...) __attribute__((format(printf, 2, 3)));
 
 private:
@@ -47,6 +47,7 @@ private:
     ALL_REQUESTS(ANSWER)
 #undef ANSWER
 
+    void print(const std::string &text);
     Device *find(const Mac &mac) const;
     uint8_t check_acting(const Mac &mac, const Device *device) const;
     template <class Action> void for_each(Macs macs, std::string &reply, Action action);
@@ -57,6 +58,7 @@ private:
     std::map<Mac, Device *> by_mac_;
     std::vector<Device *> timed_; // those whose upgrades take their time
     bool debug_ = false;          // set by clients: log as if verbose
+    unsigned lost_lines_ = 0;     // of the log, since the last one that was written
     const std::string memory_path_;
     std::optional<TempFile> memory_file_; // the records written last
 };

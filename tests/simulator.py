@@ -205,6 +205,21 @@ class Service(unittest.TestCase):
                 self.assertLess(time.monotonic() - asked, 1)
                 self.assertFalse(os.path.exists(f"{folder}/pid"))
 
+    def test_log_that_nobody_reads(self):
+        reader, writer = os.pipe()
+        self.addCleanup(os.close, reader)
+        self.addCleanup(os.close, writer)
+        with Controller(errors=writer) as controller:
+            turn_on, asked = "0f 00000001 00000000 000000000000", 4000  # 31 bytes each
+            self.assertEqual(len(controller.replies(turn_on, "07" * asked, "00")), 29 * asked)
+            self.assertTrue(os.get_blocking(writer), "others use the same pipe")
+            written = os.read(reader, 1 << 20).decode().splitlines()
+            self.assertEqual(set(written[1:]), {"ac-sim: controller information"})
+            controller.ok("cac", "--mac", AP, "--ip", "x\nac-sim: y\x1b[2J")
+            self.assertEqual(os.read(reader, 1 << 20).decode().splitlines(), [
+                f"ac-sim: lost lines: {asked + 1 - len(written)}", "ac-sim: redirect",
+                "ac-sim: devices are sent to x?ac-sim: y?[2J"])
+
     def test_requests_that_lie_about_their_length(self):
         with Controller() as controller:
             info = controller.replies("07", "00")
