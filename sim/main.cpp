@@ -1,60 +1,87 @@
 // SPDX-License-Identifier: MIT
 // ac-sim: a simulated controller, for trying zov and for testing scripts that use it.
+#include "common/trusted_files.h"
 #include "sim/options.h"
 #include "sim/server.h"
 
 #include <arpa/inet.h>
 #include <cerrno>
+#include <climits>
 #include <csignal>
 #include <cstdio>
-#include <cstring>
+#include <cstdlib>
 #include <fcntl.h>
 #include <sys/signalfd.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 static const char *pid_file = "", *memory_file = "";
 
+static void remove_pid_file()
+{
+    unlink(pid_file);
+}
+
 // Ends the program in the middle of a request, which may take long with a large fleet.
 static void end_at_once(int)
 {
-    if (*pid_file != '\0')
-        unlink(pid_file);
+    remove_pid_file();
     unlink(memory_file);
     _exit(0);
 }
 
-// Blocks the signals and gives them a handler that answers to them while they are let through.
-// Returns a descriptor that becomes readable when one of them waits.
-static int watch_for_end(const sigset_t &signals)
+// Blocks the signals that end the program, and gives them a handler that answers to them while they
+// are let through. A hangup that is ignored, see nohup(1), is none of them. Returns a descriptor
+// that becomes readable when one of them waits.
+static int watch_for_end(sigset_t &signals)
 {
-    struct sigaction action = {};
-    action.sa_handler = end_at_once;
-    action.sa_mask = signals;
+    sigemptyset(&signals);
+    for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
+        struct sigaction action = {};
+        sigaction(number, nullptr, &action);
+        if (number == SIGHUP && action.sa_handler == SIG_IGN)
+            continue;
+        action.sa_handler = end_at_once;
+        sigfillset(&action.sa_mask);
+        sigaddset(&signals, number);
+        sigaction(number, &action, nullptr);
+    }
     sigprocmask(SIG_BLOCK, &signals, nullptr);
-    sigaction(SIGTERM, &action, nullptr);
-    sigaction(SIGINT, &action, nullptr);
     return signalfd(-1, &signals, SFD_CLOEXEC);
 }
 
-static int complain(const std::string &what)
+// Whether it is a pid file of the caller's whose process is gone.
+static bool is_left_behind(const char *path)
 {
-    fprintf(stderr, "ac-sim: cannot %s: %s\n", what.c_str(), strerror(errno));
-    return 1;
+    const Descriptor file(open(path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    struct stat state = {};
+    if (fstat(file.get(), &state) != 0 || !S_ISREG(state.st_mode) || state.st_uid != geteuid())
+        return false;
+    char text[32];
+    const ssize_t length = read(file.get(), text, sizeof text);
+    if (length < 1 || text[length - 1] != '\n')
+        return false;
+    text[length - 1] = '\0';
+    pid_t pid = 0;
+    return take_number(text, 1, INT_MAX, pid) && kill(pid, 0) != 0 && errno == ESRCH;
 }
 
-// Writes the process id into a new file; false with errno set, and without a file that is ours.
-static bool create_pid_file(const char *path)
+// Writes the process id into a new file, which is there until the program ends.
+static void create_pid_file(const char *path)
 {
-    const int file = open(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0644);
-    if (file < 0)
-        return false;
-    const bool written = dprintf(file, "%d\n", getpid()) > 0;
-    if (close(file) == 0 && written)
-        return true;
-    const int error = errno;
-    unlink(path);
-    errno = error;
-    return false;
+    if (is_left_behind(path))
+        unlink(path);
+    Descriptor file(open(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0644));
+    int error = errno;
+    if (file) {
+        pid_file = path;
+        atexit(remove_pid_file);
+        error = write_all(file.get(), std::to_string(getpid()) + "\n");
+        if (error == 0)
+            error = file.close();
+    }
+    if (error != 0)
+        throw Failure(with_reason(std::string("cannot create the pid file ") + path, error));
 }
 
 static int run(int argc, char **argv)
@@ -68,23 +95,19 @@ static int run(int argc, char **argv)
     Controller controller(options.controller);
     memory_file = controller.memory_path();
     sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGTERM);
-    sigaddset(&signals, SIGINT);
     const int stop = watch_for_end(signals);
-    const int listener = start_listening(options);
-    if (stop < 0 || listener < 0)
-        return complain("listen");
-    if (*options.pid_file != '\0' && !create_pid_file(options.pid_file))
-        return complain(std::string("create the pid file ") + options.pid_file);
-    pid_file = options.pid_file;
     char address[INET_ADDRSTRLEN];
     inet_ntop(AF_INET, &options.address, address, sizeof address);
-    printf("ac-sim: listening on %s:%u\n", address, options.port);
-    fflush(stdout);
+    const int listener = start_listening(options);
+    if (stop < 0 || listener < 0)
+        throw Failure(with_reason(std::string("cannot listen on ") + address + ":" +
+                                      std::to_string(options.port),
+                                  errno));
+    if (*options.pid_file != '\0')
+        create_pid_file(options.pid_file);
+    if (printf("ac-sim: listening on %s:%u\n", address, options.port) < 0 || fflush(stdout) != 0)
+        throw Failure(with_reason("cannot write to standard output", errno));
     serve_clients(listener, stop, signals, options, controller);
-    if (*pid_file != '\0')
-        unlink(pid_file);
     return 0;
 }
 

@@ -110,5 +110,5 @@ inline constexpr ProgramInfo SIM_PROGRAM = {
     "",
     "A simulated wireless access controller: it keeps a fleet of devices, answers every\n"
     "request of zov and changes its state by what it is told. It runs nothing that it is\n"
-    "told to run, and forgets everything when it ends. SIGTERM and SIGINT end it.\n",
+    "told to run, and forgets everything when it ends. SIGTERM, SIGINT and SIGHUP end it.\n",
 };

@@ -31,6 +31,12 @@ def end_with_test(prctl=ctypes.CDLL(None).prctl, PR_SET_PDEATHSIG=1):
     prctl(PR_SET_PDEATHSIG, signal.SIGKILL)
 
 
+def ac_sim(*options, stdout=subprocess.PIPE):
+    done = subprocess.run([AC_SIM, "--port", "0", *options], stdout=stdout, stderr=subprocess.PIPE,
+                          text=True, timeout=10, preexec_fn=end_with_test)
+    return done.returncode, done.stdout, done.stderr
+
+
 class Controller:
     def __init__(self, *options, errors=subprocess.DEVNULL):
         self.process = subprocess.Popen([AC_SIM, "--port", "0", *options], stdout=subprocess.PIPE,
@@ -189,7 +195,7 @@ class Service(unittest.TestCase):
 
     def test_clients_that_do_nothing_hold_up_nobody(self):
         everything = "01 0000003f 0000"
-        for number in (signal.SIGTERM, signal.SIGINT):
+        for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
             with tempfile.TemporaryDirectory() as folder, \
                     Controller("--aps", "4000", "--pid-file", f"{folder}/pid") as controller, \
                     controller.client(), controller.client("01 0000"), controller.client(everything), \
@@ -256,11 +262,39 @@ class Service(unittest.TestCase):
                     self.assertEqual(controller.record(mac)["wtp_cfg"], before)
                     self.assertEqual(configure(mac, fits, times=2), b"\0\0\3\0")  # named twice, done once
 
+    def test_hangup_that_is_ignored_and_pid_files(self):
+        self.addCleanup(signal.signal, signal.SIGHUP, signal.signal(signal.SIGHUP, signal.SIG_IGN))
+        gone = subprocess.Popen(["true"])
+        gone.wait()
+        with tempfile.TemporaryDirectory() as folder:
+            path, link = Path(folder, "pid"), Path(folder, "link")
+            path.write_text(f"{gone.pid}\n")
+            link.symlink_to(path)
+            self.assertEqual(ac_sim("--pid-file", link)[0], 1)
+            with Controller("--pid-file", path) as controller:
+                self.assertEqual(path.read_text(), f"{controller.process.pid}\n")
+                taken = (1, "", f"ac-sim: cannot create the pid file {path}: File exists\n")
+                self.assertEqual(ac_sim("--pid-file", path), taken)
+                controller.process.send_signal(signal.SIGHUP)
+                self.assertEqual(controller.ok("online"), "online WTP: 9/9\n")
+                where = f"127.0.0.1:{controller.port}"
+                self.assertEqual(ac_sim("--port", controller.port), (
+                    1, "", f"ac-sim: cannot listen on {where}: Address already in use\n"))
+            self.assertFalse(path.exists())
+            for content in ("", "kept", f"{gone.pid}", f"{gone.pid} \n", f"-{gone.pid}\n", "0\n"):
+                path.write_text(content)
+                self.assertEqual((ac_sim("--pid-file", path), path.read_text()), (taken, content))
+            if os.geteuid() == 0:  # only root can give it to another user
+                path.write_text(f"{gone.pid}\n")
+                os.chown(path, 65534, -1)
+                self.assertEqual(ac_sim("--pid-file", path), taken)
+            path.unlink()
+            with open("/dev/full", "w") as full:
+                self.assertEqual(ac_sim("--pid-file", path, stdout=full), (
+                    1, None, "ac-sim: cannot write to standard output: No space left on device\n"))
+            self.assertFalse(path.exists())
+
     def test_command_line_and_files_of_others(self):
-        def ac_sim(*options):
-            done = subprocess.run([AC_SIM, "--port", "0", *options], capture_output=True, text=True, timeout=10,
-                                  preexec_fn=end_with_test)
-            return done.returncode, done.stdout, done.stderr
         usage = ac_sim("--help")
         self.assertRegex(usage[1], r"^usage: ac-sim (.*\n)+  --version (.*\n)+  -h, --help ")
         version = re.search(r"project\(zov VERSION (\S+)", Path(f"{SOURCE}/CMakeLists.txt").read_text())[1]
