@@ -98,9 +98,8 @@ bool Client::answer(Controller &controller)
     std::string reply;
     controller.answer(std::string_view(input_).substr(0, *request_), reply);
     input_.erase(0, *request_);
+    input_.shrink_to_fit();
     request_.reset();
-    if (input_.empty())
-        input_.shrink_to_fit();
     queue(std::move(reply));
     if (output_.empty())
         find_request();
@@ -112,6 +111,7 @@ void Client::queue(std::string reply)
     if (misbehaviour_.cut) {
         last_ = reply.size() > *misbehaviour_.cut;
         reply.resize(std::min(reply.size(), *misbehaviour_.cut));
+        reply.shrink_to_fit();
         *misbehaviour_.cut -= reply.size();
     }
     output_ = std::move(reply);

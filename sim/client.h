@@ -30,6 +30,7 @@ public:
 
     int socket() const { return socket_; }
     short awaits() const; // poll events, or 0: there is something to do already
+    size_t held() const { return input_.size() + output_.size(); } // bytes of memory
 
     // Sends a piece of the reply; or receives a piece of a request and answers it when it is whole.
     // False: the connection is to end, as when it throws BadRequest or bad_alloc.

@@ -135,6 +135,7 @@ void Controller::answer(const WtpListRequest &request, std::string &reply)
         advance_upgrade(*device, now);
     }
     put(reply, uint8_t{1});
+    largest_list_ = std::max(largest_list_, reply.size());
 }
 
 void Controller::answer(const AcInfoRequest &, std::string &reply)
@@ -250,5 +251,7 @@ void Controller::answer(const ShellRequest &request, std::string &reply)
         put(reply, code);
         if (code == RESULT_SUCCESS)
             put_text(reply, canned_output(*device, command, request.type));
+        if (reply.size() > held_max())
+            throw BadRequest("output of all devices is too long");
     }
 }

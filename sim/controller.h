@@ -8,6 +8,7 @@
 #include "sim/record_writer.h"
 #include "util/temp_file.h"
 
+#include <algorithm>
 #include <map>
 #include <optional>
 #include <string>
@@ -22,6 +23,8 @@ struct ControllerOptions {
     bool verbose = false; // a line on standard error for each request
 };
 
+inline constexpr size_t HELD_MAX = size_t{256} << 20; // bytes
+
 class Controller {
 public:
     explicit Controller(const ControllerOptions &options);
@@ -34,6 +37,10 @@ public:
 
     // Does what a whole request asks for, and appends the reply to it.
     void answer(std::string_view request, std::string &reply);
+
+    // How many bytes of requests and replies all clients together may hold: two of the largest
+    // device lists so far have room.
+    size_t held_max() const { return std::max(HELD_MAX, 2 * largest_list_); }
 
     // Where the memory records are, after a request for them.
     const char *memory_path() const { return memory_path_.c_str(); }
@@ -58,6 +65,7 @@ private:
     std::map<Mac, Device *> by_mac_;
     std::vector<Device *> timed_; // those whose upgrades take their time
     bool debug_ = false;          // set by clients: log as if verbose
+    size_t largest_list_ = 0;     // bytes
     unsigned lost_lines_ = 0;     // of the log, since the last one that was written
     const std::string memory_path_;
     std::optional<TempFile> memory_file_; // the records written last

@@ -60,12 +60,14 @@ private:
     {
         const auto listening = static_cast<short>(full_ ? 0 : POLLIN);
         bool ready = false;
+        held_ = 0;
         watched_.clear(); // there is room for everybody
         watched_.push_back({stop_, POLLIN, 0});
         watched_.push_back({listener_, listening, 0});
         for (const auto &client : clients_) {
             watched_.push_back({client->socket(), client->awaits(), 0});
             ready = ready || watched_.back().events == 0;
+            held_ += client->held();
         }
         if (poll(watched_.data(), watched_.size(), ready ? 0 : -1) < 0)
             for (pollfd &one : watched_) // interrupted
@@ -76,6 +78,7 @@ private:
     // What goes wrong with one client ends that client only.
     bool step(Client &client)
     {
+        const size_t before = client.held();
         bool goes_on = false;
         sigprocmask(SIG_UNBLOCK, &signals_, nullptr);
         try {
@@ -86,6 +89,13 @@ private:
             controller_.log("out of memory");
         }
         sigprocmask(SIG_BLOCK, &signals_, nullptr);
+        held_ += client.held() - before;
+        if (goes_on && client.held() > before && held_ > controller_.held_max()) {
+            controller_.log("clients hold too many bytes");
+            goes_on = false;
+        }
+        if (!goes_on)
+            held_ -= client.held();
         return goes_on;
     }
 
@@ -112,6 +122,7 @@ private:
     Controller &controller_;
     std::vector<std::unique_ptr<Client>> clients_;
     std::vector<pollfd> watched_; // the end, the listener, the clients
+    size_t held_ = 0;             // bytes, by all clients
     bool full_ = false;
 };
 

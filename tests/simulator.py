@@ -239,6 +239,31 @@ class Service(unittest.TestCase):
             shell = bytes.fromhex("12 0008 0000 00 00000000 ffff") + b"x" * 65535
             self.assertEqual(controller.replies(shell[:2], shell[2:9], shell[9:], "07", "00"), info)
 
+    def test_clients_hold_so_much_and_no_more(self):
+        def output(devices):  # of 65538 bytes each, with its result and length
+            macs = struct.pack(">H", devices) + bytes.fromhex(AP.replace(":", "")) * devices
+            body = macs + bytes(5) + struct.pack(">H", 65520) + b"x" * 65520
+            return b"\x12" + struct.pack(">H", len(body) & 0xffff) + body
+        with Controller() as controller, contextlib.ExitStack() as stack:
+            def client(request):
+                return stack.enter_context(controller.client(request))
+            slow = [client(output(1000)) for _ in range(4)]  # 262152000 bytes of 268435456
+            self.assertEqual([one.recv(1, socket.MSG_PEEK) for one in slow], [b"\0"] * 4)
+            self.assertEqual(client(output(1000)).recv(1), b"")
+            with self.assertRaises(ConnectionError):
+                unfinished = client("05 03000000")
+                unfinished.sendall(bytes(16 << 20))
+                unfinished.recv(1)
+            with slow[0].makefile("rb") as reply:
+                self.assertEqual(len(reply.read(65538000)), 65538000)
+            self.assertEqual(len(controller.replies(output(1000), "00")), 65538000)
+            self.assertEqual(client(output(65535)).recv(1), b"")  # beyond it alone
+            self.assertEqual(controller.ok("online"), "online WTP: 9/9\n")
+        with Controller("--aps", "28000") as controller, contextlib.ExitStack() as stack:
+            # Two lists of more than half of it fit, a third does not.
+            lists = [stack.enter_context(controller.client("01 0000003f 0000")) for _ in range(3)]
+            self.assertEqual([one.recv(1) for one in lists], [b"\0", b"\0", b""])
+
     def test_items_that_ask_for_more_than_the_device_holds(self):
         def item(number, value, index=b"\0"):
             return struct.pack(">HH", number, len(index)) + index + struct.pack(">H", len(value)) + value
