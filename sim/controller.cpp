@@ -236,7 +236,7 @@ void Controller::answer(const RedirectRequest &request, std::string &reply)
 {
     log("devices are sent to %s", plain_text(request.address.bytes).c_str());
     for_each(request.wtps, reply, [](Device &device) -> uint8_t {
-        device.record.state = WTP_OFFLINE;
+        set_state(device.record, WTP_OFFLINE, time(nullptr));
         device.record.sub_state = 0;
         return RESULT_SUCCESS;
     });

@@ -200,6 +200,13 @@ std::unique_ptr<Device> make_other(Random &random, uint32_t number, time_t now)
 
 } // namespace
 
+void set_state(WtpRecord &wtp, WtpState state, time_t now)
+{
+    if (wtp.state != state)
+        wtp.change_time = static_cast<uint32_t>(now);
+    wtp.state = state;
+}
+
 std::unique_ptr<Device> make_absent_device(const Mac &mac)
 {
     auto device = std::make_unique<Device>();

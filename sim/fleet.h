@@ -57,5 +57,8 @@ struct FleetSize {
 // configurations. The same size and seed give the same fleet.
 Fleet make_fleet(const FleetSize &size, time_t now);
 
+// The device joins or leaves, if it has not yet.
+void set_state(WtpRecord &wtp, WtpState state, time_t now);
+
 // A device that has not joined yet, with its kind's default configuration.
 std::unique_ptr<Device> make_absent_device(const Mac &mac);

@@ -43,6 +43,7 @@ static void end_upgrade(Device &device, UpgradeState state, time_t now)
         wtp.progress = 100;
         wtp.sw_ver = wtp.new_fw_ver;
         device.started = now;
+        wtp.change_time = static_cast<uint32_t>(now);
     }
     wtp.new_fw_ver = std::string_view();
     wtp.new_fw_img = std::string_view();
@@ -86,7 +87,7 @@ void follow_clock(Device &device, time_t now)
         std::chrono::steady_clock::now() - device.upgrade_started;
     const double part = taken.count() / device.course.seconds;
     const bool restarts = part >= 0.75 && part < 1;
-    wtp.state = restarts ? WTP_OFFLINE : WTP_ONLINE;
+    set_state(wtp, restarts ? WTP_OFFLINE : WTP_ONLINE, now);
     if (part >= 1) {
         end_upgrade(device, UPGRADE_DONE, now);
         return;

@@ -119,12 +119,27 @@ class Actions(unittest.TestCase):
         self.assertRegex(err, r"Incorrect configuration for device .*\nMsg: this is no device of that kind\.")
 
     def test_upgrade_advances_until_the_new_version_is_there(self):
-        old = self.controller.record(AP)["sw_ver"]
+        old, began = self.controller.record(AP), int(time.time())
         self.controller.ok("upg", "--mac", AP)
         states = [self.controller.ok("wtps", "--fwresult", "--mac", AP).strip() for _ in range(5)]
         self.assertEqual(states, [f"{AP}={n}" for n in (1, 2, 3, 4, 4)])
-        self.assertNotEqual(self.controller.record(AP)["sw_ver"], old)
+        new = self.controller.record(AP)
+        self.assertNotEqual(new["sw_ver"], old["sw_ver"])
+        self.assertLess(old["change_time"], began)
+        self.assertGreaterEqual(new["change_time"], began)
         self.assertEqual(self.controller.ok("wtpflag", "--flag", "2"), "0\n")
+
+    def test_changes_of_state_by_the_clock(self):
+        with Controller("--upgrade", f"{AP}=2") as controller:
+            joined, began, seen = controller.record(AP)["change_time"], int(time.time()), []
+            controller.ok("upg", "--mac", AP)
+            while time.time() < began + 20 and (not seen or seen[-1][1] != 4):
+                record = controller.record(AP)
+                seen.append((record["state"], record["upg_state"], record["change_time"] != joined))
+            # Waiting, loading, writing, restarting, back again.
+            self.assertEqual(list(dict.fromkeys(seen)), [
+                (5, 1, False), (5, 2, False), (5, 3, False), (0, 3, True), (5, 4, True)])
+            self.assertGreaterEqual(record["change_time"], began)
 
     def test_kick(self):
         record = self.controller.record(AP)
@@ -138,8 +153,11 @@ class Actions(unittest.TestCase):
     def test_reset_redirect_and_the_rest(self):
         self.controller.ok("rst", "--mac", AP, "--factory")
         self.assertLess(self.controller.record(AP)["uptime"], 60)
+        began = int(time.time())
+        self.assertLess(self.controller.record(AP)["change_time"], began)  # it did not go offline
         self.controller.ok("cac", "--mac", AP, "--ip", "controller2")
         self.assertEqual(self.controller.record(AP)["state"], 0)
+        self.assertGreaterEqual(self.controller.record(AP)["change_time"], began)
         self.assertEqual(self.controller.run("rst", "--mac", AP)[::2],
                          (1, f"ERROR: No response from device {AP.lower()}.\n"))
         for command in (["initfw"], ["nodc"], ["dbg", "--enable", "1", "--wtp"],
