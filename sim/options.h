@@ -6,6 +6,7 @@
 #include "proto/session.h"
 #include "sim/client.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
 #include <cstdint>
 #include <cstring>
@@ -28,45 +29,54 @@ inline bool take_devices(const char *text, uint32_t &count)
 }
 inline constexpr const char *DEVICES_EXPECTED = "a number up to 100000";
 static_assert(DEVICES_MAX == 100000);
+inline constexpr const char *UINT32_EXPECTED = "a number up to 4294967295";
 
-// MAC=CODE
+// MAC=VALUE; returns the value, or null.
+inline const char *take_mac(const char *text, Mac &mac)
+{
+    const char *end = text + strspn(text, "0123456789ABCDEFabcdef:");
+    return *end == '=' && std::count(text, end, ':') == 5 && parse_mac(text, mac) ? end + 1
+                                                                                  : nullptr;
+}
+
 inline bool take_result(const char *text, ControllerOptions &options)
 {
-    const char *equals = strchr(text, '=');
     Mac mac;
+    const char *value = take_mac(text, mac);
     uint8_t code = 0;
-    if (equals == nullptr || !parse_mac(text, mac) || !take_number(equals + 1, code))
+    if (value == nullptr || !take_number(value, code))
         return false;
     options.results[mac] = code;
     return true;
 }
 
-// MAC=fail, MAC=hang or MAC=SECONDS
 inline bool take_upgrade(const char *text, ControllerOptions &options)
 {
-    const char *equals = strchr(text, '=');
     Mac mac;
-    if (equals == nullptr || !parse_mac(text, mac))
+    const char *value = take_mac(text, mac);
+    if (value == nullptr)
         return false;
-    const std::string_view how = equals + 1;
+    const std::string_view how = value;
     UpgradeCourse &course = options.upgrades[mac];
     course.kind = how == "fail"   ? UpgradeCourse::fails
                   : how == "hang" ? UpgradeCourse::hangs
                                   : UpgradeCourse::timed;
     return course.kind != UpgradeCourse::timed ||
-           (take_number(equals + 1, course.seconds) && course.seconds > 0);
+           (take_number(value, course.seconds) && course.seconds > 0);
 }
 
 // clang-format off
 inline constexpr Option<SimOptions> SIM_OPTIONS[] = {
     {{.name = "port", .argument = "N",
-      .help = "port to listen on (1235); 0: any free one, which is printed"},
+      .help = "port to listen on (1235); 0: any free one, which is printed",
+      .expected = "a number up to 65535"},
      [](const char *text, SimOptions &to) { return take_number(text, to.port); }},
-    {{.name = "address", .argument = "ADDR", .help = "IPv4 address to listen on (127.0.0.1)"},
+    {{.name = "address", .argument = "ADDR", .help = "IPv4 address to listen on (127.0.0.1)",
+      .expected = "an IPv4 address in dotted form"},
      [](const char *text, SimOptions &to) { return inet_pton(AF_INET, text, &to.address) == 1; }},
     {{.name = "pid-file", .argument = "FILE",
-      .help = "write the process id there, and remove the file at the end"},
-     [](const char *text, SimOptions &to) { return take_text(text, to.pid_file); }},
+      .help = "write the process id there, and remove the file at the end", .expected = "a file name"},
+     [](const char *text, SimOptions &to) { return take_text(text, to.pid_file) && *text != '\0'; }},
     {{.name = "verbose", .argument = nullptr, .help = "a line on standard error for each request"},
      [](const char *, SimOptions &to) { return take_flag(to.controller.verbose); }},
 
@@ -77,9 +87,9 @@ inline constexpr Option<SimOptions> SIM_OPTIONS[] = {
      [](const char *text, SimOptions &to) { return take_devices(text, to.controller.fleet.switches); }},
     {{.name = "others", .argument = "N", .help = "devices of another kind (1)", .expected = DEVICES_EXPECTED},
      [](const char *text, SimOptions &to) { return take_devices(text, to.controller.fleet.others); }},
-    {{.name = "seed", .argument = "N", .help = "what the rest of it is drawn from (1)"},
+    {{.name = "seed", .argument = "N", .help = "what the rest of it is drawn from (1)", .expected = UINT32_EXPECTED},
      [](const char *text, SimOptions &to) { return take_number(text, to.controller.fleet.seed); }},
-    {{.name = "max-wtps", .argument = "N", .help = "most devices under management (2048)"},
+    {{.name = "max-wtps", .argument = "N", .help = "most devices under management (2048)", .expected = UINT32_EXPECTED},
      [](const char *text, SimOptions &to) { return take_number(text, to.controller.max_wtps); }},
 
     {{.name = "busy", .argument = nullptr, .help = "refuse clients as a busy controller does",
@@ -88,15 +98,20 @@ inline constexpr Option<SimOptions> SIM_OPTIONS[] = {
          to.handshake = HANDSHAKE_BUSY;
          return true;
      }},
-    {{.name = "refuse", .argument = "CODE", .help = "answer clients with another handshake word"},
-     [](const char *text, SimOptions &to) { return take_number(text, to.handshake); }},
+    {{.name = "refuse", .argument = "CODE", .help = "answer clients with another handshake word",
+      .expected = "a number of 32 bits other than 1"},
+     [](const char *text, SimOptions &to) {
+         return take_number(text, to.handshake) && to.handshake != HANDSHAKE_ADMITTED;
+     }},
     {{.name = "cut", .argument = "N",
-      .help = "end each connection after N bytes, the handshake's 4 included"},
+      .help = "end each connection after N bytes, the handshake's 4 included",
+      .expected = "a number of bytes"},
      [](const char *text, SimOptions &to) { return take_number(text, to.misbehaviour.cut.emplace()); }},
     {{.name = "trickle", .argument = nullptr, .help = "send one byte at a time"},
      [](const char *, SimOptions &to) { return take_flag(to.misbehaviour.trickle); }},
     {{.name = "result", .argument = "MAC=CODE",
-      .help = "a device that answers every action with a result code; repeatable", .repeatable = true},
+      .help = "a device that answers every action with a result code; repeatable", .repeatable = true,
+      .expected = "MAC=CODE, with a code up to 255"},
      [](const char *text, SimOptions &to) { return take_result(text, to.controller); }},
     {{.name = "upgrade", .argument = "MAC=HOW",
       .help = "a device whose upgrades fail, hang or take a time; repeatable", .repeatable = true,
