@@ -112,6 +112,20 @@ class Actions(unittest.TestCase):
                          (1, f"ERROR: Device {new} is already managed.\n"))
         self.controller.ok("cfg", "--mac", new, "--del")
         self.assertEqual(self.controller.record(new)["managed"], 0)
+        with Controller("--max-wtps", "9") as controller:  # one more than are managed
+            controller.ok("cfg", "--mac", new, "--add")
+            self.assertEqual(controller.run("cfg", "--mac", "00:11:22:33:44:66", "--add")[::2],
+                             (1, "ERROR: Reach the maximum number of managed Devices.\n"))
+
+    def test_a_file_for_each_device(self):
+        macs = [f"02:A3:00:00:00:0{n}" for n in (1, 2, 3)]
+        with tempfile.TemporaryDirectory() as folder:
+            files = [Path(folder, name) for name in ("x", "y", "z")]
+            for file in files:
+                file.write_text(json.dumps({"wtp_cfg": {"name": file.name}}))
+            self.controller.ok("cfg", "--mac", ",".join(macs), "--file", ",".join(map(str, files)))
+        names = [self.controller.record(mac)["wtp_cfg"]["name"] for mac in macs]
+        self.assertEqual(names, ["x", "y", "z"])
 
     def test_wrong_kind_of_configuration(self):
         status, _, err = self.controller.run("cfg", "--mac", SWITCH, "--file", f"{SOURCE}/examples/office-ap.json")
@@ -165,6 +179,12 @@ class Actions(unittest.TestCase):
                         ["autoch", "--radio", "5g", "--enable", "1"],
                         ["autotp", "--radio", "2g", "--enable", "0"]):
             self.controller.ok(*command)
+        with Controller("--aps", "3") as controller:  # with two, two and three radios
+            for radios in ((3, 3, 1, 0), (2, 2, 1, 0)):
+                for band, count in enumerate(radios):
+                    survey = controller.replies(f"0b 0009 {band:08x} 01 00000000", "00")
+                    self.assertEqual(survey, bytes((0, 0, 0, count, *[0] * count)))
+                controller.run("cac", "--mac", AP, "--ip", "controller2")
         path = f"/tmp/ac-sim.{self.controller.process.pid}.mem"
         self.assertRegex(self.controller.ok("mem"), r"Total \d+ bytes, \d+ entries\n$")
         self.assertFalse(os.path.exists(path))
@@ -192,9 +212,22 @@ class Service(unittest.TestCase):
                                   (["--trickle"], (0, "online WTP: 9/9\n", ""))):
             with self.subTest(options=options), Controller(*options) as controller:
                 self.assertEqual(controller.run("online"), expected)
+        with Controller() as controller:
+            info = controller.replies("07", "00")
+        for size in (28, 29, 30):  # one whole reply is 29 bytes long
+            with Controller("--cut", str(4 + size)) as controller:
+                self.assertEqual(controller.replies("0707"), (info + info)[:size])
         with Controller("--result", f"{AP}=10") as controller:
             self.assertEqual(controller.run("rst", "--mac", f"{AP},{SWITCH}"),
                              (1, "", f"ERROR: Device {AP.lower()} is busy.\n"))
+
+    def test_seeds(self):
+        def fleet(*options):
+            with Controller(*options) as controller:
+                return re.sub(r'"\w*time":\d+', "", controller.ok("wtps", "--json", "--password"))
+        seventh = fleet("--seed", "7")
+        self.assertEqual((fleet("--seed", "7"), fleet()), (seventh, fleet("--seed", "1")))
+        self.assertNotEqual(fleet("--seed", "8"), seventh)
 
     def test_requests_that_do_not_fit_are_refused_whole(self):
         macs = ",".join(":".join(f"{digit:x}" for digit in (2, *(n >> shift & 15 for shift in (12, 8, 4, 0)), 1))
