@@ -17,7 +17,7 @@
 
 struct ControllerOptions {
     FleetSize fleet;
-    uint32_t max_wtps = 2048;
+    uint32_t max_wtps = 0;
     std::map<Mac, uint8_t> results; // devices that answer every action with a code
     std::map<Mac, UpgradeCourse> upgrades;
     bool verbose = false; // a line on standard error for each request

@@ -49,8 +49,8 @@ inline constexpr uint32_t DEVICES_MAX = 100000;              // of a kind, at fi
 inline constexpr size_t FLEET_MAX = 4 * size_t{DEVICES_MAX}; // with those that clients add
 
 struct FleetSize {
-    unsigned aps = 6, switches = 2, others = 1;
-    uint32_t seed = 1;
+    uint32_t aps = 0, switches = 0, others = 0;
+    uint32_t seed = 0;
 };
 
 // A fleet that looks like one: models, radios, WLANs and stations, ports and neighbours, stored

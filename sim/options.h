@@ -3,7 +3,6 @@
 #pragma once
 
 #include "common/command_line.h"
-#include "proto/session.h"
 #include "sim/client.h"
 
 #include <algorithm>
@@ -14,8 +13,8 @@
 #include <string>
 
 struct SimOptions {
-    in_addr address = {htonl(INADDR_LOOPBACK)};
-    uint16_t port = AC_PORT; // 0: any free one
+    in_addr address = {};
+    uint16_t port = 0; // 0: any free one
     int32_t handshake = HANDSHAKE_ADMITTED;
     Misbehaviour misbehaviour;
     const char *pid_file = "";
@@ -68,11 +67,11 @@ inline bool take_upgrade(const char *text, ControllerOptions &options)
 // clang-format off
 inline constexpr Option<SimOptions> SIM_OPTIONS[] = {
     {{.name = "port", .argument = "N",
-      .help = "port to listen on (1235); 0: any free one, which is printed",
-      .expected = "a number up to 65535"},
+      .help = "port to listen on; 0: any free one, which is printed",
+      .expected = "a number up to 65535", .initial = "1235"},
      [](const char *text, SimOptions &to) { return take_number(text, to.port); }},
-    {{.name = "address", .argument = "ADDR", .help = "IPv4 address to listen on (127.0.0.1)",
-      .expected = "an IPv4 address in dotted form"},
+    {{.name = "address", .argument = "ADDR", .help = "IPv4 address to listen on",
+      .expected = "an IPv4 address in dotted form", .initial = "127.0.0.1"},
      [](const char *text, SimOptions &to) { return inet_pton(AF_INET, text, &to.address) == 1; }},
     {{.name = "pid-file", .argument = "FILE",
       .help = "write the process id there, and remove the file at the end", .expected = "a file name"},
@@ -80,16 +79,20 @@ inline constexpr Option<SimOptions> SIM_OPTIONS[] = {
     {{.name = "verbose", .argument = nullptr, .help = "a line on standard error for each request"},
      [](const char *, SimOptions &to) { return take_flag(to.controller.verbose); }},
 
-    {{.name = "aps", .argument = "N", .help = "access points (6)", .expected = DEVICES_EXPECTED,
-      .heading = "The fleet; the same numbers give the same fleet. At most 100000 of a kind:"},
+    {{.name = "aps", .argument = "N", .help = "access points", .expected = DEVICES_EXPECTED,
+      .heading = "The fleet; the same numbers give the same fleet. At most 100000 of a kind:",
+      .initial = "6"},
      [](const char *text, SimOptions &to) { return take_devices(text, to.controller.fleet.aps); }},
-    {{.name = "switches", .argument = "N", .help = "switches (2)", .expected = DEVICES_EXPECTED},
+    {{.name = "switches", .argument = "N", .help = "switches", .expected = DEVICES_EXPECTED, .initial = "2"},
      [](const char *text, SimOptions &to) { return take_devices(text, to.controller.fleet.switches); }},
-    {{.name = "others", .argument = "N", .help = "devices of another kind (1)", .expected = DEVICES_EXPECTED},
+    {{.name = "others", .argument = "N", .help = "devices of another kind", .expected = DEVICES_EXPECTED,
+      .initial = "1"},
      [](const char *text, SimOptions &to) { return take_devices(text, to.controller.fleet.others); }},
-    {{.name = "seed", .argument = "N", .help = "what the rest of it is drawn from (1)", .expected = UINT32_EXPECTED},
+    {{.name = "seed", .argument = "N", .help = "what the rest of it is drawn from", .expected = UINT32_EXPECTED,
+      .initial = "1"},
      [](const char *text, SimOptions &to) { return take_number(text, to.controller.fleet.seed); }},
-    {{.name = "max-wtps", .argument = "N", .help = "most devices under management (2048)", .expected = UINT32_EXPECTED},
+    {{.name = "max-wtps", .argument = "N", .help = "most devices under management", .expected = UINT32_EXPECTED,
+      .initial = "2048"},
      [](const char *text, SimOptions &to) { return take_number(text, to.controller.max_wtps); }},
 
     {{.name = "busy", .argument = nullptr, .help = "refuse clients as a busy controller does",

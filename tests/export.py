@@ -161,8 +161,10 @@ class Json(unittest.TestCase):
                 return [json.loads(line)["name"] for line in ok(controller.port, "--format", "ndjson", *options).splitlines()]
             self.assertEqual(names("--mac", f"{SWITCH},{AP}"), ["ap-floor1-01", "sw-floor1"])
             self.assertEqual(names("--name", "*-floor1-0[2-4]"), [f"ap-floor1-0{n}" for n in (2, 3, 4)])
-            self.assertEqual(names("--name", "*1", "--mac", f"{SWITCH},02:A3:00:00:00:02"), ["sw-floor1"])
-            self.assertEqual(ok(controller.port, "--format", "json", "--name", "x"), b'{"wtp_list":[]}\n')
+            self.assertEqual(names("--name", "sw*1", "--mac", "02:A3:00:00:00:02"), ["ap-floor1-02", "sw-floor1"])
+            self.assertEqual(names("--kind", "switch", "--exclude", SWITCH), ["sw-floor2"])
+            self.assertEqual(run(controller.port, "--format", "json", "--name", "x"), (
+                1, b'{"wtp_list":[]}\n', "zov-export: no device has a name that matches 'x'\n"))
             status, out, err = run(controller.port, "--format", "ndjson", "--mac", f"{AP},02:00:00:00:00:01")
             self.assertEqual((status, out.count(b"\n"), err),
                              (1, 1, "zov-export: the controller knows no device 02:00:00:00:00:01\n"))
@@ -455,7 +457,7 @@ class Faults(unittest.TestCase):
                 (["--format", "json", "--columns", "mac"], "--columns is for --format csv"),
                 (["--format", "csv", "--columns", "mac,x\x1b"], f"--columns: bad argument 'mac,x?', expected one of: {columns}"),
                 (["--format", "csv", "--columns", ""], f"--columns: bad argument '', expected one of: {columns}"),
-                (["--format", "json", "--mac", "02:00"], "--mac: bad argument '02:00'"),
+                (["--format", "json", "--mac", "02:00"], "--mac: bad argument '02:00', expected addresses joined by commas"),
                 (["--format", "json", "--output", ""], "--output: bad argument ''"),
                 (["--format", "json", "x"], "unexpected argument 'x'")):
             with self.subTest(options=options):

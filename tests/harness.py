@@ -7,6 +7,7 @@ ends when its peer is gone, and has a minute of processor time at most. ZOV_PATI
 """
 import atexit
 import contextlib
+import itertools
 import os
 import re
 import resource
@@ -160,24 +161,27 @@ def run(words, script=(), *, handshake=ADMITTED, absent=False, pieces=False, env
 class Player:
     """A controller that plays to one client after the other, each the next of the answers: bytes for whatever
     it asks, a number in place of its admission, None for neither. It ends a connection then; with `holds` it
-    leaves that to the client. Keeps the requests.
+    leaves that to the client. Keeps the requests. Or `answer(request)` gives the reply to any request, and a
+    number for the request None refuses the client.
     """
 
-    def __init__(self, *answers, holds=False):
-        self.listener, self.requests = socket.create_server(("127.0.0.1", 0)), []
+    def __init__(self, *answers, holds=False, answer=None):
+        self.listener, self.requests = socket.create_server(("127.0.0.1", 0), backlog=64), []
         self.port = str(self.listener.getsockname()[1])
-        self.thread = threading.Thread(target=self._play, args=(answers, holds), daemon=True)
+        self.thread = threading.Thread(target=self._play, args=(answers, holds, answer), daemon=True)
         self.thread.start()
 
-    def _play(self, answers, holds):
-        for answer in answers:
-            with self.listener.accept()[0] as client, contextlib.suppress(ConnectionError):
-                if isinstance(answer, int):
-                    client.sendall(struct.pack(">i", answer))
-                elif answer is not None:
+    def _play(self, answers, holds, answer):
+        for fixed in answers or itertools.repeat(None):
+            with self.listener.accept()[0] as client, contextlib.suppress(OSError):
+                fixed = answer(None) if answer else fixed
+                if isinstance(fixed, int):
+                    client.sendall(struct.pack(">i", fixed))
+                elif fixed is not None or answer:
                     client.sendall(ADMITTED)
-                    self.requests.append(client.recv(1 << 16))
-                    client.sendall(answer)
+                    if request := client.recv(1 << 16):
+                        self.requests.append(request)
+                        client.sendall(answer(request) if answer else fixed)
                 if not holds:
                     client.shutdown(socket.SHUT_WR)
                 while client.recv(1 << 16):

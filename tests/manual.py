@@ -65,9 +65,13 @@ class Manual(Case):
             pages.append(Path(SOURCE, "man", Path(program).name + ".1").read_text())
             self.assertEqual(named(pages[-1]), options, program)
             known |= options
+            for option, initial in re.findall(r"^  --([\w-]+) .*\(([^ ()]+)\)$", usage, re.M):
+                entry = re.search(rf"\n\.It [^\n]*Fl -{option}\b.*?\n[^.].*?(?=\n\.(It|El|S))",
+                                  pages[-1], re.S)[0]
+                self.assertRegex(entry, rf"Accepted as by|\b{re.escape(initial)}[.;,\s)]", option)
         for page in pages:  # command lines of any
             typed = re.findall(r"(?<![\w-])--([a-z][\w-]*)", page.replace(r"\-", "-"))
-            self.assertLessEqual(set(typed), known | {"now", "short"})  # of systemctl and git
+            self.assertLessEqual(set(typed), known | {"now", "preserve-status", "short"})  # of systemctl and others
 
     def test_every_command_refuses_what_its_entry_does_not_name(self):
         for command, text in entries().items():

@@ -174,7 +174,8 @@ class Outputs(Case):
 class Logs(Case):
     def test_logs(self):
         def roll_out(log):
-            return self.run_tool(ROLLOUT, "--mac", AP, "--interval", "0.05", "--log", log)
+            return self.run_tool(ROLLOUT, "--mac", AP, "--interval", "0.05", "--settle", "0",
+                                 "--yes", "--log", log)
         for path, why in ((self.path(os.mkfifo, "theirs"), OTHERS), (self.file(0o666), OTHERS),
                           (self.path(os.mkfifo, "alone", owner=0), UNREAD)):
             self.assertEqual(roll_out(path), (1, f"zov-rollout: cannot open {path}: {why}\n"))

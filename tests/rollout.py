@@ -1,262 +1,418 @@
 # SPDX-License-Identifier: MIT
-"""zov-rollout against ac-sim, and against a controller that plays a script: rollout.py ZOV_ROLLOUT AC_SIM SOURCE"""
+"""zov-rollout against ac-sim and a controller that plays a script: rollout.py ZOV_ROLLOUT AC_SIM SOURCE
+
+ZOV_LONG=1: 200 signals at random moments, with the seed ZOV_SEED.
+"""
+import fcntl
+import json
 import os
 import pty
+import random
 import re
+import select
 import signal
 import socket
 import struct
 import subprocess
 import sys
 import tempfile
+import termios
 import time
 import unittest
 from pathlib import Path
 
+import jsonschema
 from harness import Player, main
 from simulator import Controller, end_with_test
 
-ROLLOUT, AC_SIM = sys.argv[1:3]
-AP1, AP2, AP3 = (f"02:A3:00:00:00:0{n}" for n in (1, 2, 3))  # with a step to the newest version, two, one
-FAST = ("--interval", "0.05", "--timeout", "20")
+ROLLOUT, AC_SIM, SOURCE = sys.argv[1:4]
+AP1, AP2, AP3 = (f"02:A3:00:00:00:0{n}" for n in (1, 2, 3))  # one step from the newest, two, one
+FAST = ("--interval", "0.05", "--timeout", "20", "--settle", "0", "--yes")
+NO_TERMINAL = {"stdin": subprocess.DEVNULL, "start_new_session": True}
 
 
-def start(port, *options, out=subprocess.PIPE, err=subprocess.PIPE):
-    return subprocess.Popen([ROLLOUT, "--acport", str(port), *FAST, *options], stdout=out, stderr=err,
-                            preexec_fn=end_with_test)
+def start(port, *options, out=subprocess.PIPE, err=subprocess.PIPE, **more):
+    return subprocess.Popen([ROLLOUT, "--acport", str(port), *FAST, *options], stdout=out,
+                            stderr=err, **{"preexec_fn": end_with_test, **NO_TERMINAL, **more})
 
 
 def run(port, *options, **streams):
     process = start(port, *options, **streams)
-    out, err = (text.decode() if text is not None else "" for text in process.communicate(timeout=60))
+    out, err = (text.decode() if text is not None else ""
+                for text in process.communicate(timeout=60))
     return process.returncode, out, err
 
 
 def rows(table):
-    """The rows of a table by their address: each a list of fields, which two blanks or more part."""
-    return {line.split()[0]: re.split(r"  +", line)[1:] for line in table.splitlines()[1:]}
+    """The rows of a table by their address: each a list of fields; a field that goes on below is
+    put together again."""
+    lines = re.sub(r"\n +", " ", table).splitlines()[1:]
+    return {line.split()[0]: re.split(r"  +", line)[1:] for line in lines}
+
+
+def results(table):
+    return [row[-1] for row in rows(table).values()]
+
+
+class Script:
+    """A controller whose devices show one look after the other as they are listed, the last for
+    ever. A look is a version and marks: r restarted, o offline, u unmanaged, c state changed, eN
+    upgrade state N, bV busy with version V announced; or - when it is not listed, X when nobody is
+    admitted. `steps` are the upgrades left at each question (a digit for all devices or for each), ?
+    is success in neither list; `answers` those to requests, x is none. Requests are kept."""
+
+    def __init__(self, looks, steps="1 0", answers="0"):
+        self.looks = [look.split() for look in looks]
+        self.steps, self.answers, self.number = steps.split(), answers.split(), 0  # of lists
+        self.player = Player(answer=lambda request: self.answer(request))
+
+    def mac(self, n):
+        return bytes((2, 0, 0, 0, 0, n + 1))
+
+    def take(self, tokens):
+        return tokens.pop(0) if len(tokens) > 1 else tokens[0]
+
+    def answer(self, request):
+        if request is None:
+            gone = self.looks[0][0] == "X"
+            if gone:
+                self.take(self.looks[0])
+            return -1 if gone else b""
+        if request[0] == 1:
+            self.number += 1
+            macs = self.macs(request[7:])
+            return b"".join(self.record(n, look) for n, look in (
+                (n, self.take(looks)) for n, looks in enumerate(self.looks)
+                if not macs or self.mac(n) in macs) if look != "-") + b"\1"
+        if request[0] == 19:
+            return self.answer_steps(self.macs(request[5:]))
+        answer = self.take(self.answers)
+        return b"" if answer == "x" else bytes([int(answer)]) * len(self.macs(request[13:]))
+
+    def macs(self, data):
+        return [data[i:i + 6] for i in range(0, len(data), 6)]
+
+    def answer_steps(self, macs):
+        token = self.take(self.steps)
+        steps = {mac: (token * 9)[mac[5] - 1] for mac in macs}
+        lists = [b"".join(mac for mac in macs if steps[mac] == n) for n in "12"]
+        return (bytes(5 if steps[mac] == "0" else 0 for mac in macs) +
+                b"".join(struct.pack(">H", len(some) // 6) + some for some in lists))
+
+    def record(self, n, look):
+        """A device without radios and ports."""
+        def text(value):
+            return struct.pack(">H", len(value.encode())) + value.encode()
+        version, marks, busy, announced = re.fullmatch(r"([\d.]*)([ruoce\d]*)(b?)(.*)", look).groups()
+        number = re.search(r"e(\d)", marks)
+        return (b"\0\1" + self.mac(n) + bytes(6) + text("model") + text("") +
+                bytes(["u" not in marks, 0, busy == "b"]) + text("") + text(announced) +
+                bytes([int(number[1]) if number else 0, 0, 0 if "o" in marks else 5,
+                       4 if busy else 0, 40 if busy else 0]) + text(version) + text("") +
+                text(self.name(n)) +
+                struct.pack(">4I", 0 if "r" in marks else 9999, 1, 1, 1 + marks.count("c")) +
+                bytes(20 + 8 + 1))
+
+    def name(self, n):
+        return f"dev-{n}"
+
+    def requests(self):
+        return [request[0] for request in self.player.requests]
+
+
+class Case:
+    def __init__(self, what, looks, expected, options="", status=1, requests=1, says="", **script):
+        self.what, self.looks, self.expected, self.options = what, looks, expected, options.split()
+        self.status, self.requests, self.says, self.script = status, requests, says, script
+
+
+CASES = (
+    Case("as usual", ["1 1 1b2 1o 2r"], ["done"], status=0),
+    Case("two steps", ["1 1 1b2 2r 2r 2b3 3o 3r"], ["done"], status=0, requests=2, steps="2"),
+    Case("some in two steps, some in one", ["1 1 1b2 1o 2r", "1 1 1b2 2r 2r 2b3 3o 3r"],
+         ["done", "done"], status=0, requests=2, steps="12"),
+    Case("one after the other", ["1 1 1b2 1o 2r"] * 2, ["done"] * 2, "--batch 1", status=0, requests=2),
+    Case("no announcement, nothing newer", ["1 1 1o 2r"], ["done"], status=0, steps="1 0"),
+    Case("it settles", ["1 1 1b2 2r 2r 2rc 2r"], ["done"], "--settle 0.4", status=0),
+    Case("no restart", ["1 1 1b2 2"], ["timed out: was not seen to restart"], "--deadline 0.5"),
+    Case("the version asked for", ["1 1 1b2 1o 2r"], ["done"], "--to 2", status=0),
+    Case("another version", ["1 1 1b3 1o 3r", "1"], ["failed: announces version 3", "not started"],
+         "--to 2 --batch 1 --max-failures 9", status=3, says="stopped: .* announces version 3"),
+    Case("it has it", ["2"], ["up to date"], "--to 2", status=0, requests=0),
+    Case("a newer one", ["3"], ["skipped: has a newer version"], "--to 2", requests=0),
+    Case("an older version", ["2 2 2b1", "2"],
+         ["failed: announces the older version 1", "not started"],
+         "--batch 1 --max-failures 9", status=3),
+    Case("an older version may be", ["2 2 2b1 2o 1r"], ["done"], "--allow-older", status=0),
+    Case("the image was replaced", ["1 1 1b2 1o 2r", "1 1 1b3 1o 3r", "1"],
+         ["done", "done", "not started"], "--batch 1", status=3, requests=2, says="was replaced"),
+    Case("a lost reply", ["1 1 1 1b2 1o 2r"], ["done"], status=0, requests=2, answers="x 0"),
+    Case("no response, but it has begun", ["1 1 1b2 1o 2r"], ["done"], status=0, answers="12"),
+    Case("no response, not at rest", ["1 1 1o 1o 1 1b2 1o 2r"], ["done"], status=0, requests=2,
+         answers="12 0"),
+    Case("busy, then not ready, then yes", ["1 1 1 1 1b2 1o 2r"], ["done"], status=0, requests=3,
+         answers="10 17 0"),
+    Case("busy for too long", ["1"], ["failed: Device 02:00:00:00:00:01 is busy."],
+         "--begin 0.3", requests=None, answers="10"),
+    Case("denied", ["1"], ["failed: Device 02:00:00:00:00:01 denied this operation."], answers="14"),
+    Case("nothing newer by now", ["1"], ["up to date"], status=0, answers="5"),
+    Case("in neither list", ["1"], ["skipped: the controller does not say how many upgrades it needs"],
+         requests=0, steps="?"),
+    Case("it does not begin", ["1 1 1e5"], ["failed: did not begin (upgrade state 5)"], "--begin 0.3"),
+    Case("not listed", ["1 1 1b2 -"], ["timed out: not in the list any more"], "--deadline 0.5"),
+    Case("offline", ["1 1 1b2 1o"], ["timed out: offline"], "--deadline 0.5"),
+    Case("hangs", ["1 1 1b2"], ["timed out: stayed at 40 %"], "--deadline 0.5"),
+    Case("unmanaged, busy", ["1ub2"], ["skipped: not under management"], "--name *", requests=0),
+    Case("unmanaged by now", ["1 1u"], ["skipped: not under management"], "--name *", requests=0),
+    Case("followed, and fails", ["1b2", "1 1 1b2 1o 2r"],
+         ["timed out: stayed at 40 %", "done"], "--deadline 0.3", requests=1),
+    Case("the controller is gone", ["1 1 1b2 X", "1"], ["unknown: the controller did not answer",
+         "not started"], "--outage 0.3 --batch 1", status=3, says="goes on with the rest"),
+    Case("for a while", ["1 1 1b2 X X 1b2 X 1o 2r"], ["done"], "--deadline 0.8", status=0,
+         says="busy, try again later; trying again\n.*answers again"),
+    Case("busy while planning", ["X X 1 1 1b2 1o 2r"], ["done"], status=0),
+)
+
+
+class Scripted(unittest.TestCase):
+    def test_cases(self):
+        for case in CASES:
+            with self.subTest(case.what):
+                script = Script(case.looks, **case.script)
+                selection = () if "--name" in case.options else ("--all-managed",)
+                status, out, err = run(script.player.port, *selection, *case.options)
+                self.assertEqual((results(out), status), (case.expected, case.status), err)
+                self.assertRegex(err, re.compile(case.says, re.S))
+                if case.requests is not None:
+                    self.assertEqual(script.requests().count(2), case.requests, err)
+
+    def test_the_request(self):
+        script = Script(["1 1 1b2 1o 2r"])
+        run(script.player.port, "--mac", "02:00:00:00:00:01", "--period", "300", "--type", "1")
+        mac, everything = script.mac(0), bytes.fromhex("01 00000007 0000")
+        self.assertEqual(script.player.requests[:4], [
+            everything, bytes.fromhex("13 0008 0001") + mac, bytes.fromhex("01 00000007 0001") + mac,
+            bytes.fromhex("02 0010 0001 0000012c 00000001") + mac])
+
+    def test_signals(self):
+        script = Script(["1 1 1b2", "1"])
+        release = script.answer
+
+        def slow(request):
+            if request and request[0] == 1 and script.number >= 4:
+                time.sleep(1.5)  # the reply is awaited
+            return release(request)
+        script.answer = slow
+        process = start(script.player.port, "--all-managed", "--batch", "1")
+        while script.number < 4:
+            time.sleep(0.02)
+        asked = time.monotonic()
+        process.send_signal(signal.SIGHUP)
+        self.assertTrue(any(b"stopping" in line for line in process.stderr))
+        self.assertLess(time.monotonic() - asked, 1)
+        process.send_signal(signal.SIGTERM)
+        out = process.communicate(timeout=9)[0].decode()
+        self.assertEqual((process.returncode, results(out)),
+                         (128 + signal.SIGTERM, ["unknown: ended by a signal", "not started"]))
+        self.assertEqual(script.requests().count(2), 1)
+
+    def test_signals_at_random_moments(self):
+        rng = random.Random(seed := int(os.environ.get("ZOV_SEED", time.time_ns() % 10**9)))
+        during, count = 0, 200 if os.environ.get("ZOV_LONG") else 12
+        for number in range(count):
+            script = Script(["1 1 1 1b2 1b2 1o 2r"] * 5, answers="x 0", steps="1")
+            process = start(script.player.port, "--all-managed", "--batch", "1")
+            time.sleep(rng.uniform(0, 1.4))
+            process.send_signal(rng.choice((signal.SIGINT, signal.SIGTERM, signal.SIGHUP)))
+            sent = script.requests().count(2)
+            out, err = (text.decode() for text in process.communicate(timeout=20))
+            with self.subTest(seed=seed, number=number, err=err):
+                self.assertLessEqual(script.requests().count(2) - sent, 0)
+                if process.returncode == 3 and out:
+                    during += "not started" in out
+                    self.assertIn("; started again, it goes on with the rest", err)
+        print(f"seed {seed}: {during} of {count} signals between plan and last batch")
+        self.assertGreaterEqual(during, count // 4)
+
+    def test_one_at_a_time(self):
+        script = Script(["1 1 1b2"])
+        first = start(script.player.port, "--all-managed", "--deadline", "9")
+        self.assertTrue(any(b"asked to upgrade" in line for line in first.stderr))
+        status, _, err = run(script.player.port, "--all-managed")
+        path = f"/run/lock/zov-127.0.0.1-{script.player.port}"
+        self.assertEqual((status, err), (1, f"zov-rollout: process {first.pid} is changing devices of "
+                         f"the controller at 127.0.0.1:{script.player.port}, see {path}\n"))
+        self.assertEqual(run(script.player.port, "--all-managed", "--plan")[0], 0)
+        first.kill()
+        first.communicate()
+        self.assertEqual(os.stat(path).st_mode & 0o777, 0o644)
+        os.unlink(path)
+        os.symlink("/dev/null", path)
+        self.addCleanup(os.unlink, path)
+        status, _, err = run(script.player.port, "--all-managed")
+        self.assertEqual((status, err), (1, f"zov-rollout: cannot lock {path}: it is no regular file, "
+                                            f"and belongs to user {os.geteuid()}\n"))
+
+    def test_controllers_that_are_not_there(self):
+        with socket.create_server(("127.0.0.1", 0)) as listener:
+            port, began = listener.getsockname()[1], time.monotonic()
+            status, out, err = run(port, "--all-managed", "--timeout", "0.5")
+            self.assertEqual((status, out, err), (1, "", "zov-rollout: the controller at 127.0.0.1:"
+                                                         f"{port} does not answer within 0.5 s\n"))
+        self.assertEqual(run(port, "--all-managed")[0], 1)  # nobody listens: at once
+        self.assertEqual(run(Script(["X"]).player.port, "--all-managed", "--timeout", "0.7")[0], 1)
+        self.assertLess(time.monotonic() - began, 5)
+
+    def test_hostile_texts(self):
+        texts = ["\x1b]0;x\x07", "\x9b31m", "\r\n", "\u202eabc", "%s%n", "\u20ac" * 999, "x" * 60000, ""]
+        script = Script(["1"] * len(texts), answers="14")
+        script.name = lambda n: texts[n]
+        with tempfile.TemporaryDirectory() as folder:
+            plan = run(script.player.port, "--all-managed", "--plan")[1]
+            _, out, err = run(script.player.port, "--all-managed", "--log", f"{folder}/log")
+            log = Path(f"{folder}/log").read_text()
+        for text in (plan, out, err, log):
+            self.assertNotRegex(text, "[\0-\x09\x0b-\x1f\x7f-\x9f\u202e\ufffd]")
+            self.assertLess(max(map(len, text.splitlines())), 250)
+        self.assertIn("\u20ac" * 29 + "...  ", plan)
+        document = json.loads(run(script.player.port, "--all-managed", "--plan", "--json")[1])
+        self.assertEqual([device["name"] for device in document["devices"]], texts)
 
 
 class Simulated(unittest.TestCase):
     def controller(self, *options):
-        controller = Controller("--verbose", *options, errors=subprocess.PIPE)
-        self.addCleanup(controller.process.stderr.close)
+        controller = Controller(*options)
         self.addCleanup(controller.__exit__)
         return controller
 
-    def requests(self, controller):
-        """Ends the controller; what it was asked for, in order."""
-        controller.process.terminate()
-        return re.findall(r"^ac-sim: (list|firmware list|upgrade)$", controller.process.stderr.read(), re.M)
-
-    def test_twelve_devices_in_batches(self):
-        controller = self.controller("--aps", "24")
-        status, plan, err = run(controller.port, "--all-managed", "--dry-run")
-        self.assertEqual((status, err), (0, ""))
-        macs = [mac for mac, row in rows(plan).items() if row[-1].startswith("upgrade")][:12]
-        self.assertEqual(len(macs), 12)
-        status, out, err = run(controller.port, "--mac", ",".join(macs), "--batch", "5", "--period", "7", "--type", "2")
-        self.assertEqual((status, list(rows(out))), (0, macs), err)
-        self.assertEqual({tuple(row[2:4]) for row in rows(out).values()}, {("2.1.0", "done")})
-        events = re.findall(r"batch \d of \d|(?<=zov-rollout: )02\S+(?= \S+: done)", err)
-        self.assertEqual([events.index(f"batch {n} of 3") for n in (1, 2, 3)], [0, 6, 12])
-        self.assertEqual([set(events[1:6]), set(events[7:12])], [set(macs[:5]), set(macs[5:10])])
-        # Again: nothing is left to do.
-        status, out, _ = run(controller.port, "--mac", ",".join(macs))
-        self.assertEqual((status, {row[-1] for row in rows(out).values()}), (0, {"no newer firmware"}))
-        self.assertEqual(run(controller.port, "--name", "nobody*")[::2],
-                         (1, "zov-rollout: no device has a name that fits\n"))
-
-    def test_failures_stop_it_and_it_goes_on(self):
-        controller = self.controller("--upgrade", f"{AP1}=fail", "--upgrade", f"{AP3}=0.4")
-        macs = ("--mac", f"{AP1},{AP2},{AP3}", "--batch", "2")
-        status, out, err = run(controller.port, *macs)
-        self.assertEqual((status, [row[1:4] for row in rows(out).values()]),
-                         (1, [["2.0.1", "2.1.0", "failed"], ["1.4.2", "2.1.0", "done"], ["2.0.1", "-", "not started"]]))
-        self.assertIn("stopped: too many failures; started again", err)
-        status, out, err = run(controller.port, *macs, "--max-failures", "1", "--batch", "1")
-        self.assertEqual((status, [row[3] for row in rows(out).values()]), (1, ["failed", "skipped", "done"]), err)
-
-    def test_deadline_then_it_is_followed(self):
-        controller = self.controller("--upgrade", f"{AP1}=hang")
-        for _ in range(2):
-            status, out, err = run(controller.port, "--mac", AP1, "--deadline", "1")
-            self.assertEqual((status, rows(out)[AP1][2:]), (1, ["2.1.0", "timed out", "1", "stayed at 40 %"]), err)
-        self.assertEqual(self.requests(controller).count("upgrade"), 1)
-
-    def test_dry_run_asks_only(self):
-        controller = self.controller()
+    def test_batches_json_and_log(self):
+        port = self.controller("--aps", "24", "--switches", "3").port
+        plan = json.loads(run(port, "--all-managed", "--plan", "--json")[1])
+        sizes = {}
+        for device in plan["devices"]:
+            sizes.setdefault(device["batch"], []).append(device["kind"])
+        usual = [len(sizes[batch]) for batch in sorted(filter(None, sizes))]
+        aps = sum(device["kind"] == "access_point" and device["batch"] is not None
+                  for device in plan["devices"])
+        self.assertEqual(usual[:aps // 10], [10] * (aps // 10))  # ten at a time if not told
+        self.assertTrue(all(len(set(kinds)) == 1 for batch, kinds in sizes.items() if batch))
         with tempfile.TemporaryDirectory() as folder:
-            status, out, _ = run(controller.port, "--name", "ap-*0[12]", "--batch", "1", "--dry-run",
-                                 "--log", f"{folder}/log")
-            self.assertEqual(os.listdir(folder), [])
-        self.assertEqual((status, rows(out)), (0, {AP1: ["ap-floor1-01", "2.0.1", "1", "upgrade"],
-                                                   AP2: ["ap-floor1-02", "1.4.2", "2", "upgrade in 2 steps"]}))
-        self.assertEqual(self.requests(controller), ["list", "firmware list"])
+            log = Path(folder, "log")
+            log.write_text("kept\n")
+            status, out, err = run(port, "--all-managed", "--batch", "1,3,50%", "--json", "--log", log)
+            kept, *lines = log.read_text().splitlines()
+        result = json.loads(out)
+        self.assertEqual((kept, result["status"]), ("kept", status))
+        self.assertEqual({device["result"] for device in result["devices"]}, {"done", "skipped", "up to date"})
+        for line in lines:
+            self.assertRegex(line, r"^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\dZ zov-rollout\[\d+\]: \S")
+        texts = [line.split("]: ", 1)[1] for line in lines]
+        self.assertRegex(texts[0], r"^zov-rollout \S+, user \S+, process \d+: .*--batch 1,3,50%")
+        self.assertIn(f"batch 2 of {result['batches']}: 3 devices", err)
+        self.assertEqual([text for text in texts if "skipped: " in text and "  " not in text],
+                         [f"{d['mac']} {d['name']}: skipped: {d['reason']}" for d in result["devices"]
+                          if d["result"] == "skipped"])
+        self.assertEqual(texts[-1], f"status {status}")
+        again = json.loads(run(port, "--all-managed", "--json")[1])
+        self.assertEqual({device["result"] for device in again["devices"]}, {"up to date", "skipped"})
+        schema = json.loads(Path(SOURCE, "companions/rollout/rollout.schema.json").read_text())
+        for document in (plan, result, again):
+            jsonschema.validate(document, schema)
 
-    def test_signals(self):
-        for signals, expected in (([signal.SIGINT], 1), ([signal.SIGTERM, signal.SIGINT], -signal.SIGINT)):
-            controller = self.controller("--upgrade", f"{AP1}=1")
-            process = start(controller.port, "--mac", f"{AP1},{AP3}", "--batch", "1")
-            lines = iter(process.stderr.readline, b"")
-            for number, sign in zip(signals, (b"upgrading, ", b"second signal")):
-                self.assertTrue(any(sign in line for line in lines))
-                process.send_signal(number)
-            out, err = (text.decode() for text in process.communicate(timeout=30))
-            self.assertEqual(process.returncode, expected)
-            if expected == 1:
-                self.assertEqual([row[3] for row in rows(out).values()], ["done", "not started"])
-                self.assertIn("zov-rollout: stopped by a signal; ", err)
-            self.assertEqual(self.requests(controller).count("upgrade"), 1)
+    def test_selection(self):
+        port = self.controller("--aps", "10").port
 
-    def test_logs_that_take_nothing(self):
+        def chosen(*options):
+            status, out, err = run(port, "--plan", *options)
+            return sorted(row[0] for row in rows(out).values()) if status == 0 else err
+        self.assertEqual(chosen("--mac", AP2, "--name", "sw-*", "--exclude", "*floor2"),
+                         ["ap-floor1-02", "sw-floor1"])
+        self.assertEqual(chosen("--all-managed", "--kind", "switch", "--exclude", "02:A2:00:00:00:02"),
+                         ["sw-floor1"])
+        self.assertEqual(chosen("--name", "*", "--state", "offline"), ["ap-floor2-02"])
+        unmanaged = run(port, "--mac", "02:A3:00:00:00:04,00:00:00:00:00:09", "--plan")[1]
+        self.assertEqual(results(unmanaged), ["skipped: not under management", "skipped: not in the list"])
+        self.assertEqual(run(port, "--mac", "02:A3:00:00:00:04")[0], 1)
+        self.assertIn("no device has a name that matches 'nobody'", chosen("--name", "nobody"))
+
+    def test_logs_that_take_nothing_and_a_full_disk(self):
+        port = self.controller("--upgrade", f"{AP1}=0.4").port
         with tempfile.TemporaryDirectory() as folder, open("/dev/full", "w") as full:
-            controller = self.controller()
-            status, out, err = run(controller.port, "--mac", AP1, "--log", "/dev/full")
-            self.assertEqual((status, out, err), (1, "", "zov-rollout: cannot write /dev/full: No space left on device\n"))
-            status, _, err = run(controller.port, "--mac", AP1, "--log", f"{folder}/none/log")
-            self.assertEqual((status, err.count("cannot open")), (1, 1))
-            self.assertNotIn("upgrade", self.requests(controller))
-            # One that ends in between: the batch does not.
-            os.mkfifo(f"{folder}/pipe")
+            self.assertEqual(run(port, "--mac", AP1, "--log", "/dev/full"),
+                             (1, "", "zov-rollout: cannot write /dev/full: No space left on device\n"))
+            os.mkfifo(f"{folder}/pipe")  # one that ends in between: the batch does not
             reader = os.open(f"{folder}/pipe", os.O_RDONLY | os.O_NONBLOCK)
-            os.set_blocking(reader, True)
-            process = start(self.controller().port, "--mac", f"{AP1},{AP3}", "--batch", "1", "--log", f"{folder}/pipe")
-            while b"\n" not in (line := os.read(reader, 999)):
-                time.sleep(0.01)
-            self.assertIn(b"roll-out of 2 devices, 0 skipped", line)
+            process = start(port, "--mac", f"{AP1},{AP3}", "--batch", "1", "--log", f"{folder}/pipe")
+            self.assertTrue(any(b"asked to upgrade" in line for line in process.stderr))
             os.close(reader)
             out, err = (text.decode() for text in process.communicate(timeout=30))
-            self.assertEqual((process.returncode, [row[3] for row in rows(out).values()]), (1, ["done", "not started"]))
-            self.assertIn("Broken pipe; stopping after this batch", err)
-            status, _, err = run(self.controller().port, "--mac", AP1, out=full)
+            self.assertEqual((process.returncode, results(out)), (1, ["done", "not started"]))
+            self.assertIn("Broken pipe; nothing more is begun", err)
+            self.assertNotIn("started again", err)
+            status, _, err = run(port, "--mac", AP3, out=full)
             self.assertEqual((status, err.count("cannot write standard output")), (1, 1))
+            process = start(port, "--mac", AP3, "--plan", out=None,
+                            preexec_fn=lambda: (end_with_test(), os.close(1)))
+            self.assertIn(b"cannot write standard output", process.communicate(timeout=9)[1])
+            self.assertEqual(process.returncode, 1)
 
-    def test_log_and_bar(self):
-        controller = self.controller("--upgrade", f"{AP2}=fail")
-        with tempfile.TemporaryDirectory() as folder:
-            ours, theirs = pty.openpty()
-            Path(f"{folder}/log").write_text("kept\n")
-            status, out, _ = run(controller.port, "--mac", f"{AP1},{AP2}", "--log", f"{folder}/log", err=theirs)
-            os.close(theirs)
-            with open(ours, "rb", buffering=0) as terminal:
-                shown = terminal.read(65536).decode()
-            kept, *lines = Path(f"{folder}/log").read_text().splitlines()
-        self.assertEqual((status, kept), (1, "kept"))
-        self.assertRegex(shown, r"\rbatch 1/1 \[#+-+\] +\d+ %  all \[#+-+\] +\d+ %  1 done, 0 failed")
-        self.assertRegex(shown, r"\r *\rzov-rollout: \S+ ap-floor1-02: failed: still has its old version\r\n")
-        self.assertNotRegex(shown, "\x1b|asked to upgrade")
-        for line in lines:
-            self.assertRegex(line, r"^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\dZ \S")
-        self.assertEqual([line[21:] for line in lines if AP1 in line],
-                         [f"{AP1} ap-floor1-01: {what}" for what in
-                          ("asked to upgrade", "upgrading, 2.0.1 -> 2.1.0", "done, 2.0.1 -> 2.1.0 in 0 s")])
+    def ask(self, port, answer, *options, columns=80):
+        """Runs it on a terminal; what that shows, the exit status and standard output."""
+        ours, theirs = pty.openpty()
+        fcntl.ioctl(theirs, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
+        process = subprocess.Popen(
+            [ROLLOUT, "--acport", str(port), *FAST[:-1], *options], stdin=theirs, stderr=theirs,
+            stdout=subprocess.PIPE, start_new_session=True,
+            preexec_fn=lambda: (end_with_test(), fcntl.ioctl(0, termios.TIOCSCTTY, 0)))
+        os.close(theirs)
+        shown = b""
+        try:
+            while select.select([ours], [], [], 20)[0] and (piece := os.read(ours, 9999)):
+                shown += piece
+                if b"[y/N] " in shown and answer:
+                    if isinstance(answer, bytes):
+                        os.write(ours, answer)
+                    else:
+                        process.send_signal(answer)
+                    answer = None
+        except OSError:  # it has ended
+            pass
+        os.close(ours)
+        out = process.communicate(timeout=9)[0].decode()
+        return shown.decode(), process.returncode, out
 
-
-def record(mac, name=b"dev", version=b"1.0", state=5, sub=0, flag=0, progress=0, announced=b""):
-    """A device without radios and ports, as the list holds it."""
-    def text(value):
-        return struct.pack(">H", len(value)) + value
-    return (b"\0\1" + mac + bytes(6) + text(b"model") + text(b"") + bytes((1, 0, flag)) + text(b"") + text(announced) +
-            bytes((0, 0, state, sub, progress)) + text(version) + text(b"") + text(name) + bytes(16 + 20 + 8 + 1))
-
-
-class Scripted(unittest.TestCase):
-    MAC = bytes.fromhex("020000000001")
-
-    def run_script(self, *answers, options=("--all-managed",)):
-        player = Player(*answers)
-        outcome = run(player.port, *options)
-        player.thread.join(20)
-        self.assertFalse(player.thread.is_alive())
-        return player.requests, outcome
-
-    def test_a_controller_that_is_gone_in_between(self):
-        mac, one_step = self.MAC, b"\0\0\1" + self.MAC + b"\0\0"
-        quiet, busy = record(mac) + b"\1", record(mac, sub=4, flag=1, progress=9, announced=b"2.0")
-        requests, (status, out, err) = self.run_script(
-            quiet, one_step, quiet, b"", -1, quiet, b"\x0a", None, busy + b"\1", busy[:40],
-            record(mac, state=0, flag=1, announced=b"2.0") + b"\1", 7, record(mac, version=b"2.0") + b"\1",
-            options=("--all-managed", "--period", "300", "--type", "1"))
-        self.assertEqual((status, rows(out)), (0, {"02:00:00:00:00:01": ["dev", "1.0", "2.0", "done", "0"]}), err)
-        everything, this = bytes.fromhex("01 00000007 0000"), bytes.fromhex("01 00000007 0001") + mac
-        upgrade = bytes.fromhex("02 0010 0001 0000012c 00000001") + mac
-        self.assertEqual(requests, [everything, bytes.fromhex("13 0008 0001") + mac, this, upgrade, this, upgrade,
-                                    *[this] * 4])
-        self.assertEqual((err.count("; trying again"), err.count("answers again")), (4, 4))
-        self.assertNotIn("ERROR", err)
-
-    def test_an_upgrade_without_reply_is_looked_for(self):
-        mac, two = self.MAC, bytes.fromhex("020000000002")
-        pair = record(mac) + record(two) + b"\1"
-        requests, (status, out, err) = self.run_script(
-            pair, b"\0\0" + b"\0\2" + mac + two + b"\0\0", pair, b"\0" * 1,  # one result of two
-            record(mac, sub=9, flag=1, announced=b"2.0") + record(two) + b"\1", b"\x0a",
-            record(mac, version=b"2.0") + record(two, version=b"2.0") + b"\1")
-        self.assertEqual((status, [row[3] for row in rows(out).values()]), (0, ["done", "done"]), err)
-        self.assertEqual([request[3:5] + request[13:] for request in requests if request[0] == 2],
-                         [b"\0\2" + mac + two, b"\0\1" + two])
-
-    def test_one_that_restarts_is_followed_to_its_second_step(self):
-        requests, (status, out, err) = self.run_script(
-            record(self.MAC, state=0, flag=1, announced=b"1.5") + b"\1", b"\x0c" + bytes(4),
-            record(self.MAC, version=b"1.5") + b"\1", b"\0", record(self.MAC, version=b"2.0") + b"\1")
-        self.assertEqual((status, [request[0] for request in requests]), (0, [1, 19, 1, 2, 1]), err)
-        self.assertEqual(rows(out), {"02:00:00:00:00:01": ["dev", "1.0", "2.0", "done", "0"]})
-
-    def test_a_signal_while_the_controller_is_gone(self):
-        player = Player(record(self.MAC) + b"\1", b"\0\0\1" + self.MAC + b"\0\0", *[-1] * 999)
-        process = start(player.port, "--all-managed", "--deadline", "30")
-        self.assertTrue(any(b"is busy, try again later; trying again" in line for line in process.stderr))
-        process.send_signal(signal.SIGINT)
-        out, _ = process.communicate(timeout=20)
-        self.assertEqual((process.returncode, rows(out.decode())["02:00:00:00:00:01"][3]), (1, "not started"))
-
-    def test_hostile_texts(self):
-        texts = [b"\x1b]0;x\x07", b"\xc2\x9b31m", b"\xff\xfe\r\n", "\u202eabc".encode(), b"a\0b", b"\xe2\x82", b"%s%n",
-                 "\u20ac".encode() * 999, b"x" * 65535, b""]
-        macs = [bytes((2, 0, 0, 0, 1, n)) for n in range(len(texts))]
-
-        def listed(**fields):
-            return b"".join(record(mac, text, fields.get("version", text), **{
-                "flag": fields.get("flag", 0), "progress": 255, "announced": text[:65534] + b"+"})
-                for mac, text in zip(macs, texts)) + b"\1"
-        known = bytes(len(macs)) + struct.pack(">H", len(macs)) + b"".join(macs) + b"\0\0"
-        with tempfile.TemporaryDirectory() as folder:
-            options = ("--all-managed", "--log", f"{folder}/log")
-            _, (status, plan, err) = self.run_script(listed(), known, options=(*options, "--dry-run"))
-            _, (end, out, told) = self.run_script(
-                listed(), known, listed(), b"\x0e" + bytes(len(macs) - 1), listed(flag=1),
-                *[listed(version=b"\x1b[2J\xe2\x82")] * 2, options=options)
-            log = Path(f"{folder}/log").read_text()
-        self.assertEqual((status, end, err), (0, 1, ""))
-        for text in (plan, out, told, log):
-            self.assertNotRegex(text, "[\0-\x09\x0b-\x1f\x7f-\x9f\u202e\ufffd]")
-            self.assertLess(max(map(len, text.splitlines())), 200)
-        lines = out.splitlines()
-        self.assertEqual({len(line) for line in plan.splitlines()[1:]}, {len(plan.splitlines()[1])})
-        self.assertIn("\u20ac" * 29 + "...  ", out)
-        self.assertEqual(len(re.findall("came back with version \\?\\[2J\\?\\?", out)), len(texts) - 1)
-        self.assertEqual({line.index("failed") for line in lines[1:]}, {lines[0].index("RESULT")})
-
-    def test_a_silent_port(self):
-        with socket.create_server(("127.0.0.1", 0)) as listener:
-            port, began = listener.getsockname()[1], time.monotonic()
-            status, out, err = run(port, "--all-managed", "--timeout", "1")
-            self.assertEqual((status, out, err), (1, "", f"zov-rollout: the controller at 127.0.0.1:{port} does not "
-                                                         "answer within 1 s\n"))
-            self.assertTrue(0.9 < time.monotonic() - began < 10)
+    def test_question_and_bar(self):
+        controller = self.controller("--upgrade", f"{AP1}=1")
+        question = "Upgrade 2 devices in 1 batch? [y/N] "
+        for answer in (b"\n", b"n\n", signal.SIGINT):
+            shown, status, out = self.ask(controller.port, answer, "--mac", f"{AP1},{AP3}")
+            self.assertEqual((status, out, shown.count(question)), (3, "", 1))
+            self.assertRegex(shown, r"nothing was begun\r\n$")
+        shown, status, out = self.ask(controller.port, b"yes\n", "--mac", f"{AP1},{AP3}", columns=20)
+        self.assertEqual((status, results(out)), (0, ["done", "done"]), shown)
+        bars = re.findall(r"\r(\d+% \d ok \d bad) *(?=\r)", shown)
+        self.assertTrue(bars and max(map(len, bars)) < 20, shown)
+        self.assertIn("02:A3:00:00:00:01  ap-floor1-01  2.0.1  -", shown)  # the plan
+        self.assertNotRegex(shown, "\x1b")
+        shown, _, _ = self.ask(controller.port, None, "--mac", AP2, "--yes")
+        self.assertRegex(shown, r"\rbatch 1/1 \[#*-+\] +\d+ %  all \[#*-+\] +\d+ %  0 done, 0 failed")
+        # Nobody to ask.
+        process = subprocess.run([ROLLOUT, "--acport", controller.port, "--mac", AP1], timeout=9,
+                                 capture_output=True, **NO_TERMINAL)
+        self.assertEqual((process.returncode, process.stderr),
+                         (2, b"zov-rollout: --yes is needed where no terminal is to ask at\n"))
 
     def test_usage(self):
-        for words in ((), ("--mac", AP1, "--all-managed"), ("--name", "x", "--mac", AP1), ("--mac", ","), ("--mac", "x"),
-                      ("--mac", AP1, "--mac", AP1), ("--all-managed", "x"), *(("--all-managed", f"--{option}", value) for
-                      option, value in (("batch", "0"), ("batch", "10001"), ("type", "3"), ("interval", "nan"),
-                                        ("interval", "0"), ("deadline", "0"), ("max-failures", "-1"), ("period", "x")))):
+        for words in ((), ("--name", ""), ("--mac", ","), ("--mac", "x"), ("--mac", f"{AP1} {AP2}"),
+                      ("--mac", f"{AP1}x"), ("--all-managed", "x"), ("--exclude", ""),
+                      *(("--all-managed", f"--{option}", value) for option, value in (
+                          ("batch", "0"), ("batch", "1,"), ("batch", "101%"), ("batch", "10001"),
+                          ("type", "3"), ("interval", "nan"), ("interval", "0"), ("deadline", "0"),
+                          ("settle", "-1"), ("max-failures", "-1"), ("period", "x"),
+                          ("kind", "ap"), ("state", "up"), ("to", "")))):
             status, out, err = run(1, *words)
             self.assertEqual((status, out, err.count("\n")), (2, "", 1), words)
             self.assertRegex(err, "^zov-rollout: ")
-        for bad in ("x=fail", AP1, f"{AP1}=0", f"{AP1}=nan", f"{AP1}=1x", f"{AP1}="):
-            self.assertEqual(subprocess.run([AC_SIM, "--upgrade", bad], capture_output=True, timeout=9).returncode, 2)
 
 
 if __name__ == "__main__":

@@ -8,8 +8,10 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
+#include <fcntl.h>
 #include <getopt.h>
 #include <new>
+#include <unistd.h>
 
 enum : int {
     OPERAND = 1,
@@ -52,7 +54,8 @@ static void print_help(const ProgramInfo &program, std::span<const OptionText> o
         line.resize(width, ' ');
         if (row.heading != nullptr)
             out.put(std::string("\n") + row.heading + "\n");
-        out.put(line + row.help + "\n");
+        out.put(line + row.help +
+                (row.initial != nullptr ? std::string(" (") + row.initial + ")\n" : "\n"));
     }
     out.finish();
 }
@@ -93,6 +96,9 @@ bool read_command_line(int argc, char **argv, const ProgramInfo &program,
     known.insert(known.end(), {{"help", no_argument, nullptr, OPT_HELP},
                                {"version", no_argument, nullptr, OPT_VERSION},
                                {nullptr, 0, nullptr, 0}});
+    for (size_t row = 0; row < options.size(); row++)
+        if (options[row].initial != nullptr)
+            sink.take(row, options[row].initial);
     opterr = 0;
     for (;;) { // the "-" hands over operands as well, whatever POSIXLY_CORRECT says
         const int code = getopt_long(argc, argv, "-:h", known.data(), nullptr);
@@ -117,9 +123,21 @@ bool read_command_line(int argc, char **argv, const ProgramInfo &program,
     return true;
 }
 
+// What is written to a standard output that was closed is lost, and that is an error.
+static int occupy_descriptors()
+{
+    const bool is_closed = fcntl(STDOUT_FILENO, F_GETFD) < 0;
+    if (occupy_standard_descriptors() != 0)
+        return 1;
+    const int unwritable = is_closed ? open("/dev/null", O_RDONLY | O_CLOEXEC) : -1;
+    if (unwritable >= 0)
+        dup2(unwritable, STDOUT_FILENO);
+    return 0;
+}
+
 int run_program(const ProgramInfo &program, int argc, char **argv, int (*body)(int, char **))
 {
-    if (occupy_standard_descriptors() != 0)
+    if (occupy_descriptors() != 0)
         return 1;
     signal(SIGPIPE, SIG_IGN);
     int status = 1;

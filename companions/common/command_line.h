@@ -23,6 +23,7 @@ struct OptionText {
     bool repeatable = false;        // may be given more than once, to add something
     const char *expected = nullptr; // what a bad argument should have been; null: see values
     const char *heading = nullptr;  // a line above it in the help
+    const char *initial = nullptr;  // its argument where it is not given; null: none
 };
 
 // A row of a program's table. `take` keeps the argument (null if there is none) in the settings;
@@ -37,9 +38,10 @@ struct ProgramInfo {
     const char *summary;  // what the program does, in lines that end with \n
 };
 
-// Reads a command line. Calls take(row, argument) for each option; throws UsageError when it is
-// false, and for all that getopt_long(3) refuses. Prints the help or the version when asked for and
-// returns false: there is nothing else to do. Operands are appended to `operands`.
+// Reads a command line. Calls take(row, argument) for each initial argument, then for each option;
+// throws UsageError when it is false, and for all that getopt_long(3) refuses. Prints the help or
+// the version when asked for and returns false: there is nothing else to do. Operands are appended
+// to `operands`.
 struct OptionSink {
     virtual bool take(size_t row, const char *argument) = 0;
 
@@ -80,6 +82,24 @@ template <class Int> bool take_number(const char *text, Int &number)
 {
     using Limits = std::numeric_limits<Int>;
     return take_number(text, Limits::lowest(), Limits::max(), number);
+}
+
+// Whether a word is one of those in a text that spaces separate.
+constexpr bool is_word_of(std::string_view word, std::string_view words)
+{
+    while (!words.empty()) {
+        const size_t space = words.find(' ');
+        if (words.substr(0, space) == word)
+            return true;
+        words.remove_prefix(space == std::string_view::npos ? words.size() : space + 1);
+    }
+    return false;
+}
+
+// A whole or fractional number of seconds.
+inline bool take_seconds(const char *text, double low, double high, double &seconds)
+{
+    return take_number<double>(text, low, high, seconds);
 }
 
 // For options that only keep their argument, or that they were given; both return true.

@@ -1,12 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "common/connection.h"
 
+#include "common/stop.h"
 #include "common/stored_message.h"
+#include "common/trusted_files.h"
 
 #include <algorithm>
 #include <arpa/inet.h>
 #include <cerrno>
 #include <chrono>
+#include <cmath>
+#include <cstdio>
 #include <fcntl.h>
 #include <netinet/in.h>
 #include <new>
@@ -15,7 +19,7 @@
 #include <sys/time.h>
 #include <unistd.h>
 
-enum : uint32_t { WHOLE_REPLY = 10 }; // how many times the time-out a whole reply may take
+static constexpr double WHOLE_REPLY = 10; // how many times the time-out a whole reply may take
 enum : uint64_t { REPLY_MAX = uint64_t{1} << 30 }; // bytes
 
 using Clock = std::chrono::steady_clock;
@@ -24,7 +28,7 @@ using Clock = std::chrono::steady_clock;
 struct Connection::Session : AcSession {
     StoredMessage message;
     ssize_t (*receive_plainly)(ByteSource &source, void *to, size_t size) = nullptr;
-    Clock::duration patience;
+    double patience = 0; // seconds
     Clock::time_point end;
     uint64_t received = 0; // behind the handshake
 
@@ -47,19 +51,11 @@ private:
     // Until something can be received; false, with errno set, when that takes too long.
     bool wait() const
     {
-        using std::chrono::ceil, std::chrono::milliseconds;
-        const Clock::time_point limit = std::min(end, Clock::now() + patience);
-        for (;;) {
-            const auto left = ceil<milliseconds>(limit - Clock::now()).count();
-            pollfd ready = {socket, POLLIN, 0};
-            const int count = poll(&ready, 1, static_cast<int>(std::max<int64_t>(left, 0)));
-            if (count > 0)
-                return true;
-            if (count == 0)
-                errno = limit == end ? ETIME : EAGAIN;
-            if (count == 0 || errno != EINTR)
-                return false;
-        }
+        const double left = std::chrono::duration<double>(end - Clock::now()).count();
+        const int count = wait_for(socket, POLLIN, std::min(left, patience));
+        if (count == 0)
+            errno = left < patience ? ETIME : EAGAIN;
+        return count > 0;
     }
 };
 
@@ -77,62 +73,65 @@ bool take_port(const char *text, Endpoint &endpoint)
 
 bool take_timeout(const char *text, Endpoint &endpoint)
 {
-    return take_number<uint32_t>(text, 1, 86400, endpoint.timeout);
+    return take_seconds(text, 0.1, 86400, endpoint.timeout);
 }
 
-static std::string name_of(const Endpoint &endpoint)
+std::string controller_name(const Endpoint &endpoint)
 {
     return std::string("the controller at ") + endpoint.address + ":" +
            std::to_string(endpoint.port);
 }
 
+static std::string seconds_text(double seconds)
+{
+    char text[32];
+    snprintf(text, sizeof text, "%g s", seconds);
+    return text;
+}
+
 [[noreturn]] static void fail_silent(const Endpoint &endpoint)
 {
-    throw Failure(name_of(endpoint) + " does not answer within " +
-                      std::to_string(endpoint.timeout) + " s",
+    throw Failure(controller_name(endpoint) + " does not answer within " +
+                      seconds_text(endpoint.timeout),
                   Cause::silent);
 }
 
 [[noreturn]] static void fail_unreachable(const Endpoint &endpoint, int error)
 {
-    throw Failure(with_reason("cannot connect to " + name_of(endpoint), error), Cause::unreachable);
-}
-
-// Goes on with a connect(2) that a signal interrupted. Returns 0 or the errno of its end.
-static int finish_connecting(int fd, const Endpoint &endpoint)
-{
-    pollfd ready = {fd, POLLOUT, 0};
-    int error = EINPROGRESS, count;
-    socklen_t size = sizeof error;
-    do
-        count = poll(&ready, 1, static_cast<int>(endpoint.timeout * 1000));
-    while (count < 0 && errno == EINTR);
-    if (count > 0)
-        getsockopt(fd, SOL_SOCKET, SO_ERROR, &error, &size);
-    return error;
+    throw Failure(with_reason("cannot connect to " + controller_name(endpoint), error),
+                  Cause::unreachable);
 }
 
 // A connected socket whose sends wait for the time-out at most.
 static int connect_to(const Endpoint &endpoint)
 {
-    const int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (fd < 0)
+    Descriptor file(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    if (!file)
         fail_unreachable(endpoint, errno);
-    const timeval patience = {static_cast<time_t>(endpoint.timeout), 0};
-    setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience); // of connect(2) as well
     sockaddr_in there = {};
     there.sin_family = AF_INET;
     there.sin_port = htons(endpoint.port);
     inet_pton(AF_INET, endpoint.address, &there.sin_addr);
     int error = 0;
-    if (connect(fd, reinterpret_cast<const sockaddr *>(&there), sizeof there) != 0)
-        error = errno == EINTR ? finish_connecting(fd, endpoint) : errno;
-    if (error == 0)
-        return fd;
-    close(fd);
-    if (error == EINPROGRESS || error == EAGAIN)
-        fail_silent(endpoint);
-    fail_unreachable(endpoint, error);
+    socklen_t size = sizeof error;
+    if (connect(file.get(), reinterpret_cast<const sockaddr *>(&there), sizeof there) != 0) {
+        if (errno != EINPROGRESS && errno != EINTR)
+            fail_unreachable(endpoint, errno);
+        const int count = wait_for(file.get(), POLLOUT, endpoint.timeout);
+        check_stop();
+        if (count == 0)
+            fail_silent(endpoint);
+        if (count < 0 || getsockopt(file.get(), SOL_SOCKET, SO_ERROR, &error, &size) != 0)
+            error = errno;
+    }
+    if (error != 0)
+        fail_unreachable(endpoint, error);
+    const double whole = std::floor(endpoint.timeout);
+    const timeval patience = {static_cast<time_t>(whole),
+                              static_cast<suseconds_t>((endpoint.timeout - whole) * 1e6)};
+    setsockopt(file.get(), SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
+    fcntl(file.get(), F_SETFL, fcntl(file.get(), F_GETFL) & ~O_NONBLOCK);
+    return file.release();
 }
 
 Connection::Connection(const Endpoint &endpoint) : session_(new Session), endpoint_(endpoint)
@@ -141,8 +140,10 @@ Connection::Connection(const Endpoint &endpoint) : session_(new Session), endpoi
     session_->receive_plainly = session_->receive;
     session_->receive = Session::receive_within_limits;
     session_->messages = session_->message.sink();
-    session_->patience = std::chrono::seconds(endpoint.timeout);
-    session_->end = Clock::now() + WHOLE_REPLY * session_->patience;
+    session_->patience = endpoint.timeout;
+    session_->end =
+        Clock::now() + std::chrono::duration_cast<Clock::duration>(
+                           std::chrono::duration<double>(WHOLE_REPLY * endpoint.timeout));
     if (ac_admit(*session_) != 0) {
         close(session_->socket);
         fail();
@@ -168,9 +169,10 @@ AcSession &Connection::session()
 
 void Connection::fail() const
 {
+    check_stop();
     const StoredMessage &message = session_->message;
     const auto failure = [&](const std::string &text) { return Failure(text, message.cause); };
-    const std::string name = name_of(endpoint_);
+    const std::string name = controller_name(endpoint_);
     switch (message.cause) {
     case Cause::no_memory:
         throw std::bad_alloc();
@@ -187,7 +189,7 @@ void Connection::fail() const
             fail_silent(endpoint_);
         if (message.detail == ETIME)
             throw Failure(name + " does not complete its reply within " +
-                              std::to_string(WHOLE_REPLY * endpoint_.timeout) + " s",
+                              seconds_text(WHOLE_REPLY * endpoint_.timeout),
                           Cause::silent);
         if (message.detail == EFBIG)
             throw Failure("the reply of " + name + " is longer than 1 GiB", Cause::too_long);

@@ -9,32 +9,41 @@
 
 #include <memory>
 
-// Where the controller is. The settings of each program derive from it.
+// Where the controller is. The settings of each program derive from it; the rows below have the
+// initial values.
 struct Endpoint {
-    const char *address = AC_ADDRESS;
-    uint16_t port = AC_PORT;
-    uint32_t timeout = 30; // seconds for connecting, and for silence
+    const char *address = nullptr;
+    uint16_t port = 0;
+    double timeout = 0; // seconds for connecting, and for silence
 };
 
 bool take_address(const char *text, Endpoint &endpoint);
 bool take_port(const char *text, Endpoint &endpoint);
 bool take_timeout(const char *text, Endpoint &endpoint);
 
-// The rows for it, the last of each program's table.
+// The last rows of each program's table.
 // clang-format off
-#define ENDPOINT_OPTIONS                                                                              \
-    {{"acserver", "ADDRESS", "the controller's IPv4 address (127.0.0.1)"},                         \
+#define ENDPOINT_OPTIONS                                                                           \
+    {{.name = "acserver", .argument = "ADDRESS", .help = "the controller's IPv4 address",          \
+      .expected = "an IPv4 address", .initial = "127.0.0.1"},                                      \
      [](const char *text, auto &to) { return take_address(text, to); }},                           \
-    {{"acport", "PORT", "the controller's TCP port (1235)"},                                       \
+    {{.name = "acport", .argument = "PORT", .help = "the controller's TCP port",                   \
+      .expected = "a number from 1 to 65535", .initial = "1235"},                                  \
      [](const char *text, auto &to) { return take_port(text, to); }},                              \
-    {{"timeout", "SEC", "how long to wait for a connection or a silent controller (30)"},          \
+    {{.name = "timeout", .argument = "SEC",                                                        \
+      .help = "how long to wait for a connection or a silent controller",                          \
+      .expected = "seconds from 0.1 to 86400", .initial = "30"},                                   \
      [](const char *text, auto &to) { return take_timeout(text, to); }}
 // clang-format on
+
+// How messages call it.
+std::string controller_name(const Endpoint &endpoint);
 
 // A session that is admitted from the start, and says goodbye at its end. It is for one request:
 // its reply may be silent for the time-out, take ten times as long in all, and have 1 GiB. All
 // members throw Failure, which has the cause, when the controller is not there, refuses, ends the
-// connection or goes beyond these limits; and bad_alloc when memory is short.
+// connection or goes beyond these limits; StopAtOnce, see stop.h; and bad_alloc when memory is
+// short.
 class Connection {
 public:
     explicit Connection(const Endpoint &endpoint);

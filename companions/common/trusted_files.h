@@ -24,6 +24,9 @@ public:
     explicit operator bool() const { return fd_ >= 0; }
     [[nodiscard]] int get() const { return fd_; }
 
+    // Gives it away.
+    int release() { return std::exchange(fd_, -1); }
+
     // Closes it; returns 0, or the errno of close(2).
     int close();
 

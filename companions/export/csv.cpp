@@ -72,7 +72,7 @@ std::string cell_of(const WtpRecord &wtp, Column column)
     switch (column) {
     case Column::mac: return mac_name(wtp.mac);
     case Column::name: return std::string(wtp.name);
-    case Column::kind: return std::string(kind_name(wtp));
+    case Column::kind: return std::string(kind_name(wtp.wtp_type));
     case Column::model: return std::string(wtp.model);
     case Column::sku: return std::string(wtp.sku);
     case Column::serial: return std::string(wtp.sn);

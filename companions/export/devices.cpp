@@ -1,46 +1,36 @@
 // SPDX-License-Identifier: MIT
 #include "export/devices.h"
 
-#include <algorithm>
-#include <cstdio>
-#include <fnmatch.h>
-#include <vector>
+#include "common/plain_text.h"
 
+#include <cstdio>
+#include <new>
+
+// The controller is asked for the addresses alone when nothing else chooses.
 Devices::Devices(const ExportSettings &settings, uint32_t filter) : settings_(settings)
 {
-    Connection(settings).fetch(list_, filter, settings.macs);
-}
-
-bool Devices::is_wanted(const WtpRecord &wtp) const
-{
-    return settings_.name == nullptr ||
-           fnmatch(settings_.name, std::string(wtp.name).c_str(), 0) == 0;
+    MacList macs;
+    if (settings.names.empty() && !settings.all_managed) {
+        if (!macs.reserve(settings.macs.size()))
+            throw std::bad_alloc();
+        for (const auto &[mac, place] : settings.macs)
+            macs.append() = mac;
+    }
+    Connection(settings).fetch(list_, filter, macs);
 }
 
 bool Devices::all_found()
 {
-    if (settings_.macs.empty())
-        return true;
-    std::vector<Mac> found;
+    SelectionCheck check(settings_);
     for (const WtpRecord *wtp = first_wtp(list_, WtpPart::basics); wtp != nullptr;
          wtp = next_wtp(list_))
-        found.push_back(wtp->mac);
-    std::sort(found.begin(), found.end());
-    bool all = true;
-    for (const Mac &mac : settings_.macs) {
-        if (std::binary_search(found.begin(), found.end(), mac))
-            continue;
+        check.saw(*wtp);
+    for (const Mac &mac : check.missing_macs())
         fprintf(stderr, "zov-export: the controller knows no device %s\n", mac_to_text(mac));
-        all = false;
-    }
-    return all;
-}
-
-const char *kind_name(const WtpRecord &wtp)
-{
-    return wtp.wtp_type == DEVICE_ACCESS_POINT ? "access_point"
-           : wtp.wtp_type == DEVICE_SWITCH     ? "switch"
-                                               : "other";
+    for (const std::string &name : check.unmatched_names())
+        fprintf(stderr, "zov-export: no device has a name that matches '%s'\n",
+                plain_text(name).c_str());
+    return check.missing_macs().empty() && check.unmatched_names().empty();
 }
 
 uint32_t count_stations(const WtpRecord &wtp)
@@ -50,13 +40,4 @@ uint32_t count_stations(const WtpRecord &wtp)
         for (const WlanInfo &wlan : radio.wlan)
             count += wlan.sta.size();
     return count;
-}
-
-std::string state_name(const WtpRecord &wtp)
-{
-    if (wtp.state == WTP_ONLINE)
-        return "online";
-    if (wtp.state == WTP_OFFLINE)
-        return "offline";
-    return "state " + std::to_string(wtp.state);
 }

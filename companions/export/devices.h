@@ -3,6 +3,7 @@
 #pragma once
 
 #include "common/address_text.h"
+#include "common/device_names.h"
 #include "device/wtp_list.h"
 #include "export/options.h"
 
@@ -18,22 +19,17 @@ public:
     {
         for (const WtpRecord *wtp = first_wtp(list_, WtpPart::whole); wtp != nullptr;
              wtp = next_wtp(list_))
-            if (is_wanted(*wtp))
+            if (settings_.includes(*wtp))
                 action(*wtp);
     }
 
-    // Reports the addresses that were asked for and that the controller does not know; true if
-    // there are none.
+    // Reports the addresses that were asked for and that the controller does not know, and the
+    // patterns that no name matches; true if there are none.
     bool all_found();
 
 private:
-    bool is_wanted(const WtpRecord &wtp) const;
-
     const ExportSettings &settings_;
     WtpList list_;
 };
 
-// How devices are called in most formats.
-const char *kind_name(const WtpRecord &wtp); // access_point, switch or other
 uint32_t count_stations(const WtpRecord &wtp);
-std::string state_name(const WtpRecord &wtp); // online, offline, or the controller's code

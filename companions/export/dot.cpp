@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // The topology as a graph for Graphviz: switches in a column, beside it what is connected to them.
 #include "common/output_file.h"
+#include "common/topology.h"
 #include "export/formats.h"
 #include "export/text.h"
-#include "export/topology.h"
 
 #include <algorithm>
 

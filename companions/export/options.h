@@ -4,15 +4,12 @@
 
 #include "common/command_line.h"
 #include "common/connection.h"
-#include "util/mac.h"
+#include "common/selection.h"
 
-#include <algorithm>
 #include <string_view>
 
-struct ExportSettings : Endpoint {
+struct ExportSettings : Endpoint, Selection {
     const char *format = nullptr;
-    MacList macs;               // these devices; none: all
-    const char *name = nullptr; // and of these the ones with such a name
     const char *output = nullptr;
     const char *directory = nullptr;
     const char *columns = nullptr; // of csv, joined by commas
@@ -39,22 +36,10 @@ struct ExportSettings : Endpoint {
 inline constexpr const char *FORMAT_NAMES = (EXPORT_FORMATS(SPACE_AND_NAME)) + 1;
 inline constexpr const char *COLUMN_NAMES = (EXPORT_COLUMNS(SPACE_AND_NAME)) + 1;
 
-// Whether a name is one of those in such a text.
-constexpr bool is_one_of(std::string_view name, std::string_view names)
-{
-    while (!names.empty()) {
-        const size_t space = std::min(names.find(' '), names.size());
-        if (names.substr(0, space) == name)
-            return true;
-        names.remove_prefix(std::min(space + 1, names.size()));
-    }
-    return false;
-}
-
 inline bool take_format(const char *text, ExportSettings &to)
 {
     to.format = text;
-    return is_one_of(text, FORMAT_NAMES);
+    return is_word_of(text, FORMAT_NAMES);
 }
 
 inline bool take_columns(const char *text, ExportSettings &to)
@@ -62,22 +47,12 @@ inline bool take_columns(const char *text, ExportSettings &to)
     to.columns = text;
     for (std::string_view list = text;;) {
         const size_t comma = list.find(',');
-        if (!is_one_of(list.substr(0, comma), COLUMN_NAMES))
+        if (!is_word_of(list.substr(0, comma), COLUMN_NAMES))
             return false;
         if (comma == std::string_view::npos)
             return true;
         list.remove_prefix(comma + 1);
     }
-}
-
-inline bool take_macs(const char *text, ExportSettings &to)
-{
-    return parse_mac_list(text, to.macs) && !to.macs.empty();
-}
-
-inline bool take_name(const char *text, ExportSettings &to)
-{
-    return take_text(text, to.name);
 }
 
 inline bool take_output(const char *text, ExportSettings &to)
@@ -95,8 +70,7 @@ inline bool take_directory(const char *text, ExportSettings &to)
 // clang-format off
 inline constexpr Option<ExportSettings> EXPORT_OPTIONS[] = {
     {{"format", "FORMAT", "what to write", FORMAT_NAMES}, take_format},
-    {{"mac", "LIST", "only the devices with these addresses, joined by commas"}, take_macs},
-    {{"name", "GLOB", "only the devices with such a name, for instance 'ap-floor1-*'"}, take_name},
+    SELECTION_OPTIONS,
     {{"output", "FILE", "write to this file instead of standard output"}, take_output},
     {{"directory", "DIR", "cfg: write a file for each device there, named by its address"}, take_directory},
     {{"columns", "LIST", "csv: these columns, joined by commas", COLUMN_NAMES}, take_columns},

@@ -71,7 +71,7 @@ public:
         if (!macs_.insert(wtp.mac).second)
             return;
         const std::string mac = mac_name(wtp.mac);
-        devices_[{kind_name(wtp), state_name(wtp), wtp.managed != 0}]++;
+        devices_[{kind_name(wtp.wtp_type), state_name(wtp), wtp.managed != 0}]++;
         take_device(wtp, mac);
         take_upgrade(wtp, labels_of({{"mac", mac}}));
         for (uint32_t i = 0; i < wtp.radio.size(); i++)
@@ -107,7 +107,7 @@ private:
     {
         info_.add(labels_of({{"mac", mac},
                              {"name", wtp.name},
-                             {"kind", kind_name(wtp)},
+                             {"kind", kind_name(wtp.wtp_type)},
                              {"model", wtp.model},
                              {"serial", wtp.sn},
                              {"address", ipv4_name(wtp.ip)},

@@ -1,20 +1,18 @@
 // SPDX-License-Identifier: MIT
 // zov-rollout: upgrades the firmware of devices in batches.
+#include "common/lock.h"
+#include "common/plain_text.h"
+#include "common/stop.h"
+#include "rollout/course.h"
 #include "rollout/plan.h"
-#include "rollout/reporter.h"
-#include "rollout/requests.h"
-#include "rollout/stop.h"
-#include "rollout/tables.h"
+#include "rollout/result.h"
 
-#include <algorithm>
-#include <chrono>
+#include <cstdio>
+#include <optional>
 
-// Seconds on a clock that nobody sets.
-static double seconds_now()
-{
-    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch())
-        .count();
-}
+enum Status : int { ALL_DONE = 0, SOME_FAILED = 1, STOPPED = 3, SIGNALLED = 128 };
+
+enum : size_t { COLUMNS_OF_LOG = 1000, COLUMNS_OF_QUESTION = 80 };
 
 static RolloutSettings read_settings(int argc, char **argv, bool &goes_on)
 {
@@ -25,114 +23,142 @@ static RolloutSettings read_settings(int argc, char **argv, bool &goes_on)
         return settings;
     if (!operands.empty())
         throw UsageError(std::string("unexpected argument '") + operands[0] + "'");
-    if ((settings.mac != nullptr) + (settings.name != nullptr) + settings.all_managed != 1)
-        throw UsageError("exactly one of --mac, --name and --all-managed is needed");
+    if (!settings.chooses())
+        throw UsageError("at least one of --mac, --name and --all-managed is needed");
+    check_can_ask(settings);
     return settings;
 }
 
-// Looks at the devices of the batch, and asks those to upgrade that wait for it. What keeps the
-// controller from answering may pass; the deadlines end it if it does not.
-static void look_and_ask(const RolloutSettings &settings, Roll &roll, Reporter &reporter)
+static RollLimits limits_of(const RolloutSettings &settings, size_t devices)
 {
-    std::vector<Mac> asked;
-    try {
-        list_devices(settings, roll.running(), [&](const WtpRecord &wtp) {
-            roll.observe(wtp.mac, observation_of(wtp), seconds_now());
-        });
-        asked = roll.pending();
-        asked.resize(std::min(asked.size(), REQUEST_MAX)); // the rest next time
-        if (!asked.empty()) {
-            const std::vector<uint8_t> codes =
-                start_upgrades(settings, asked, settings.period, settings.type);
-            for (size_t i = 0; i < asked.size(); i++)
-                roll.answered(asked[i], codes[i], seconds_now());
-        }
-        reporter.trouble_is_over();
-    } catch (const Unanswered &failure) {
-        roll.unanswered(asked);
-        reporter.trouble(failure.what());
-    } catch (const Failure &failure) {
-        reporter.trouble(failure.what());
-    }
-    roll.pass_time(seconds_now());
+    RollLimits limits;
+    limits.follow = std::max<size_t>(settings.batch[0].of(devices), 1);
+    limits.max_failures = settings.max_failures.of(devices);
+    limits.deadline = settings.deadline;
+    limits.begin = settings.begin;
+    limits.settle = settings.settle;
+    limits.outage = settings.outage;
+    limits.to = settings.to == nullptr ? "" : settings.to;
+    limits.allow_older = settings.allow_older;
+    return limits;
 }
 
-static void run_batch(const RolloutSettings &settings, Roll &roll, Reporter &reporter,
-                      ProgressBar &bar)
+static std::string number_of(size_t count, const char *what)
 {
-    reporter.note("batch " + std::to_string(roll.batch()) + " of " +
-                  std::to_string(roll.batches()) + ": " + std::to_string(roll.running().size()) +
-                  " devices");
-    bool told = false;
-    for (;;) {
-        look_and_ask(settings, roll, reporter);
-        if (stop_wanted()) {
-            if (!told)
-                reporter.warn("stopping after this batch; a second signal ends at once");
-            told = true;
-            roll.drop_unasked();
-        }
-        bar.show(roll);
-        if (roll.running().empty())
-            return;
-        wait_or_stop(settings.interval);
-    }
+    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
-// Whether every device has the newest firmware as far as anybody can see.
-static bool all_is_well(const Roll &roll)
+// Shows the plan and asks.
+static bool is_confirmed(const Roll &roll, const RolloutSettings &settings)
 {
+    if (settings.yes)
+        return true;
+    for (const std::string &line : plan_lines(roll, COLUMNS_OF_QUESTION))
+        fprintf(stderr, "%s\n", line.c_str());
+    const size_t followed = roll.count(UpgradeStage::upgrading);
+    return may_begin(settings, "Upgrade " + number_of(roll.count(UpgradeStage::waiting), "device") +
+                                   (followed > 0 ? " and follow " + std::to_string(followed) : "") +
+                                   " in " + std::to_string(roll.batches()) +
+                                   (roll.batches() == 1 ? " batch?" : " batches?"));
+}
+
+static std::string halt_text(const Roll &roll)
+{
+    switch (roll.halted()) {
+    case Halt::signal:
+        return "stopped by a signal";
+    case Halt::failures:
+        return "stopped: too many failures";
+    case Halt::silence:
+        return "stopped: the controller did not answer";
+    case Halt::log:
+        return "stopped: the log cannot be written";
+    case Halt::differs:
+        return "stopped: " + plain_text(roll.halt_reason());
+    case Halt::none:
+        break;
+    }
+    return "";
+}
+
+static int status_of(const Roll &roll, int signal)
+{
+    if (signal != 0)
+        return SIGNALLED + signal;
+    if (roll.count(UpgradeStage::waiting) > 0 && roll.halted() != Halt::log)
+        return STOPPED;
     for (const RollDevice &device : roll.devices())
         if (device.stage != UpgradeStage::done && !device.current)
-            return false;
-    return true;
+            return SOME_FAILED;
+    return ALL_DONE;
 }
 
-static std::string counts_text(const Roll &roll)
+// Says how it ended, on standard error, in the log and on standard output.
+static int finish(const Roll &roll, const RolloutSettings &settings, int signal, Reporter &reporter)
 {
-    using enum UpgradeStage;
-    const auto count = [&](UpgradeStage stage) { return std::to_string(roll.count(stage)); };
-    return count(done) + " done, " + count(failed) + " failed, " + count(timed_out) +
-           " timed out, " + count(skipped) + " skipped, " + count(waiting) + " not started";
-}
-
-static int roll_out(const RolloutSettings &settings, Roll &roll, Reporter &reporter,
-                    ProgressBar &bar)
-{
-    while (!stop_wanted() && !reporter.log_failed() && roll.begin_batch(seconds_now()))
-        run_batch(settings, roll, reporter, bar);
-    bar.clear();
-    if (roll.count(UpgradeStage::waiting) > 0)
-        reporter.warn(std::string(stop_wanted()            ? "stopped by a signal"
-                                  : roll.too_many_failed() ? "stopped: too many failures"
-                                                           : "stopped") +
-                      "; started again, it goes on with the rest");
+    const bool goes_on = roll.halted() == Halt::signal || roll.halted() == Halt::failures ||
+                         roll.halted() == Halt::silence;
+    const bool is_left = roll.count(UpgradeStage::waiting) > 0;
+    if (is_left || roll.halted() == Halt::differs)
+        reporter.warn(halt_text(roll) +
+                      (is_left && goes_on ? "; started again, it goes on with the rest" : ""));
     reporter.warn(counts_text(roll));
-    print_summary(roll);
-    return all_is_well(roll) && !reporter.log_failed() ? 0 : 1;
+    int status = status_of(roll, signal);
+    for (const std::string &line : result_lines(roll, COLUMNS_OF_LOG))
+        reporter.write_log(line);
+    reporter.write_log("status " + std::to_string(status));
+    if (status == ALL_DONE && reporter.log_failed())
+        status = SOME_FAILED;
+    print_result(roll, settings, status);
+    return status;
+}
+
+static int roll_out(const RolloutSettings &settings, Reporter &reporter)
+{
+    std::optional<ControllerLock> lock;
+    if (!settings.plan)
+        lock.emplace(settings);
+    std::vector<RollDevice> devices = make_plan(settings);
+    const RollLimits limits = limits_of(settings, devices.size());
+    RolloutCourse course(settings, std::move(devices), limits, reporter);
+    const Roll &roll = course.roll();
+    if (settings.plan) {
+        print_plan(roll, settings);
+        return ALL_DONE;
+    }
+    for (const RollDevice &device : roll.devices())
+        if (device.finished())
+            reporter.write_log(event_text(device));
+    if (roll.batches() > 0 && !is_confirmed(roll, settings)) {
+        reporter.warn("nothing was begun");
+        return STOPPED;
+    }
+    const int signal = drive(course, settings.interval, reporter);
+    return finish(roll, settings, signal, reporter);
 }
 
 static int run(int argc, char **argv)
 {
     bool goes_on = false;
+    const std::vector<std::string> words(argv, argv + argc);
     const RolloutSettings settings = read_settings(argc, argv, goes_on);
     if (!goes_on)
-        return 0;
-    const EventLog log(settings.dry_run ? nullptr : settings.log);
+        return ALL_DONE;
+    const EventLog log(settings.plan ? nullptr : settings.log, ROLLOUT_PROGRAM.name);
     watch_for_stop();
-    ProgressBar bar;
+    stop_at_first(true);
+    log.add(opening_text(ROLLOUT_PROGRAM.name, words));
+    ProgressBar bar(ROLLOUT_PROGRAM.name);
     Reporter reporter(log, bar);
-    const RollLimits limits = {settings.batch, settings.max_failures,
-                               static_cast<double>(settings.deadline)};
-    Roll roll(make_plan(settings), limits, reporter);
-    if (settings.dry_run) {
-        print_plan(roll);
-        return 0;
+    try {
+        return roll_out(settings, reporter);
+    } catch (const StopAtOnce &) {
+        reporter.warn("stopped by a signal; nothing was begun");
+        return STOPPED;
+    } catch (const Failure &failure) {
+        reporter.write_log(failure.what());
+        throw;
     }
-    const size_t skipped = roll.count(UpgradeStage::skipped);
-    log.add("roll-out of " + std::to_string(roll.devices().size() - skipped) + " devices, " +
-            std::to_string(skipped) + " skipped");
-    return roll_out(settings, roll, reporter, bar);
 }
 
 int main(int argc, char **argv)

@@ -1,107 +1,216 @@
 // SPDX-License-Identifier: MIT
 #include "rollout/plan.h"
 
+#include "common/device_names.h"
+#include "common/topology.h"
 #include "proto/result_code.h"
 #include "rollout/requests.h"
 
-#include <fnmatch.h>
-
-enum : unsigned { STEPS_MAX = 2 };
+#include <algorithm>
+#include <cstring>
 
 Observation observation_of(const WtpRecord &wtp)
 {
     Observation seen;
+    seen.listed = true;
+    seen.managed = wtp.managed != 0;
     seen.online = wtp.state == WTP_ONLINE;
-    seen.busy = is_upgrading(wtp) || wtp.sub_state == WTP_SUB_WAITING;
+    seen.busy = is_in_upgrade(wtp);
     seen.progress = wtp.progress;
     seen.version = wtp.sw_ver;
     seen.announced = wtp.new_fw_ver;
+    seen.uptime = wtp.uptime;
+    seen.change_time = wtp.change_time;
+    seen.upg_state = wtp.upg_state;
     return seen;
 }
 
-static void skip(RollDevice &device, const char *reason)
+namespace {
+
+class Planner {
+public:
+    explicit Planner(const RolloutSettings &settings) : settings_(settings) {}
+
+    std::vector<RollDevice> make();
+
+private:
+    template <class Ask> void ask(Ask ask) { ask_patiently(settings_.timeout, answered_, ask); }
+
+    void read_list();
+    void choose();
+    void ask_for_steps();
+    void set_steps(RollDevice &device, const FirmwareSteps &known) const;
+    void set_batches();
+    SwitchLinks find_links();
+
+    const RolloutSettings &settings_;
+    bool answered_ = false; // the controller has, once
+    std::vector<RollDevice> devices_;
+    std::vector<Mac> switches_; // of the whole list
+};
+
+void skip(RollDevice &device, const std::string &reason)
 {
     device.stage = UpgradeStage::skipped;
     device.reason = reason;
 }
 
-static RollDevice device_of(const WtpRecord &wtp)
+RollDevice device_of(const WtpRecord &wtp, const RolloutSettings &settings)
 {
-    const Observation seen = observation_of(wtp);
     RollDevice device;
     device.mac = wtp.mac;
     device.name = wtp.name;
-    device.from = seen.version;
-    device.online = seen.online;
-    if (seen.busy) {
-        device.stage = UpgradeStage::upgrading;
-        device.to = seen.announced;
-    } else if (wtp.managed == 0) {
+    device.model = wtp.model;
+    device.kind = wtp.wtp_type;
+    device.from = wtp.sw_ver;
+    device.last = observation_of(wtp);
+    if (!device.last.managed) {
         skip(device, "not under management");
-    } else if (!seen.online) {
+    } else if (device.last.busy) {
+        device.stage = UpgradeStage::upgrading;
+        device.followed = device.foreign = true;
+        device.to = device.last.announced;
+    } else if (!device.last.online) {
         skip(device, "offline");
+    } else if (settings.to != nullptr && device.from == settings.to) {
+        skip(device, "has this version");
+        device.current = true;
+    } else if (settings.to != nullptr && !settings.allow_older &&
+               strverscmp(device.from.c_str(), settings.to) > 0) {
+        skip(device, "has a newer version");
     }
     return device;
 }
 
-static bool is_chosen(const RolloutSettings &settings, const WtpRecord &wtp)
+void Planner::read_list()
 {
-    if (settings.name != nullptr)
-        return fnmatch(settings.name, std::string(wtp.name).c_str(), 0) == 0;
-    return wtp.managed != 0 || !settings.all_managed;
+    SelectionCheck check(settings_);
+    ask([&] {
+        devices_.clear();
+        switches_.clear();
+        check = SelectionCheck(settings_);
+        list_devices(settings_, {}, [&](const WtpRecord &wtp) {
+            check.saw(wtp);
+            if (wtp.wtp_type == DEVICE_SWITCH)
+                switches_.push_back(wtp.mac);
+            if (settings_.includes(wtp))
+                devices_.push_back(device_of(wtp, settings_));
+        });
+    });
+    for (const std::string &name : check.unmatched_names())
+        throw Failure("no device has a name that matches '" + name + "'");
+    for (const Mac &mac : check.missing_macs()) {
+        devices_.emplace_back().mac = mac;
+        skip(devices_.back(), "not in the list");
+    }
 }
 
-// Those of a list of addresses are in its order.
-static std::vector<RollDevice> choose(const RolloutSettings &settings)
+// Addresses that were given come first, in their order; an address that came twice comes once.
+void Planner::choose()
 {
-    std::vector<RollDevice> devices;
-    std::map<Mac, size_t> places;
-    for (const Mac &mac : settings.macs) {
-        places[mac] = devices.size();
-        devices.emplace_back().mac = mac;
-        skip(devices.back(), "not found");
-    }
-    const std::vector<Mac> macs(settings.macs.begin(), settings.macs.end());
-    list_devices(settings, macs, [&](const WtpRecord &wtp) {
-        if (!is_chosen(settings, wtp))
-            return;
-        const auto [place, is_new] = places.emplace(wtp.mac, devices.size());
-        if (is_new && macs.empty())
-            devices.push_back(device_of(wtp));
-        else if (place->second < devices.size())
-            devices[place->second] = device_of(wtp);
-    });
-    return devices;
+    const auto place = [this](const RollDevice &device) {
+        const auto found = settings_.macs.find(device.mac);
+        return found == settings_.macs.end() ? settings_.macs.size() : found->second;
+    };
+    std::stable_sort(devices_.begin(), devices_.end(),
+                     [&](const RollDevice &a, const RollDevice &b) { return place(a) < place(b); });
+    std::set<Mac> known;
+    std::erase_if(devices_,
+                  [&](const RollDevice &device) { return !known.insert(device.mac).second; });
+    if (devices_.empty())
+        throw Failure("no device is chosen");
 }
 
 // An upgrade that runs may be the first of two when the controller does not tell.
-static void set_steps(RollDevice &device, const FirmwareSteps &known)
+void Planner::set_steps(RollDevice &device, const FirmwareSteps &known) const
 {
     const auto steps = known.steps.find(device.mac);
+    const uint8_t code = known.codes.at(device.mac);
     if (steps != known.steps.end()) {
-        device.steps = steps->second;
+        device.steps_left = steps->second;
     } else if (device.stage == UpgradeStage::upgrading) {
-        device.steps = STEPS_MAX;
+        device.steps_left = 0;
+    } else if (code == RESULT_SUCCESS) {
+        skip(device, "the controller does not say how many upgrades it needs");
     } else {
-        const uint8_t code = known.codes.at(device.mac);
-        device.current = code == RESULT_NO_IMAGE || code == RESULT_SUCCESS;
-        skip(device, device.current ? "no newer firmware" : result_text(code, device.mac));
+        device.current = code == RESULT_NO_IMAGE && settings_.to == nullptr;
+        skip(device, code == RESULT_NO_IMAGE ? "no newer firmware" : result_text(code, device.mac));
     }
 }
 
-std::vector<RollDevice> make_plan(const RolloutSettings &settings)
+void Planner::ask_for_steps()
 {
-    std::vector<RollDevice> devices = choose(settings);
-    if (devices.empty())
-        throw Failure(settings.name != nullptr ? "no device has a name that fits"
-                                               : "no device is under management");
-    std::vector<Mac> asked;
-    for (const RollDevice &device : devices)
+    std::vector<Mac> macs;
+    for (const RollDevice &device : devices_)
         if (!device.finished())
-            asked.push_back(device.mac);
-    const FirmwareSteps known = ask_firmware_steps(settings, asked);
-    for (RollDevice &device : devices)
+            macs.push_back(device.mac);
+    FirmwareSteps known;
+    if (!macs.empty())
+        ask([&] { known = ask_firmware_steps(settings_, macs); });
+    for (RollDevice &device : devices_)
         if (!device.finished())
             set_steps(device, known);
-    return devices;
+}
+
+SwitchLinks Planner::find_links()
+{
+    SwitchLinks links;
+    if (settings_.keep_order || switches_.empty())
+        return links;
+    Topology topology;
+    ask([&] {
+        topology = Topology();
+        list_details(settings_, switches_, [&](const WtpRecord &wtp) { topology.add(wtp); });
+    });
+    const std::set<Mac> switches(switches_.begin(), switches_.end());
+    for (const Mac &mac : switches)
+        links[mac];
+    for (const TopologyLink &link : topology.links()) {
+        if (switches.count(link.from) != 0)
+            links[link.from].insert(link.to);
+        if (switches.count(link.to) != 0)
+            links[link.to].insert(link.from);
+    }
+    return links;
+}
+
+// What runs already is followed in a batch of its own, before anything begins.
+void Planner::set_batches()
+{
+    std::vector<BatchDevice> waiting;
+    std::vector<size_t> positions;
+    size_t first = 1;
+    for (RollDevice &device : devices_) {
+        if (device.followed) {
+            device.batch = 1;
+            first = 2;
+        }
+        if (device.stage != UpgradeStage::waiting)
+            continue;
+        waiting.push_back({device.mac, device.name, device.kind});
+        positions.push_back(static_cast<size_t>(&device - devices_.data()));
+    }
+    BatchPlan plan = {settings_.batch, devices_.size(), settings_.keep_order, {}};
+    if (waiting.size() > 1)
+        plan.links = find_links();
+    const auto batches = make_batches(waiting, plan);
+    for (size_t i = 0; i < batches.size(); i++)
+        for (const size_t member : batches[i])
+            devices_[positions[member]].batch = first + i;
+}
+
+std::vector<RollDevice> Planner::make()
+{
+    read_list();
+    choose();
+    ask_for_steps();
+    set_batches();
+    return std::move(devices_);
+}
+
+} // namespace
+
+std::vector<RollDevice> make_plan(const RolloutSettings &settings)
+{
+    return Planner(settings).make();
 }

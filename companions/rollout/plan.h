@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What a roll-out begins with: the chosen devices, and what is to be done with each.
+// What a roll-out begins with: the chosen devices, what is to be done with each, and in which
+// batch.
 #pragma once
 
 #include "rollout/options.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "rollout/requests.h"
 
+#include "common/stop.h"
 #include "ops/fwlist.h"
 #include "proto/request_writer.h"
 
@@ -17,16 +18,32 @@ static MacList to_mac_list(const std::vector<Mac> &macs, size_t first, size_t co
     return list;
 }
 
+static constexpr uint32_t EVERYBODY =
+    WTP_FILTER_MANAGED | WTP_FILTER_UNMANAGED | WTP_FILTER_UNJOINED;
+
 void list_devices(const Endpoint &endpoint, const std::vector<Mac> &macs,
                   const std::function<void(const WtpRecord &)> &take)
 {
     WtpList list;
-    Connection(endpoint).fetch(list,
-                               WTP_FILTER_MANAGED | WTP_FILTER_UNMANAGED | WTP_FILTER_UNJOINED,
+    Connection(endpoint).fetch(list, EVERYBODY,
                                to_mac_list(macs, 0, macs.size() > REQUEST_MAX ? 0 : macs.size()));
     for (const WtpRecord *wtp = first_wtp(list, WtpPart::basics); wtp != nullptr;
          wtp = next_wtp(list))
         take(*wtp);
+}
+
+void list_details(const Endpoint &endpoint, const std::vector<Mac> &macs,
+                  const std::function<void(const WtpRecord &)> &take)
+{
+    for (size_t first = 0; first < macs.size(); first += REQUEST_MAX) {
+        WtpList list;
+        Connection(endpoint).fetch(
+            list, EVERYBODY | WTP_FILTER_DETAIL,
+            to_mac_list(macs, first, std::min(REQUEST_MAX, macs.size() - first)));
+        for (const WtpRecord *wtp = first_wtp(list, WtpPart::whole); wtp != nullptr;
+             wtp = next_wtp(list))
+            take(*wtp);
+    }
 }
 
 static void ask_for_some(const Endpoint &endpoint, const MacList &macs, FirmwareSteps &known)
@@ -56,15 +73,23 @@ FirmwareSteps ask_firmware_steps(const Endpoint &endpoint, const std::vector<Mac
     return known;
 }
 
-std::vector<uint8_t> start_upgrades(const Endpoint &endpoint, const std::vector<Mac> &macs,
+std::vector<uint8_t> start_upgrades(const Endpoint &endpoint,
+                                    const std::function<std::vector<Mac>()> &choose,
                                     uint32_t period, uint32_t type)
 {
-    const MacList list = to_mac_list(macs, 0, macs.size());
     Connection connection(endpoint);
+    std::vector<uint8_t> codes;
     try {
-        std::vector<uint8_t> codes(macs.size());
-        if (send_request(connection.session(), UpgradeRequest{list, period, type}) != 0)
-            connection.fail();
+        {
+            const StopHeldBack no_signal;
+            const std::vector<Mac> macs = choose();
+            if (macs.empty())
+                return codes;
+            codes.resize(macs.size());
+            const MacList list = to_mac_list(macs, 0, macs.size());
+            if (send_request(connection.session(), UpgradeRequest{list, period, type}) != 0)
+                connection.fail();
+        }
         ReplyReader reply(connection.session());
         reply.take(codes.data(), codes.size());
         if (!reply.ok())

@@ -21,6 +21,10 @@ inline constexpr size_t REQUEST_MAX = 10000;
 void list_devices(const Endpoint &endpoint, const std::vector<Mac> &macs,
                   const std::function<void(const WtpRecord &)> &take);
 
+// Lists these devices with their ports and neighbours.
+void list_details(const Endpoint &endpoint, const std::vector<Mac> &macs,
+                  const std::function<void(const WtpRecord &)> &take);
+
 // What the controller knows of firmware for devices.
 struct FirmwareSteps {
     std::map<Mac, uint8_t> codes;  // a result code for each
@@ -28,6 +32,9 @@ struct FirmwareSteps {
 };
 FirmwareSteps ask_firmware_steps(const Endpoint &endpoint, const std::vector<Mac> &macs);
 
-// Starts upgrades, of REQUEST_MAX devices at most; gives a result code for each device.
-std::vector<uint8_t> start_upgrades(const Endpoint &endpoint, const std::vector<Mac> &macs,
+// Starts upgrades, of REQUEST_MAX devices at most. `choose` says of which, when the controller has
+// admitted the client and no signal can come in between; none: nothing is sent. Gives a result code
+// for each device; throws Unanswered when the request may have been accepted.
+std::vector<uint8_t> start_upgrades(const Endpoint &endpoint,
+                                    const std::function<std::vector<Mac>()> &choose,
                                     uint32_t period, uint32_t type);

@@ -3,29 +3,29 @@
 // time in seconds, and says what is to be asked next. It does no input or output.
 //
 // A device is busy while the list flags it for an upgrade or shows it in one, and at rest when it
-// is online and not busy. Its states:
+// is online and not busy. The stages of a device:
 //
-//     waiting     answered: success                  sent
-//                 answered: no image                 skipped, or done behind an earlier step
-//                 answered: busy, and it may be so
-//                     by a request without reply     sent
-//                 answered: busy, not ready or no
-//                     response, behind an earlier
-//                     step                           waiting: is asked again
-//                 answered: anything else            failed
-//                 busy                               upgrading
-//                 deadline                           failed
-//     sent        busy                               upgrading
-//                 at rest with another version       done, or waiting for its next step
-//                 deadline                           timed out
-//     upgrading   at rest with the announced version done, or waiting for its next step
-//                 at rest otherwise, twice in a row  failed
-//                 deadline                           timed out
+//     waiting     for a request         sent when it was accepted, or when it may have been (no
+//     reply,
+//                                       "no response"); skipped when there is nothing newer; failed
+//                                       when it was refused, or not accepted within `begin`
+//     sent        nothing was seen yet  upgrading when it is busy; failed when it stays at rest
+//     with
+//                                       its old version for `begin`, in three looks
+//     upgrading                         settling, or waiting for the next step; failed when it is
+//     at
+//                                       rest with another version than its target, in two looks and
+//                                       for `return_time`
+//     settling    it has its target     done when that stays so for `settle`, else upgrading again
 //
-// Twice, since a device may be seen with its old version just before it restarts. A deadline counts
-// from the batch's beginning, and anew from each request that a device takes.
+// What may never happen: a device that was not chosen is asked; more devices are in flight than the
+// batch allows; a device is asked for the first time after halt(), or again because a reply was
+// lost; it is asked again before it was seen at rest; it is done without having been seen online,
+// with its target, after a restart, for the time to settle. Everything ends: each stage has a
+// limit, and the silence of the controller has one.
 #pragma once
 
+#include "common/driver.h"
 #include "util/mac.h"
 
 #include <cstdint>
@@ -33,42 +33,84 @@
 #include <string>
 #include <vector>
 
-enum class UpgradeStage : uint8_t { waiting, sent, upgrading, done, failed, timed_out, skipped };
+enum class UpgradeStage : uint8_t {
+    waiting,
+    sent,
+    upgrading,
+    settling,
+    done,
+    failed,
+    timed_out,
+    unknown,
+    skipped
+};
+
+// What the list says of a device. Without `listed` it is not in it.
+struct Observation {
+    bool listed = false, managed = true, online = false, busy = false;
+    unsigned progress = 0;
+    std::string version, announced;
+    uint32_t uptime = 0, change_time = 0;
+    uint8_t upg_state = 0;
+};
+
+// An upgrade by one version. Times without another word are those of the service clock.
+struct UpgradeStep {
+    std::string start;       // the version before it
+    double entered = 0;      // when the device began to wait for it
+    double asked = -1;       // when it was asked last, or seen busy; -1: not yet
+    double asked_real = 0;   // the same on the clock of the world
+    uint32_t uptime = 0;     // of the device then
+    uint8_t upg_state = 0;   // then
+    bool reply_lost = false; // a request may have been accepted or not
+    bool busy_seen = false, restarted = false;
+    bool check = false;       // it is to be asked which steps are left
+    std::string refuted;      // a version that asking has shown not to be the target
+    unsigned looks = 0;       // in a row at rest; with `seen_version`, which is not the target, if
+    double looks_since = 0;   // it was asked
+    std::string seen_version; //
+    double held_since = 0;    // since when it has its target
+    uint32_t change_time = 0; // then
+};
 
 struct RollDevice {
     Mac mac;
-    std::string name;
-    std::string from, to; // versions; `to` is empty until it is announced
+    std::string name, model;
+    uint8_t kind = 0;     // as wtp_type
+    std::string from, to; // versions; `to` is empty until it is known
     UpgradeStage stage = UpgradeStage::waiting;
     std::string reason;      // why it failed or was skipped, or is asked again
     bool current = false;    // skipped since there is nothing newer
-    unsigned steps = 1;      // upgrades on the way to the newest version
-    unsigned steps_done = 0; // those of them that are done
-    unsigned progress = 0;   // of the present one, in percent
-    size_t batch = 0;        // counted from 1; 0 when it is in none
-    double begun = -1;       // when it was asked or found upgrading first; -1: not yet
+    bool followed = false;   // busy before the roll-out; in the first batch
+    bool foreign = false;    // somebody else's upgrade, until it is asked here
+    bool asked = false;      // a request of this roll-out may have been accepted
+    bool late = false;       // failed, since it did not begin; it may begin still
+    unsigned steps_left = 1; // upgrades up to the newest version; 0: not known
+    unsigned steps_done = 0;
+    unsigned progress = 0; // of the present step, in percent
+    size_t batch = 0;      // counted from 1; 0 when it is in none
+    double begun = -1;     // when it was asked or found upgrading first; -1: not yet
     double ended = -1;
-
-    // How it stands within the present step.
-    std::string start;       // the version before it
-    double since = 0;        // what the deadline counts from
-    bool reply_lost = false; // a request for it had no reply
-    bool online = true;      // when it was seen last
-    unsigned idle_seen = 0;  // how often in a row it was at rest without the version
+    Observation last; // as it was seen last
+    UpgradeStep step;
 
     bool finished() const { return stage >= UpgradeStage::done; }
+    bool at_rest() const { return last.listed && last.online && !last.busy; }
 };
 
-// What the list says of a device.
-struct Observation {
-    bool online = false, busy = false;
-    unsigned progress = 0;
-    std::string version, announced;
+// The version that was announced first, for the last step.
+struct Announcement {
+    std::string version;
+    size_t batch = 0; // in which that was
 };
 
 struct RollLimits {
-    uint32_t batch = 10, max_failures = 0;
-    double deadline = 900;
+    size_t follow = 1;       // devices in flight while those that were busy before are followed
+    size_t max_failures = 0; //
+    double deadline = 900, begin = 60, settle = 30, outage = 900; // seconds
+    double return_time = 10;
+    std::string to; // the version that all should have; empty: the newest
+    bool allow_older = false;
 };
 
 class Roll {
@@ -81,28 +123,38 @@ public:
         ~Listener() = default;
     };
 
-    // Puts the devices that wait into batches, in their order. Those that are upgrading already are
-    // in the first, whatever its size.
+    // Devices have their batches already; those that upgrade already are in one of their own, the
+    // first.
     Roll(std::vector<RollDevice> devices, const RollLimits &limits, Listener &listener);
 
     const std::vector<RollDevice> &devices() const { return devices_; }
     size_t batches() const { return batches_; }
     size_t batch() const { return batch_; } // the present one, 0 before the first
     size_t count(UpgradeStage stage) const;
-    bool too_many_failed() const;
+    size_t failures() const; // of devices that this roll-out has asked
+    Halt halted() const { return halted_; }
+    const std::string &target() const { return limits_.to; } // of all; may be empty
+    const std::map<std::string, Announcement> &announced() const { return announced_; }
+    double lost_time() const { return clock_.lost(); }              // of the service clock
+    const std::string &halt_reason() const { return halt_reason_; } // where there is more to say
 
-    // Begins the next batch; false when there is none, or too many devices failed.
+    // Begins the next batch; false when there is none, or none may begin.
     bool begin_batch(double now);
 
-    // Those of the batch that have not ended; and those that are to be asked to upgrade.
-    std::vector<Mac> running() const;
+    // Those of the batch that are to be looked at; that are to be asked about the steps left; and
+    // that are to be asked to upgrade. The batch ends when nothing is running any more.
+    std::vector<Mac> watched() const;
+    std::vector<Mac> unclear() const;
     std::vector<Mac> pending() const;
+    bool is_running() const;
 
-    void observe(const Mac &mac, const Observation &seen, double now);
+    void look(const std::map<Mac, Observation> &seen, double now); // at all that are watched
+    void silent(double now);                                       // a look had no answer
     void answered(const Mac &mac, uint8_t code, double now);
-    void unanswered(const std::vector<Mac> &macs); // it is not known whether the request was done
-    void pass_time(double now);                    // ends what is beyond its deadline
-    void drop_unasked();                           // leaves those out that no request has reached
+    void unanswered(const std::vector<Mac> &macs, double now);   // a request had none
+    void steps_known(const Mac &mac, unsigned left, double now); // 0: nothing is newer
+    void halt(Halt why, const std::string &reason = {});
+    void abandon(double now, const std::string &reason);
 
     // Percent of the batch's work, and of all.
     unsigned batch_progress() const { return progress(batch_, batch_); }
@@ -110,10 +162,24 @@ public:
 
 private:
     RollDevice *find(const Mac &mac);
+    bool may_begin() const { return halted_ == Halt::none; }
+    bool wants_request(const RollDevice &device) const;
+    size_t in_flight() const;
+    size_t capacity() const;
+    bool is_last(const RollDevice &device) const;
     void enter(RollDevice &device, UpgradeStage stage);
-    void end(RollDevice &device, UpgradeStage stage, double now, const std::string &reason = {});
-    void see_at_rest(RollDevice &device, const Observation &seen, double now);
-    void arrive(RollDevice &device, const std::string &version, double now);
+    void end(RollDevice &device, UpgradeStage stage, const std::string &reason = {});
+    void set_asked(RollDevice &device);
+    void see(RollDevice &device, const Observation &seen);
+    void see_busy(RollDevice &device);
+    void see_at_rest(RollDevice &device);
+    void see_target(RollDevice &device);
+    void see_other(RollDevice &device);
+    void judge_announcement(RollDevice &device);
+    void finish_step(RollDevice &device, unsigned steps_left);
+    void hold(RollDevice &device);
+    void check_limits(RollDevice &device);
+    void settle_batch();
     unsigned progress(size_t first, size_t last) const;
 
     std::vector<RollDevice> devices_;
@@ -121,4 +187,9 @@ private:
     RollLimits limits_;
     Listener &listener_;
     size_t batches_ = 0, batch_ = 0;
+    ServiceClock clock_;
+    double now_ = 0; // of the event that is worked on
+    Halt halted_ = Halt::none;
+    std::string halt_reason_;
+    std::map<std::string, Announcement> announced_; // for each model
 };

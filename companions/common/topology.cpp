@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "export/topology.h"
+#include "common/topology.h"
+
+#include "common/address_text.h"
+#include "common/device_names.h"
 
 #include <algorithm>
 

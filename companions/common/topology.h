@@ -2,7 +2,7 @@
 // Which device is connected to which, as the switches see it.
 #pragma once
 
-#include "export/devices.h"
+#include "device/wtp_record.h"
 
 #include <map>
 #include <set>

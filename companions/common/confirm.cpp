@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+#include "common/confirm.h"
+
+#include "common/stop.h"
+#include "common/trusted_files.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+static Descriptor open_terminal()
+{
+    return Descriptor(open("/dev/tty", O_RDWR | O_CLOEXEC));
+}
+
+bool can_ask()
+{
+    return isatty(STDERR_FILENO) != 0 && open_terminal();
+}
+
+bool confirm(const std::string &question)
+{
+    const Descriptor terminal = open_terminal();
+    if (!terminal || write_all(terminal.get(), question + " [y/N] ") != 0)
+        return false;
+    constexpr double FOREVER = 1e6; // seconds
+    int ready = 0;
+    while (ready == 0)
+        ready = wait_for(terminal.get(), POLLIN, FOREVER);
+    check_stop();
+    char answer[256] = "";
+    return ready > 0 && read(terminal.get(), answer, sizeof answer) > 0 &&
+           (answer[0] == 'y' || answer[0] == 'Y');
+}

@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: MIT
+// Order and batches of devices.
+#include "common/batches.h"
+#include "proto/device_kind.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+Mac mac(uint8_t number)
+{
+    return {{2, 0, 0, 0, 0, number}};
+}
+
+// A letter for each device: a access point, s switch, o other; its position is its address.
+std::vector<BatchDevice> fleet(const std::string &kinds)
+{
+    std::vector<BatchDevice> devices;
+    for (const char kind : kinds) {
+        const auto number = static_cast<uint8_t>(devices.size());
+        const int type = kind == 'a'   ? int{DEVICE_ACCESS_POINT}
+                         : kind == 's' ? int{DEVICE_SWITCH}
+                                       : 1;
+        devices.push_back({mac(number), std::string("name") + static_cast<char>('a' + number),
+                           static_cast<uint8_t>(type)});
+    }
+    return devices;
+}
+
+// The batches as positions in letters, for instance "ab c".
+std::string batches(const std::string &kinds, const char *sizes, bool keep_order = false,
+                    const std::vector<std::pair<uint8_t, uint8_t>> &links = {})
+{
+    BatchPlan plan;
+    EXPECT_TRUE(take_batch_sizes(sizes, plan.sizes));
+    plan.chosen = kinds.size();
+    plan.keep_order = keep_order;
+    for (const auto &[from, to] : links)
+        plan.links[mac(from)].insert(mac(to));
+    std::string text;
+    for (const std::vector<size_t> &batch : make_batches(fleet(kinds), plan)) {
+        text += text.empty() ? "" : " ";
+        for (const size_t position : batch)
+            text += static_cast<char>('a' + position);
+    }
+    return text;
+}
+
+} // namespace
+
+TEST(Batches, Sizes)
+{
+    EXPECT_EQ(batches("aaaaaaaaaa", "1,3,50%", true), "a bcd efghi j");
+    EXPECT_EQ(batches("aaa", "1%", true), "a b c");
+    EXPECT_EQ(batches("aaoosa", "2", true), "ab cd e f"); // one kind in each
+    EXPECT_EQ(batches("soa", "9"), "c b a");              // access points, others, switches
+}
+
+TEST(Batches, AsFewAsPossibleFromOneSwitch)
+{
+    // Switch i has a to d, switch j has e to h: each batch of two takes one of both.
+    const std::vector<std::pair<uint8_t, uint8_t>> links = {{8, 0}, {8, 1}, {8, 2}, {8, 3},
+                                                            {9, 4}, {9, 5}, {9, 6}, {9, 7}};
+    EXPECT_EQ(batches("aaaaaaaa", "2", false, links), "ae bf cg dh");
+    // Six of one switch and two of no other: no batch has more than three of the six.
+    EXPECT_EQ(batches("aaaaaaaa", "4", false, {{9, 0}, {9, 1}, {9, 2}, {9, 3}, {9, 4}, {9, 5}}),
+              "aceg bdfh");
+    EXPECT_EQ(batches("aaaaaa", "3"), "ace bdf"); // by name, far apart
+}
+
+TEST(Batches, SwitchesFromTheEdge)
+{
+    // A line a-b-c-d-e, which the ends tell of; f is alone. None with one that it is linked to.
+    EXPECT_EQ(batches("ssssss", "9", false, {{0, 1}, {2, 1}, {2, 3}, {4, 3}}), "aef bd c");
+    // Switches that were not chosen count: a is between b and another.
+    EXPECT_EQ(batches("ss", "9", false, {{3, 0}, {0, 1}, {3, 4}}), "b a");
+    EXPECT_EQ(batches("sss", "9", false, {{0, 1}, {1, 2}, {2, 0}}), "a b c"); // a ring
+}

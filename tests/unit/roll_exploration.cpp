@@ -1,0 +1,444 @@
+// SPDX-License-Identifier: MIT
+// The machine of a roll-out in every order of events, with a second bookkeeping of what may never
+// happen. With ZOV_EXPLORE=all until no new state appears, else a few thousand of them.
+#include "proto/result_code.h"
+#include "rollout/roll.h"
+
+#include <cstdlib>
+#include <deque>
+#include <gtest/gtest.h>
+#include <iostream>
+#include <unordered_set>
+
+namespace {
+
+constexpr double SETTLE = 1, RETURN = 1, BEGIN = 2, DEADLINE = 4, OUTAGE = 2;
+constexpr double TIMES[] = {1, DEADLINE};
+constexpr uint32_t LONG_UP = 1000;
+
+Observation seen(bool online, bool busy, const char *version, const char *announced,
+                 uint32_t uptime, uint32_t change_time = 0, bool managed = true)
+{
+    return {true, managed, online, busy, 50, version, announced, uptime, change_time, 0};
+}
+
+const std::vector<Observation> SIGHTS = {
+    {}, // not in the list
+    seen(false, false, "1", "", 0),
+    seen(false, true, "1", "2", 0),
+    seen(true, true, "1", "", LONG_UP),
+    seen(true, true, "1", "2", LONG_UP),
+    seen(true, true, "2", "3", 0),
+    seen(true, true, "1", "0", LONG_UP), // an older version
+    seen(true, false, "1", "", LONG_UP),
+    seen(true, false, "2", "", LONG_UP), // it has not restarted
+    seen(true, false, "2", "", 0),
+    seen(true, false, "2", "", 0, 7),
+    seen(true, false, "3", "", 0),
+    seen(true, false, "0", "", 0),
+    seen(true, false, "1", "", LONG_UP, 0, false), // unmanaged
+};
+constexpr uint8_t CODES[] = {RESULT_SUCCESS,     RESULT_NO_IMAGE,  RESULT_BUSY,
+                             RESULT_NO_RESPONSE, RESULT_NOT_READY, 14};
+
+// What is known of a device from the events alone.
+struct Watch {
+    bool asked = false;   // perhaps with success
+    bool is_open = false; // a request was accepted, and its step is not over
+    bool lost = false;    // the last request may have been accepted
+    bool rested = false;  // it was seen at rest since
+    bool restarted = false;
+    uint32_t uptime = 0;   // when it was asked
+    double asked_at = 0;   //
+    std::string announced; // in this step
+    std::string newest;    // proven by asking
+    double held = 0;       // how long it has been at rest with this version, restarted
+    Observation last;
+    unsigned steps_done = 0;
+};
+
+struct Silent : Roll::Listener {
+    void changed(const RollDevice &) override {}
+};
+Silent nobody;
+
+struct State {
+    Roll roll;
+    std::vector<Watch> watch{};
+    double now = 0, last_look = 0;
+    bool is_silent = false;
+    std::string path{}; // the events that led here
+
+    State after(const std::string &event) const
+    {
+        State next = *this;
+        next.path += " " + event;
+        return next;
+    }
+};
+
+struct Fleet {
+    const char *name;
+    std::vector<RollDevice> devices;
+    RollLimits limits;
+    size_t largest; // batch
+    std::vector<size_t> sights;
+    size_t states; // at least so many there are
+};
+constexpr size_t STATES_USUAL = 8000;
+
+// Each fleet shows some of the sights; together they show all.
+const std::vector<size_t> USUAL = {0, 1, 3, 4, 7, 8, 9, 10};
+const std::vector<size_t> STRANGE = {1, 2, 4, 6, 7, 9, 12, 13};
+const std::vector<size_t> TWO_STEPS = {1, 4, 5, 7, 9, 11};
+
+class Explorer {
+public:
+    explicit Explorer(const Fleet &fleet) : fleet_(fleet) {}
+
+    // Looks at `most` states, or all; returns how many there were.
+    size_t run(size_t most)
+    {
+        State first{.roll = Roll(fleet_.devices, fleet_.limits, nobody)};
+        for (const RollDevice &device : fleet_.devices) {
+            first.watch.emplace_back().last = device.last;
+            first.watch.back().uptime = device.last.uptime;
+        }
+        add(std::move(first));
+        while (!states_.empty() && known_.size() < most && !::testing::Test::HasFailure()) {
+            const State state = std::move(states_.front());
+            states_.pop_front();
+            expand(state);
+        }
+        return known_.size();
+    }
+
+    bool is_complete() const { return states_.empty(); }
+
+private:
+    std::string key_of(const State &state) const;
+    void add(State state);
+    void expand(const State &state);
+    void expand_look(const State &state, double time);
+    void expand_request(const State &state);
+    void look(State &state, const std::map<Mac, Observation> &list) const;
+    void ask(State &state, const Mac &mac, int code) const;
+    void check(const State &state) const;
+    void check_pending(const State &state) const;
+    void check_end(State state, const Observation *sight, int code) const;
+    Watch &watch(State &state, const Mac &mac) const { return state.watch[mac.byte[5]]; }
+
+    const Fleet &fleet_;
+    std::unordered_set<std::string> known_;
+    std::deque<State> states_;
+};
+
+// A time counts as far as its limit, and while something depends on it.
+std::string key_of_time(bool matters, double since, double now, double limit)
+{
+    return matters ? std::to_string(static_cast<int>(std::min(now - since, limit))) + "," : ",";
+}
+
+std::string Explorer::key_of(const State &state) const
+{
+    std::string key = std::to_string(state.roll.batch()) +
+                      std::to_string(static_cast<int>(state.roll.halted())) +
+                      key_of_time(state.is_silent, state.last_look, state.now, OUTAGE);
+    for (const auto &[model, first] : state.roll.announced())
+        key += first.version + (first.batch < state.roll.batch() ? "<" : "=");
+    key += std::to_string(state.roll.failures());
+    for (const RollDevice &device : state.roll.devices()) {
+        const UpgradeStep &step = device.step;
+        const Watch &watch = state.watch[device.mac.byte[5]];
+        const Observation &last = device.last;
+        key += device.finished() ? "|" : "|" + std::to_string(static_cast<int>(device.stage));
+        if (device.finished() && !device.late) // its past decides nothing any more
+            continue;
+        const bool may_be_asked =
+            device.stage == UpgradeStage::waiting || step.reply_lost || step.check || device.late;
+        for (const bool flag : {device.foreign, device.asked, device.late, step.reply_lost,
+                                step.busy_seen, step.restarted, step.check, step.uptime > 0,
+                                watch.is_open, watch.lost, watch.rested, watch.restarted})
+            key += flag ? '1' : '0';
+        for (const std::string &text :
+             {device.to, step.start, step.refuted, step.looks > 0 ? step.seen_version : "",
+              watch.announced, watch.newest})
+            key += text + ",";
+        for (const size_t number : {size_t{device.steps_left}, size_t{device.steps_done},
+                                    device.batch, size_t{std::min(step.looks, 3U)}})
+            key += std::to_string(number) + ",";
+        if (may_be_asked)
+            key += (last.listed ? "" : "-") + last.version + (last.managed ? "m" : "") +
+                   (last.online ? "o" : "") + (last.busy ? "b" : "") + (last.uptime > 0 ? "u" : "");
+        if (watch.held >= 0)
+            key += watch.last.version + std::to_string(watch.last.change_time);
+        const double now = state.last_look - state.roll.lost_time();
+        const bool is_asked = step.asked >= 0;
+        key += key_of_time(!is_asked || step.reply_lost, step.entered, now, BEGIN) +
+               key_of_time(is_asked, step.asked, now, DEADLINE) +
+               key_of_time(step.looks > 0 && is_asked, step.looks_since, now, RETURN) +
+               key_of_time(device.stage == UpgradeStage::settling, step.held_since, now, SETTLE) +
+               key_of_time(is_asked && !step.restarted, step.asked_real, state.now, 1) +
+               key_of_time(watch.held >= 0, 0, watch.held, SETTLE);
+    }
+    return key;
+}
+
+// Notes which steps are over.
+void follow_steps(State &state)
+{
+    for (const RollDevice &device : state.roll.devices()) {
+        Watch &known = state.watch[device.mac.byte[5]];
+        if (device.steps_done > known.steps_done && !device.finished()) {
+            known.is_open = known.lost = false;
+            known.announced.clear();
+            known.newest.clear();
+        }
+        known.steps_done = device.steps_done;
+    }
+}
+
+void Explorer::add(State state)
+{
+    follow_steps(state);
+    while (!state.roll.is_running() && state.roll.begin_batch(state.now)) {
+        state.last_look = state.now;
+        state.is_silent = false;
+    }
+    if (!known_.insert(key_of(state)).second)
+        return;
+    check(state);
+    if (state.roll.is_running())
+        states_.push_back(std::move(state));
+}
+
+void Explorer::look(State &state, const std::map<Mac, Observation> &list) const
+{
+    const double passed = state.is_silent ? 0 : state.now - state.last_look;
+    for (const Mac &mac : state.roll.watched()) {
+        Watch &device = watch(state, mac);
+        const Observation sight = list.at(mac);
+        const bool rests = sight.listed && sight.online && !sight.busy;
+        if (sight.listed && (!sight.online || sight.uptime < device.uptime ||
+                             sight.uptime < state.now - device.asked_at))
+            device.restarted = true;
+        const bool goes_on = rests && device.last.listed && device.last.online &&
+                             !device.last.busy && sight.version == device.last.version &&
+                             sight.change_time == device.last.change_time && device.held >= 0;
+        device.held = !rests || !device.restarted ? -1 : goes_on ? device.held + passed : 0;
+        device.rested = device.rested || rests;
+        if (sight.busy && !sight.announced.empty())
+            device.announced = sight.announced;
+        device.last = sight;
+    }
+    state.roll.look(list, state.now);
+    state.last_look = state.now;
+    state.is_silent = false;
+}
+
+void Explorer::expand_look(const State &state, double time)
+{
+    const std::vector<Mac> watched = state.roll.watched();
+    size_t lists = 1;
+    for (size_t i = 0; i < watched.size(); i++)
+        lists *= fleet_.sights.size();
+    for (size_t number = 0; number < lists; number++) {
+        State next = state.after("+" + std::to_string(static_cast<int>(time)));
+        next.now += time;
+        std::map<Mac, Observation> list;
+        size_t rest = number;
+        for (const Mac &mac : watched) {
+            const size_t sight = fleet_.sights[rest % fleet_.sights.size()];
+            list[mac] = SIGHTS[sight];
+            next.path += " sight" + std::to_string(sight);
+            rest /= fleet_.sights.size();
+        }
+        look(next, list);
+        add(std::move(next));
+    }
+}
+
+// One device is asked; -1: no reply comes.
+void Explorer::ask(State &state, const Mac &mac, int code) const
+{
+    Watch &device = watch(state, mac);
+    const bool was_lost = device.lost;
+    const bool may_be_taken = code < 0 || code == RESULT_NO_RESPONSE;
+    if (code == RESULT_SUCCESS || may_be_taken || (code == RESULT_BUSY && was_lost)) {
+        device.asked = true;
+        device.is_open = !may_be_taken;
+        device.lost = may_be_taken;
+        device.rested = device.restarted = false;
+        device.held = -1;
+        device.uptime = device.last.uptime;
+        device.asked_at = state.now;
+    }
+    if (code == RESULT_NO_IMAGE)
+        device.newest = device.last.version;
+    if (code < 0)
+        state.roll.unanswered({mac}, state.now);
+    else
+        state.roll.answered(mac, static_cast<uint8_t>(code), state.now);
+}
+
+void Explorer::expand_request(const State &state)
+{
+    for (const Mac &mac : state.roll.pending()) {
+        for (const uint8_t code : CODES) {
+            State next = state.after("answer" + std::to_string(code));
+            ask(next, mac, code);
+            add(std::move(next));
+        }
+        State next = state.after("lost");
+        ask(next, mac, -1);
+        add(std::move(next));
+    }
+    for (const Mac &mac : state.roll.unclear())
+        for (const unsigned left : {0U, 1U}) {
+            State next = state.after("left" + std::to_string(left));
+            if (left == 0)
+                watch(next, mac).newest = watch(next, mac).last.version;
+            next.roll.steps_known(mac, left, next.now);
+            add(std::move(next));
+        }
+}
+
+void Explorer::expand(const State &state)
+{
+    for (const double time : TIMES) {
+        expand_look(state, time);
+        State next = state.after("silent" + std::to_string(static_cast<int>(time)));
+        next.now += time;
+        next.is_silent = true;
+        next.roll.silent(next.now);
+        add(std::move(next));
+    }
+    expand_request(state);
+    State next = state.after("stop");
+    next.roll.halt(Halt::signal);
+    add(std::move(next));
+}
+
+void Explorer::check_pending(const State &state) const
+{
+    for (const Mac &mac : state.roll.pending()) {
+        const Watch &device = state.watch[mac.byte[5]];
+        EXPECT_FALSE(device.is_open) << "asked again in the same step";
+        EXPECT_TRUE(device.last.managed) << "asked though unmanaged";
+        EXPECT_TRUE(!device.lost || device.rested) << "asked again though not seen at rest";
+        EXPECT_TRUE(state.roll.halted() == Halt::none ||
+                    (device.asked && device.steps_done > 0 && !device.lost))
+            << "begun after the stop";
+    }
+}
+
+void Explorer::check(const State &state) const
+{
+    SCOPED_TRACE(state.path);
+    size_t in_flight = 0;
+    for (const RollDevice &device : state.roll.devices()) {
+        const Watch &watch = state.watch[device.mac.byte[5]];
+        in_flight += watch.asked && !device.finished();
+        if (device.stage != UpgradeStage::done || device.batch != state.roll.batch())
+            continue;
+        const std::string &version = watch.last.version;
+        EXPECT_TRUE(watch.last.online && !watch.last.busy) << "done though not online";
+        EXPECT_TRUE(watch.restarted) << "done without a restart";
+        EXPECT_GE(watch.held, SETTLE) << "done though not settled";
+        EXPECT_TRUE(fleet_.limits.to.empty() ? version == watch.announced || version == watch.newest
+                                             : version == fleet_.limits.to)
+            << "done with version " << version;
+    }
+    EXPECT_LE(in_flight, fleet_.largest) << "too many in flight";
+    check_pending(state);
+    check_end(state, nullptr, 0);
+    if (known_.size() % 16 != 0)
+        return;
+    for (const size_t sight : {size_t{1}, size_t{4}, size_t{7}, size_t{9}})
+        for (const int code : {int{RESULT_BUSY}, -1, int{RESULT_SUCCESS}})
+            check_end(state, &SIGHTS[sight], code);
+}
+
+// It ends when the controller stays silent; and when all devices stay as they are, whatever is
+// answered.
+void Explorer::check_end(State state, const Observation *sight, int code) const
+{
+    for (int i = 0; i < 60; i++) {
+        if (!state.roll.is_running() && !state.roll.begin_batch(state.now))
+            return;
+        state.now += 1;
+        if (sight == nullptr) {
+            state.roll.silent(state.now);
+            continue;
+        }
+        std::map<Mac, Observation> list;
+        for (const Mac &mac : state.roll.watched())
+            list[mac] = *sight;
+        state.roll.look(list, state.now);
+        for (const Mac &mac : state.roll.unclear())
+            state.roll.steps_known(mac, 1, state.now);
+        for (const Mac &mac : state.roll.pending())
+            ask(state, mac, code);
+    }
+    ADD_FAILURE() << "it never ends";
+}
+
+RollDevice device(uint8_t number, size_t batch, unsigned steps, bool followed = false)
+{
+    RollDevice made;
+    made.mac = {{2, 0, 0, 0, 0, number}};
+    made.model = "model";
+    made.from = "1";
+    made.batch = batch;
+    made.steps_left = steps;
+    made.followed = made.foreign = followed;
+    made.last = SIGHTS[followed ? 4 : 7];
+    if (followed)
+        made.stage = UpgradeStage::upgrading;
+    return made;
+}
+
+RollLimits limits(const char *to = "", bool allow_older = false)
+{
+    return {1, 1, DEADLINE, BEGIN, SETTLE, OUTAGE, RETURN, to, allow_older};
+}
+
+bool is_whole()
+{
+    return getenv("ZOV_EXPLORE") != nullptr;
+}
+
+} // namespace
+
+TEST(RollExploration, TwoDevicesOneAtATime)
+{
+    const Fleet fleets[] = {
+        {"one step", {device(0, 1, 1), device(1, 2, 1)}, limits(), 1, USUAL, 300000},
+        {"strange", {device(0, 1, 1), device(1, 2, 1)}, limits(), 1, STRANGE, 700000},
+        {"older", {device(0, 1, 1), device(1, 2, 1)}, limits("", true), 1, STRANGE, 1000000},
+        {"to 2", {device(0, 1, 1), device(1, 2, 1)}, limits("2"), 1, STRANGE, 250000},
+        {"two steps", {device(0, 1, 2), device(1, 2, 1)}, limits(), 1, TWO_STEPS, 100000},
+        {"followed",
+         {device(0, 1, 0, true), device(1, 1, 0, true)},
+         limits(),
+         1,
+         {0, 1, 4, 7, 9},
+         10000},
+    };
+    for (const Fleet &fleet : fleets) {
+        SCOPED_TRACE(fleet.name);
+        Explorer explorer(fleet);
+        const size_t states = explorer.run(is_whole() ? SIZE_MAX : STATES_USUAL);
+        std::cout << fleet.name << ": " << states << " states" << std::endl;
+        EXPECT_GE(states, is_whole() ? fleet.states : STATES_USUAL);
+        EXPECT_EQ(explorer.is_complete(), is_whole());
+    }
+}
+
+TEST(RollExploration, ThreeDevicesTwoAtATime)
+{
+    const size_t states = is_whole() ? 200000 : STATES_USUAL;
+    const Fleet fleet = {
+        "", {device(0, 1, 1), device(1, 1, 2), device(2, 2, 1)}, limits(), 2, TWO_STEPS, states};
+    EXPECT_GE(Explorer(fleet).run(states), states);
+}
