@@ -24,7 +24,6 @@ bool confirm(const std::string &question)
     const Descriptor terminal = open_terminal();
     if (!terminal || write_all(terminal.get(), question + " [y/N] ") != 0)
         return false;
-    constexpr double FOREVER = 1e6; // seconds
     int ready = 0;
     while (ready == 0)
         ready = wait_for(terminal.get(), POLLIN, FOREVER);

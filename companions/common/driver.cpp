@@ -61,6 +61,7 @@ int drive(Course &course, double interval, Reporter &reporter)
                 break;
             run_batch(course, interval, reporter);
         }
+        check_stop();
     } catch (const StopAtOnce &stop) {
         course.abandon();
         signal = stop.signal;

@@ -23,8 +23,11 @@ struct StopAtOnce {
 void check_stop();
 void stop_at_first(bool enough);
 
+inline constexpr double FOREVER = 1e6; // seconds
+
 // Waits until the file is ready for the events of poll(2), for so many seconds at most. Returns
-// what poll(2) does; or -1 with errno ECANCELED when check_stop() would throw.
+// what poll(2) does; or -1 with errno ECANCELED when a signal comes after which check_stop()
+// throws. After that it does not wait any more.
 int wait_for(int file, short events, double seconds);
 
 // Waits; returns early when a signal comes, or throws as check_stop() does.

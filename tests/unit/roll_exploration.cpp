@@ -106,8 +106,10 @@ public:
         }
         add(std::move(first));
         while (!states_.empty() && known_.size() < most && !::testing::Test::HasFailure()) {
-            const State state = std::move(states_.front());
-            states_.pop_front();
+            // The newest and the oldest in turn: a part of the states has short and long ways.
+            const bool newest = known_.size() % 2 == 0;
+            const State state = std::move(newest ? states_.back() : states_.front());
+            newest ? states_.pop_back() : states_.pop_front();
             expand(state);
         }
         return known_.size();
@@ -339,6 +341,9 @@ void Explorer::check(const State &state) const
     for (const RollDevice &device : state.roll.devices()) {
         const Watch &watch = state.watch[device.mac.byte[5]];
         in_flight += watch.asked && !device.finished();
+        EXPECT_TRUE(state.roll.halted() == Halt::none || device.batch != state.roll.batch() ||
+                    device.stage != UpgradeStage::waiting || watch.asked)
+            << "waits for its turn after the stop";
         if (device.stage != UpgradeStage::done || device.batch != state.roll.batch())
             continue;
         const std::string &version = watch.last.version;
@@ -417,13 +422,7 @@ TEST(RollExploration, TwoDevicesOneAtATime)
         {"strange", {device(0, 1, 1), device(1, 2, 1)}, limits(), 1, STRANGE, 700000},
         {"older", {device(0, 1, 1), device(1, 2, 1)}, limits("", true), 1, STRANGE, 1000000},
         {"to 2", {device(0, 1, 1), device(1, 2, 1)}, limits("2"), 1, STRANGE, 250000},
-        {"two steps", {device(0, 1, 2), device(1, 2, 1)}, limits(), 1, TWO_STEPS, 100000},
-        {"followed",
-         {device(0, 1, 0, true), device(1, 1, 0, true)},
-         limits(),
-         1,
-         {0, 1, 4, 7, 9},
-         10000},
+        {"two steps", {device(0, 1, 2), device(1, 2, 1)}, limits(), 1, TWO_STEPS, 900000},
     };
     for (const Fleet &fleet : fleets) {
         SCOPED_TRACE(fleet.name);
@@ -435,10 +434,16 @@ TEST(RollExploration, TwoDevicesOneAtATime)
     }
 }
 
-TEST(RollExploration, ThreeDevicesTwoAtATime)
+// Fleets with too many states to see them all.
+TEST(RollExploration, SeveralAtATime)
 {
     const size_t states = is_whole() ? 200000 : STATES_USUAL;
-    const Fleet fleet = {
-        "", {device(0, 1, 1), device(1, 1, 2), device(2, 2, 1)}, limits(), 2, TWO_STEPS, states};
-    EXPECT_GE(Explorer(fleet).run(states), states);
+    const Fleet fleets[] = {
+        {"three", {device(0, 1, 1), device(1, 1, 2), device(2, 2, 1)}, limits(), 2, TWO_STEPS, 0},
+        {"followed", {device(0, 1, 0, true), device(1, 1, 0, true)}, limits(), 1, TWO_STEPS, 0},
+    };
+    for (const Fleet &fleet : fleets) {
+        SCOPED_TRACE(fleet.name);
+        EXPECT_GE(Explorer(fleet).run(states), states);
+    }
 }
