@@ -66,9 +66,35 @@ FILES = [
       "2 config value ends at its NUL character for 'wtp_cfg.radio[].portal.userurl'.",
       "3 config value 'radius' is sent as 0.0.0.0 for 'wtp_cfg.radio[].portal.radius_server'.",
       "3 *An object without members."]),
+    # What is sent is not what the text shows; no difference of meaning.
+    ('{"wtp_cfg":{"radio":[\n{"data_rate":"5.50M"},\n{"data_rate":"MCSx"}],\n"dns1":"1.2.3.4/24","ipv4":'
+     '"1.2.3.4/255.0.0.0/1.2.3.1x",\n"guest_network":{"addr":"10.0.0.2.5"}}}', 0,
+     ["2 config value '5.50M' is sent as 10M for 'wtp_cfg.radio[].data_rate'.",
+      "3 config value 'MCSx' is sent as MCS0 for 'wtp_cfg.radio[].data_rate'.",
+      "4 config value '1.2.3.4/24' is sent as 1.2.3.4 for 'wtp_cfg.dns1'.",
+      "4 config value '1.2.3.4/255.0.0.0/1.2.3.1x' is sent as 1.2.3.4/255.0.0.0/1.2.3.1 for 'wtp_cfg.ipv4'.",
+      "5 config value '10.0.0.2.5' is sent as 10.0.0.2 for 'wtp_cfg.guest_network.addr'."]),
+    *(('{"wtp_cfg":{"radio":[{"data_rate":"%s"}]}}' % rate, 0,
+       [f"1 config value '{rate}' is sent as {sent} for 'wtp_cfg.radio[].data_rate'."]) for rate, sent in (
+           ("1.25M", "3.5M"), ("MCS99", "VHTMCS-1"), ("-1M", "MCS-1001"), ("1..5M", "1M"), ("6.05M", "6.5M"))),
+    ('{"wtp_cfg":{"manage_mac_list":["02:0:0:0:0:1x","2:a:0:0:0:1"],"dns1":"010.1.001.0"}}', 1,
+     ["1 config value '02:0:0:0:0:1x' is sent as 02:00:00:00:00:01 for 'wtp_cfg.manage_mac_list[]'."]),
+    *(('{"wtp_cfg":{"radio":[{"data_rate":"%s"}]}}' % rate, 0, []) for rate in ("54.0M", "05.5M", "MCS07", "32M")),
+    # JSON that only zov's parser takes.
+    *((f'{{"wtp_cfg":{{\n{members}', 0, [f"{line} This is no JSON as RFC 8259 has it: {why}."]) for members, line, why in (
+        ('"name":"x",}}', 2, "unexpected '}'; expected string literal"),
+        ('"name":"my\\pass1word"}}', 2, "invalid string: forbidden character after backslash"),
+        ('"name":"a\nb"}}', 2, "invalid string: control character U+000A (LF) must be escaped to \\u000A or \\n"),
+        ('"name":"\xff"}}', 2, "invalid string: ill-formed UTF-8 byte"), ('"name":"x"}}\n\0{}', 3, "a NUL byte"))),
+    ('\xef\xbb\xbf{"wtp_cfg":{"name":"x"}}', 0, ["1 This is no JSON as RFC 8259 has it: a byte order mark."]),
+    # Members whose names are paths are sent; a comment keeps the place of a key.
+    ('{"wtp_cfg":{"led.power":1}}', 0, ["1 Member 'led.power' in 'wtp_cfg' is sent as wtp_cfg.led.power, though it is "
+                                        "no member of that object."]),
+    ('{"wtp_cfg":{"radio":[{"wlan":[{"wep":{"key":[{"comment":"none"},"abcde"]}}]}]}}', 0, []),
     # Nothing that a terminal would obey.
     ('{"wtp_cfg":{"\\u001b]0;x\\u0007":1,"dns1":"\\u009b1m\x7f\\u202e\xe2\x82"}}', 0,
-     ["1 Unknown member '?]0;x?' in 'wtp_cfg'.", "1 *Invalid config value '?1m????' for 'wtp_cfg.dns1'."]),
+     ["1 This is no JSON as RFC 8259 has it: invalid string: ill-formed UTF-8 byte.",
+      "1 Unknown member '?]0;x?' in 'wtp_cfg'.", "1 *Invalid config value '?1m????' for 'wtp_cfg.dns1'."]),
     ('{"wtp_cfg":{"\\u061c\\u200a\\u200b\\u200c\\u200d\\u200e\\ufeff":1}}', 0,
      ["1 Unknown member '?\u200a?????' in 'wtp_cfg'."]),
     ('{"wtp_cfg":{"name":"x"\n,,}', 0, ["2 *Invalid config file FILE. Unexpected `,` in object."]),
@@ -85,12 +111,15 @@ REFUSED = [
     (AP, {"radio": [{"wlan": [{"acl": {"mac": ["01:00:5e:00:00:01"]}}]}]}), (SWITCH, {"manage_mac_list": ["2:0:0:0:1"]}),
     (AP, {"dns1": "192.168.1.256"}), (AP, {"ipv4": "192.168.100.10/255.255.255.0"}),
     (AP, {"radio": [{"portal": {"radius_server": "radius"}}]}), (AP, {"radio": [{"data_rate": "54"}]}),
+    *((AP, {"radio": [{"data_rate": rate}]}) for rate in ("MCS32", "VHTMCS10", "5.05M", "0M", "0.1M", "-1M", "MCS")),
     (AP, {"radio": [{"txpower": 17}]}), (SWITCH, {"bandsteer": 1}), (SWITCH, {"power_budget": {"comment": 1}})]
 ACCEPTED = [
     (AP, {"comment": ["red"], "radio": [{"comment": {"tx_power": "x"}}, {"mesh": {"comment": 1}}]}),
     (SWITCH, {"ac_list": [], "manage_mac_list": []}), (SWITCH, {"ac_list": ["a", "a"]}),
     (AP, {"ac_list": [f"ac{n}.example" for n in range(255)]}), (AP, {"ipv4": "0.0.0.0/0.0.0.0/0.0.0.0"}),
-    *((AP, {"radio": [{"data_rate": rate}]}) for rate in ("auto", "MCS7", "VHTMCS9", "5.5M"))]
+    (AP, {"radio": [{"wlan": [{"wep": {"key": [{"comment": "none"}, "abcde"]}}]}]}),
+    *((AP, {"radio": [{"data_rate": rate}]}) for rate in (
+        "auto", "MCS7", "MCS031", "VHTMCS9", "5.5M", "54.00M", "0.2M"))]
 
 
 def check(*words, **more):
@@ -134,6 +163,22 @@ class Check(unittest.TestCase):
                 if any("*" in m for m in messages):
                     self.assertEqual(out, "")
                 self.assertEqual(check("--type", str(kind), self.file), (status, "", err))
+
+    def test_kinds_warnings_and_json(self):
+        exported = '{"comment":"02:A2:00:00:00:01, a switch: zov cfg --type 1","wtp_cfg":{"power_budget":1}}'
+        Path(self.file).write_text(exported)
+        self.assertEqual(check(self.file), (0, "", ""))
+        self.assertEqual(check("--type", "0", self.file)[0], 1)
+        Path(self.file).write_text('{"wtp_cfg":{"comment":"x"}}')
+        nothing = "There is no setting in it: nothing is sent."
+        self.assertEqual(check(self.file), (0, "", f"{self.file}: WARNING: {nothing}\n"))
+        self.assertEqual(check("--strict", self.file), (1, "", f"{self.file}: ERROR: {nothing}\n"))
+        wrong = b'{"wtp_cfg":{"radio":[{"op_mode":0},\n{"wlan":[{"vlna":1}]}]}}'
+        status, out, err = check("--format", "json", self.file, "-", input=wrong)
+        self.assertEqual((status, err, json.loads(out)), (1, "", {"diagnostics": [
+            {"file": self.file, "line": None, "severity": "warning", "path": "", "message": nothing},
+            {"file": "-", "line": 2, "severity": "error", "path": "wtp_cfg.radio[1].wlan[0].vlna", "message":
+             "Unknown member 'vlna' in 'wtp_cfg.radio[].wlan[]', did you mean 'vlan'?"}]}))
 
     def test_very_many_messages(self):
         # On each line but the first a value is out of range and its member given twice.
@@ -238,7 +283,8 @@ class Schemas(unittest.TestCase):
                 else:
                     bad = [1, *("z" * length for length in (row.low - 1, (row.high or -2) + 1) if length >= 0)]
                 for value, good in (*((value, True) for value in (low, high)),
-                                    *((value, False) for value in (*bad, True, None, {"comment": 1}))):
+                                    *((value, False) for value in (*bad, True, None)),
+                                ({"comment": 1}, row.path.endswith(".wep.key[]"))):
                     self.assertEqual(self.valid[kind](settings.document((row.path, value))), good, (row.path, value))
 
     def test_agree_with_zov_check(self):

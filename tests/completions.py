@@ -31,7 +31,7 @@ LINES = [
     ("zov wtpflag --flag ", ["1", "2"]), ("zov online --", ["--acport", "--acserver"]), ("zov nothing --", []),
     # Options are offered once.
     ("zov rst --mac 2:0:0:0:0:1 --wait=3 --", ["--factory", "--flickreboot", "--acserver", "--acport"]),
-    ("zov-check --items --type 1 --", ["--acserver", "--acport", "--timeout", "--help", "--version"]),
+    ("zov-check --items --type 1 --", ["--strict", "--format", "--acserver", "--acport", "--timeout", "--help", "--version"]),
     ("zov-rollout --all-managed --type ", ["0", "1", "2"]), ("zov-rollout --name x --max", ["--max-failures"]),
     ("ac-sim --refuse 7 --result 2:0:0:0:0:1=1 --r", ["--result"]),
     ("zov-export --format c", ["cfg", "csv"]), ("zov-export --output=o", ["--output=office.json"]),

@@ -104,6 +104,12 @@ using Json = nlohmann::ordered_json;
 static const Json COMMENT_SCHEMA = {{"title", "Comment"},
                                     {"description", "A remark of any type. It is not sent."}};
 
+// An object in the place of an element that is left as it is.
+static const Json COMMENT_ONLY_SCHEMA = {{"type", "object"},
+                                         {"properties", {{"comment", COMMENT_SCHEMA}}},
+                                         {"required", {"comment"}},
+                                         {"additionalProperties", false}};
+
 // The texts that a form accepts; empty when any will do. Server addresses are held to more than zov
 // does, which sends other texts as no address.
 static string pattern(ConfigForm form)
@@ -120,7 +126,8 @@ static string pattern(ConfigForm form)
     case FORM_MAC_LIST:
         return "^[0-9A-Fa-f]?[02468ACEace](:[0-9A-Fa-f]{1,2}){5}$";
     case FORM_DATA_RATE:
-        return "^(auto|(VHT)?MCS[0-9]+|[0-9]+(\\.[0-9])?M)$";
+        return "^(auto|MCS0*([12]?[0-9]|3[01])|VHTMCS0*[0-9]"
+               "|0*[1-9][0-9]{0,5}(\\.[0-9]0*)?M|0+\\.[2-9]0*M)$";
     case FORM_U32:
     case FORM_U16:
     case FORM_TEXT:
@@ -178,7 +185,11 @@ static Json member_schema(const SettingNode &node, DeviceKind kind)
     schema["maxItems"] = elements_max(node);
     if (node.row != nullptr && node.row->has_distinct_elements(kind))
         schema["uniqueItems"] = true;
-    add_type_schema(schema["items"], node, kind);
+    Json element;
+    add_type_schema(element, node, kind);
+    if (node.row != nullptr && node.row->element_size() == 0) // left as it is, and remarked on
+        element = {{"anyOf", {element, COMMENT_ONLY_SCHEMA}}};
+    schema["items"] = element;
     return schema;
 }
 

@@ -1,37 +1,20 @@
 // SPDX-License-Identifier: MIT
 #include "check/checker.h"
 
+#include "check/meaning.h"
+#include "check/strict_json.h"
 #include "common/output_file.h"
 #include "common/plain_text.h"
 #include "common/stored_message.h"
 #include "config/config_file.h"
 #include "config/config_value.h"
-#include "util/ipv4.h"
+#include "util/byte_order.h"
 
 #include <cstdlib>
 #include <cstring>
 
-// What a file's values are handed to, one after the other; none of them ends the walk.
-struct Checker::Walk {
-    Walk(DeviceKind kind, TlvBuffer &buffer, std::vector<SentItem> &sent, Diagnostics &list)
-        : config(kind, buffer), items(sent), diagnostics(list)
-    {
-        buffer.messages = message.sink();
-    }
-
-    StoredMessage message; // what zov would print of the value at hand
-    ConfigContext config;
-    std::vector<SentItem> &items;
-    Diagnostics &diagnostics;
-
-    static int take_value(std::string_view path, IndexKey key, const json_value &value, void *walk);
-    static int take_refusal(const json_value &value, const char *message, void *walk);
-    void check_unchanged(std::string_view path, const json_value &value);
-    void report(const json_value *at);
-};
-
 // The message that was stored is one of the value; null: of the file.
-void Checker::Walk::report(const json_value *at)
+static void report(StoredMessage &message, const json_value *at, Diagnostics &diagnostics)
 {
     if (message.cause == Cause::no_memory)
         throw std::bad_alloc();
@@ -39,17 +22,39 @@ void Checker::Walk::report(const json_value *at)
     message.clear();
 }
 
+// What a file's values are handed to, one after the other; none of them ends the walk.
+struct Checker::Walk {
+    Walk(const KnownMembers &settings, StoredMessage &stored, TlvBuffer &buffer,
+         std::vector<SentItem> *sent, Diagnostics &list)
+        : known(settings), message(stored), config(known.kind, buffer), items(sent),
+          diagnostics(list)
+    {
+    }
+
+    const KnownMembers &known;
+    StoredMessage &message; // what zov would print of the value at hand
+    ConfigContext config;
+    std::vector<SentItem> *items; // null: they are not wanted
+    Diagnostics &diagnostics;
+
+    static int take_value(std::string_view path, IndexKey key, const json_value &value, void *walk);
+    static int take_refusal(const json_value &value, const char *message, void *walk);
+    void check_unchanged(std::string_view path, IndexKey key, const json_value &value,
+                         size_t start);
+    std::string_view last_bytes(const ConfigKey &row, IndexKey key, size_t start) const;
+};
+
 int Checker::Walk::take_value(std::string_view path, IndexKey key, const json_value &value,
                               void *walk)
 {
     auto &self = *static_cast<Walk *>(walk);
     const size_t size = self.config.items.wire_size();
     if (config_value_handler(path, key, value, &self.config) != 0) {
-        self.report(&value);
+        report(self.message, &value, self.diagnostics);
         return 0;
     }
-    self.check_unchanged(path, value);
-    if (self.config.items.wire_size() == size)
+    self.check_unchanged(path, key, value, size);
+    if (self.items == nullptr || self.config.items.wire_size() == size)
         return 0;
     const DeviceKind kind = self.config.kind;
     const ConfigArray *array = value.type == json_array ? config_array_find(path) : nullptr;
@@ -61,7 +66,7 @@ int Checker::Walk::take_value(std::string_view path, IndexKey key, const json_va
         path = array->path;
     else if (row != nullptr)
         path = row->path;
-    self.items.push_back({self.config.items.wire_size(), path, row});
+    self.items->push_back({self.config.items.wire_size(), path, row});
     return 0;
 }
 
@@ -73,26 +78,40 @@ int Checker::Walk::take_refusal(const json_value &value, const char *message, vo
     return 0;
 }
 
-// Values that zov cfg takes and sends as other ones.
-void Checker::Walk::check_unchanged(std::string_view path, const json_value &value)
+// The bytes that were made of the last value: of a list's element those in the list, else the value
+// of the last item, which begins at `start`.
+std::string_view Checker::Walk::last_bytes(const ConfigKey &row, IndexKey key, size_t start) const
 {
-    const ConfigKey *row = config_key_find(config_keys(config.kind), path);
-    if (row == nullptr || value.type != row->kind())
+    const size_t size = row.element_size();
+    const Bytes &bytes = size > 0 ? config.list_bytes : config.items.wire;
+    size_t value = size > 0 ? key.back() * size : start + 2;
+    if (size == 0) // behind id and index key
+        value += 2 + from_big_endian<uint16_t>(bytes.data() + value) + 2;
+    const auto *data = reinterpret_cast<const char *>(bytes.data());
+    return {data + value, size > 0 ? size : bytes.size() - value};
+}
+
+// Values that zov cfg takes and sends as other ones: found by showing what would be sent.
+void Checker::Walk::check_unchanged(std::string_view path, IndexKey key, const json_value &value,
+                                    size_t start)
+{
+    const ConfigKey *row = known.row_of(path);
+    if (row == nullptr || value.type != row->kind() ||
+        (row->element_size() > 0 && config.list_bytes.size() <= key.back() * row->element_size()))
         return;
+    const std::string_view text = value.type == json_string
+                                      ? std::string_view(value.u.string.ptr, value.u.string.length)
+                                      : std::string_view();
+    const std::string given =
+        value.type == json_string ? std::string(text) : std::to_string(value.u.integer);
     const std::string place = " for '" + std::string(path) + "'.";
-    Ipv4 unused;
-    if (row->form == FORM_U16 && value.u.integer > UINT16_MAX)
-        diagnostics.add(&value, "ERROR: config value '" + std::to_string(value.u.integer) +
-                                    "' is sent as " + std::to_string(value.u.integer & UINT16_MAX) +
-                                    place);
-    if (value.type != json_string)
-        return;
-    const char *text = value.u.string.ptr;
-    if (strlen(text) < value.u.string.length)
+    if (text.find('\0') != std::string_view::npos) {
         diagnostics.add(&value, "ERROR: config value ends at its NUL character" + place);
-    if (row->form == FORM_SERVER_ADDRESS && *text != '\0' && !parse_ipv4(text, unused))
-        diagnostics.add(&value, "ERROR: config value '" + std::string(text) +
-                                    "' is sent as 0.0.0.0" + place);
+        return;
+    }
+    const std::string shown = shown_value(*row, last_bytes(*row, key, start));
+    if (!mean_the_same(*row, given, shown))
+        diagnostics.add(&value, "ERROR: config value '" + given + "' is sent as " + shown + place);
 }
 
 // The line that the parser's message begins with, or has in brackets; 0 when there is none.
@@ -119,41 +138,62 @@ static int no_digest(const char *, uint8_t digest[16], const Messages &)
     return 0;
 }
 
-bool Checker::check(const char *name)
+// The settings of the kind that was given, or that the file's comment names, or of access points.
+const KnownMembers &Checker::known_for(const json_value *root) const
+{
+    if (settings_.type != nullptr)
+        return *settings_.type == '1' ? switches_ : access_points_;
+    if (root != nullptr && root->type == json_object)
+        for (const json_object_entry &member : root->u.object)
+            if (std::string_view(member.name, member.name_length) == "comment" &&
+                member.value->type == json_string &&
+                kind_in_comment({member.value->u.string.ptr, member.value->u.string.length}) ==
+                    DEVICE_SWITCH)
+                return switches_;
+    return access_points_;
+}
+
+std::vector<Diagnostic> Checker::check(const char *name)
 {
     const char *path = strcmp(name, "-") == 0 ? "/dev/stdin" : name;
     buffer_.wire.clear();
     items_.clear();
-    Diagnostics diagnostics;
-    Walk walk(known_.kind, buffer_, items_, diagnostics);
-    if (!digests_)
-        walk.config.digest = no_digest;
+    Diagnostics diagnostics(settings_.strict);
+    StoredMessage message;
+    buffer_.messages = message.sink();
     Bytes bytes;
     JsonTree root(nullptr, json_value_free);
     char why[json_error_max] = "";
     if (config_file_read(path, bytes, buffer_.messages) != 0) {
-        walk.report(nullptr);
+        report(message, nullptr, diagnostics);
     } else if (bytes.size() == 0) {
-        diagnostics.add(nullptr, "ERROR: No member 'wtp_cfg', the file is empty.");
+        diagnostics.add(nullptr, "No member 'wtp_cfg', the file is empty.");
     } else if ((root = config_text_parse(path, bytes, buffer_.messages, why)) == nullptr) {
-        walk.report(nullptr);
+        report(message, nullptr, diagnostics);
         diagnostics.explain(line_of(why), without_place(why));
     }
     const std::string_view text(reinterpret_cast<const char *>(bytes.data()), bytes.size());
     if (root != nullptr) {
+        if (const JsonFault fault = find_json_fault(text); fault.line > 0) {
+            diagnostics.add(nullptr, "This is no JSON as RFC 8259 has it:");
+            diagnostics.explain(fault.line, fault.reason);
+        }
+        const KnownMembers &known = known_for(root.get());
         diagnostics.begin_walk();
-        check_members(known_, *root, diagnostics);
+        check_members(known, *root, diagnostics);
         diagnostics.begin_walk();
-        if (!diagnostics.empty()) // each digest costs a process, and there are no items to show
+        Walk walk(known, message, buffer_, settings_.items ? &items_ : nullptr, diagnostics);
+        if (!settings_.items || diagnostics.has_errors()) // each digest costs a process
             walk.config.digest = no_digest;
         JsonIterStack stack;
         json_walk(stack, *root, {Walk::take_value, Walk::take_refusal, &walk});
+        if (buffer_.wire.size() == 0 && !diagnostics.has_errors())
+            diagnostics.warn("There is no setting in it: nothing is sent.");
     }
-    diagnostics.print(name, text, root.get());
-    if (!diagnostics.empty())
+    if (diagnostics.has_errors())
         items_.clear();
     buffer_.messages = {};
-    return diagnostics.empty();
+    return diagnostics.take(name, text, root.get());
 }
 
 void Checker::print_items(const char *name) const

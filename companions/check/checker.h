@@ -4,25 +4,26 @@
 
 #include "check/items.h"
 #include "check/members.h"
+#include "check/options.h"
 
 class Checker {
 public:
-    // Without `digests` the items have zeros in their place, which costs no process each.
-    Checker(DeviceKind kind, bool digests) : known_(kind), digests_(digests) {}
+    explicit Checker(const CheckSettings &settings) : settings_(settings) {}
 
-    // Prints what is wrong with the file, on standard error; true when nothing is. The name "-" is
-    // that of standard input.
-    bool check(const char *name);
+    // What is wrong with the file. The name "-" is that of standard input.
+    std::vector<Diagnostic> check(const char *name);
 
     // Prints on standard output the items of the file that was checked last, behind its name (if
-    // that is not null). Of a file with diagnostics there are none.
+    // that is not null). Of a file with errors there are none.
     void print_items(const char *name) const;
 
 private:
     struct Walk;
 
-    KnownMembers known_;
-    bool digests_;
+    const KnownMembers &known_for(const json_value *root) const;
+
+    const CheckSettings &settings_;
+    KnownMembers access_points_{DEVICE_ACCESS_POINT}, switches_{DEVICE_SWITCH};
     TlvBuffer buffer_;
     std::vector<SentItem> items_;
 };

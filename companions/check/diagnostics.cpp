@@ -4,18 +4,28 @@
 #include "common/plain_text.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <cstring>
 #include <utility>
 
 void Diagnostics::add(const json_value *at, std::string text)
 {
     count_++;
+    errors_++;
     of_walk_++;
     if (of_walk_ > MESSAGES_MAX)
         return;
     if (text.ends_with('\n'))
         text.pop_back();
-    rows_.push_back({at, {}, std::move(text)});
+    if (text.starts_with("ERROR: "))
+        text.erase(0, strlen("ERROR: "));
+    rows_.push_back({at, {}, true, std::move(text)});
+}
+
+void Diagnostics::warn(const std::string &text)
+{
+    add(nullptr, text);
+    rows_.back().is_error = strict_;
+    errors_ -= strict_ ? 0 : 1;
 }
 
 void Diagnostics::explain(unsigned line, const std::string &reason)
@@ -24,10 +34,12 @@ void Diagnostics::explain(unsigned line, const std::string &reason)
     rows_.back().text += " " + reason + ".";
 }
 
-void Diagnostics::print(std::string_view name, std::string_view text, const json_value *root)
+std::vector<Diagnostic> Diagnostics::take(std::string_view name, std::string_view text,
+                                          const json_value *root)
 {
+    std::vector<Diagnostic> made;
     if (rows_.empty())
-        return;
+        return made;
     if (root != nullptr) {
         ValuePlaces places;
         for (const Row &row : rows_)
@@ -42,13 +54,24 @@ void Diagnostics::print(std::string_view name, std::string_view text, const json
         return one.place.position < other.place.position;
     });
     rows_.resize(std::min<size_t>(rows_.size(), MESSAGES_MAX));
-    const std::string shown = plain_text(name);
-    std::string all;
-    for (const Row &row : rows_) {
-        const std::string line = row.place.line == 0 ? "" : ":" + std::to_string(row.place.line);
-        all += shown + line + ": " + plain_text(row.text) + "\n";
-    }
+    for (Row &row : rows_)
+        made.push_back({std::string(name), row.place.line, row.is_error, std::move(row.place.path),
+                        std::move(row.text)});
     if (count_ > rows_.size())
-        all += shown + ": and " + std::to_string(count_ - rows_.size()) + " more\n";
-    fwrite(all.data(), 1, all.size(), stderr);
+        made.push_back({std::string(name), 0, errors_ > 0, "",
+                        "and " + std::to_string(count_ - rows_.size()) + " more"});
+    return made;
+}
+
+std::string text_of(const std::vector<Diagnostic> &diagnostics)
+{
+    std::string all;
+    for (const Diagnostic &one : diagnostics) {
+        const std::string line = one.line == 0 ? "" : ":" + std::to_string(one.line);
+        const bool counts = one.message.starts_with("and ");
+        all += plain_text(one.file) + line + ": ";
+        all += counts ? "" : one.is_error ? "ERROR: " : "WARNING: ";
+        all += plain_text(one.message) + "\n";
+    }
+    return all;
 }

@@ -58,7 +58,7 @@ static string number_text(const ConfigKey *row, string_view value)
     return std::to_string(static_cast<int32_t>(bits << unused) >> unused);
 }
 
-static string value_text(const ConfigKey *row, string_view value)
+string value_text(const ConfigKey *row, string_view value)
 {
     switch (row == nullptr ? FORM_U32 : row->form) {
     case FORM_TEXT:

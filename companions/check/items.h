@@ -16,6 +16,9 @@ struct SentItem {
     const ConfigKey *row;  // null: an array's number of elements
 };
 
+// A value as text; null: a number of elements.
+std::string value_text(const ConfigKey *row, std::string_view value);
+
 // A line for each item: its id, the positions of its index key, its path and its value, aligned.
 // Texts are JSON strings, lists have commas between their elements.
 std::string items_text(const TlvBuffer &buffer, const std::vector<SentItem> &items);

@@ -48,20 +48,62 @@ static std::vector<unsigned> lines_of_values(std::string_view text)
     return lines;
 }
 
+namespace {
+
+// A value on its way to be counted, and where it stands in the one that holds it.
+struct Step {
+    const json_value *value;
+    size_t holder; // among the holders
+    unsigned place;
+};
+
+struct Holder {
+    const json_value *value;
+    size_t holder; // of itself; that of the root is 0, which is nobody
+    unsigned place;
+};
+
+std::string path_of(const std::vector<Holder> &holders, const Step &step)
+{
+    std::string path;
+    size_t holder = step.holder;
+    unsigned place = step.place;
+    while (holder > 0) {
+        const json_value &value = *holders[holder].value;
+        std::string part;
+        if (value.type == json_array) {
+            part = "[" + std::to_string(place) + "]";
+        } else {
+            const json_object_entry &member = value.u.object.values[place];
+            part = "." + std::string(member.name, member.name_length);
+        }
+        path.insert(0, part);
+        place = holders[holder].place;
+        holder = holders[holder].holder;
+    }
+    return path.starts_with('.') ? path.substr(1) : path;
+}
+
+} // namespace
+
 void find_places(std::string_view text, const json_value &root, ValuePlaces &places)
 {
     const std::vector<unsigned> lines = lines_of_values(text);
-    std::vector<const json_value *> waiting = {&root};
+    std::vector<Holder> holders(1);
+    std::vector<Step> waiting = {{&root, 0, 0}};
     for (size_t n = 0; !waiting.empty(); n++) {
-        const json_value &value = *waiting.back();
+        const Step step = waiting.back();
         waiting.pop_back();
+        const json_value &value = *step.value;
         if (const auto wanted = places.find(&value); wanted != places.end())
-            wanted->second = {n, n < lines.size() ? lines[n] : 0};
-        if (value.type == json_object)
-            for (unsigned i = value.u.object.length; i > 0; i--)
-                waiting.push_back(value.u.object.values[i - 1].value);
-        else if (value.type == json_array)
-            for (unsigned i = value.u.array.length; i > 0; i--)
-                waiting.push_back(value.u.array.values[i - 1]);
+            wanted->second = {n, n < lines.size() ? lines[n] : 0, path_of(holders, step)};
+        if (value.type != json_object && value.type != json_array)
+            continue;
+        holders.push_back({&value, step.holder, step.place});
+        const bool is_object = value.type == json_object;
+        for (unsigned i = is_object ? value.u.object.length : value.u.array.length; i > 0; i--)
+            waiting.push_back(
+                {is_object ? value.u.object.values[i - 1].value : value.u.array.values[i - 1],
+                 holders.size() - 1, i - 1});
     }
 }

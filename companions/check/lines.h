@@ -3,12 +3,14 @@
 #pragma once
 
 #include <json-parser/json.h>
+#include <string>
 #include <string_view>
 #include <unordered_map>
 
 struct ValuePlace {
     size_t position = 0; // how many values begin before it
     unsigned line = 0;   // 0: not known
+    std::string path;    // the names of members and, in brackets, positions on the way to it
 };
 using ValuePlaces = std::unordered_map<const json_value *, ValuePlace>;
 

@@ -88,6 +88,8 @@ private:
         const std::string who = (node.is_array() ? "an element of " : "") + quoted(node.path);
         if (node.row == nullptr && value.type == json_object)
             object(node, value);
+        else if (holds_place(node, value))
+            return;
         else if (node.row == nullptr)
             fault(value, who + " has to be an object");
         else if (value.type == json_object || value.type == json_array)
@@ -95,12 +97,25 @@ private:
                   who + " has to be a " + (node.row->kind() == json_integer ? "number" : "text"));
     }
 
+    // A comment in the place of a text that is left as it is, in an array whose elements are sent
+    // one by one.
+    static bool holds_place(const SettingNode &node, const json_value &value)
+    {
+        return node.is_array() && node.row != nullptr && node.row->element_size() == 0 &&
+               value.type == json_object && value.u.object.length == 1 &&
+               name_of(value.u.object.values[0]) == COMMENT;
+    }
+
     void unknown(const SettingNode &node, const json_object_entry &member)
     {
         if (diagnostics_.is_full())
             return diagnostics_.add(member.value, {});
         const std::string_view name = name_of(member);
-        std::string hint;
+        std::string hint, path(node.path);
+        path.append(path.empty() ? "" : ".").append(name);
+        if (known_.row_of(path) != nullptr)
+            return fault(*member.value, "Member " + quoted(name) + within(node) + " is sent as " +
+                                            path + ", though it is no member of that object");
         if (const char *place = place_in_other_kind(node, name)) {
             hint = place;
         } else {
@@ -138,7 +153,11 @@ private:
 
 } // namespace
 
-KnownMembers::KnownMembers(DeviceKind of) : kind(of), root(settings_tree(of)) {}
+KnownMembers::KnownMembers(DeviceKind of) : kind(of), root(settings_tree(of))
+{
+    for (const ConfigKey *row = config_keys(of); !row->path.empty(); row++)
+        rows.emplace(row->path, row);
+}
 
 void check_members(const KnownMembers &known, const json_value &root, Diagnostics &diagnostics)
 {

@@ -8,15 +8,24 @@
 // The controller's address is accepted, so that all companion tools can be given the same options,
 // and not used.
 struct CheckSettings : Endpoint {
-    uint8_t type = 0;
-    bool items = false;
-
-    [[nodiscard]] DeviceKind kind() const { return kind_of_type(type); }
+    const char *type = nullptr; // null: what each file says
+    bool items = false, strict = false;
+    const char *format = nullptr;
 };
 
+inline constexpr const char *TYPES = "0 1", *CHECK_FORMATS = "text json";
+
 inline constexpr Option<CheckSettings> CHECK_OPTIONS[] = {
-    {{"type", "TYPE", "what the files are for, 0: access points (default), 1: switches", "0 1"},
-     [](const char *text, CheckSettings &to) { return take_number<uint8_t>(text, 0, 1, to.type); }},
+    {{"type", "TYPE", "what the files are for, 0: access points, 1: switches", TYPES},
+     [](const char *text, CheckSettings &to) { return take_word(text, TYPES, to.type); }},
+    {{"strict", nullptr, "take warnings as errors"},
+     [](const char *, CheckSettings &to) { return take_flag(to.strict); }},
+    {{.name = "format",
+      .argument = "FORMAT",
+      .help = "how to print what is wrong",
+      .values = CHECK_FORMATS,
+      .initial = "text"},
+     [](const char *text, CheckSettings &to) { return take_word(text, CHECK_FORMATS, to.format); }},
     {{"items", nullptr, "print what would be sent of each good file: id, index, path, value"},
      [](const char *, CheckSettings &to) { return take_flag(to.items); }},
     ENDPOINT_OPTIONS,

@@ -96,6 +96,12 @@ constexpr bool is_word_of(std::string_view word, std::string_view words)
     return false;
 }
 
+inline bool take_word(const char *text, const char *words, const char *&kept)
+{
+    kept = text;
+    return is_word_of(text, words);
+}
+
 // A whole or fractional number of seconds.
 inline bool take_seconds(const char *text, double low, double high, double &seconds)
 {

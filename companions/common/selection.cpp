@@ -118,9 +118,3 @@ bool take_exclusion(const char *text, Selection &to)
         to.excluded_names.push_back(text);
     return *text != '\0';
 }
-
-bool take_word(const char *text, const char *words, const char *&kept)
-{
-    kept = text;
-    return is_word_of(text, words);
-}

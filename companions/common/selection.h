@@ -50,7 +50,6 @@ private:
 bool take_macs(const char *text, Selection &to);
 bool take_name(const char *text, Selection &to);
 bool take_exclusion(const char *text, Selection &to);
-bool take_word(const char *text, const char *words, const char *&kept);
 
 // clang-format off
 #define SELECTION_OPTIONS                                                                          \

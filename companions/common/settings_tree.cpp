@@ -32,3 +32,17 @@ SettingNode settings_tree(DeviceKind kind)
     }
     return root;
 }
+
+std::string sending_hint(DeviceKind kind)
+{
+    return kind == DEVICE_SWITCH ? ", a switch: zov cfg --type 1"
+                                 : ", an access point: zov cfg --type 0";
+}
+
+uint8_t kind_in_comment(std::string_view comment)
+{
+    for (const DeviceKind kind : {DEVICE_SWITCH, DEVICE_ACCESS_POINT})
+        if (comment.ends_with(sending_hint(kind)))
+            return kind;
+    return 0;
+}

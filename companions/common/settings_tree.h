@@ -4,6 +4,7 @@
 
 #include "config/config_keys.h"
 
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -20,6 +21,11 @@ struct SettingNode {
     // The member of that name, or null.
     [[nodiscard]] const SettingNode *find(std::string_view member) const;
 };
+
+// The end of the comment of an exported configuration, which says how to send it; and the kind that
+// a comment says so of, or 0.
+std::string sending_hint(DeviceKind kind);
+uint8_t kind_in_comment(std::string_view comment);
 
 // The root has the one member wtp_cfg. All that is in it stands in the order of the key table.
 SettingNode settings_tree(DeviceKind kind);

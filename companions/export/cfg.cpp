@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The stored configurations as documents that zov cfg --file takes.
 #include "common/output_file.h"
+#include "common/settings_tree.h"
 #include "export/cfg_writer.h"
 #include "export/formats.h"
 #include "export/json_text.h"
@@ -32,9 +33,8 @@ public:
         if (settings.is_null())
             return lacks(mac, "nothing of its configuration can be sent");
         made_++;
-        const char *what =
-            is_switch ? ", a switch: zov cfg --type 1" : ", an access point: zov cfg --type 0";
-        CfgWriter::Json document = {{"comment", mac + what}};
+        const DeviceKind kind = is_switch ? DEVICE_SWITCH : DEVICE_ACCESS_POINT;
+        CfgWriter::Json document = {{"comment", mac + sending_hint(kind)}};
         document["wtp_cfg"] = std::move(settings);
         return escape_controls(document.dump(INDENTATION)) + "\n";
     }

@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: MIT
+#include "check/strict_json.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+using Json = nlohmann::json;
+
+namespace {
+
+// Takes everything, and keeps what is wrong.
+struct FaultFinder : nlohmann::json_sax<Json> {
+    size_t position = 0;
+    std::string reason;
+
+    bool null() override { return true; }
+    bool boolean(bool) override { return true; }
+    bool number_integer(number_integer_t) override { return true; }
+    bool number_unsigned(number_unsigned_t) override { return true; }
+    bool number_float(number_float_t, const string_t &) override { return true; }
+    bool string(string_t &) override { return true; }
+    bool binary(binary_t &) override { return true; }
+    bool start_object(size_t) override { return true; }
+    bool key(string_t &) override { return true; }
+    bool end_object() override { return true; }
+    bool start_array(size_t) override { return true; }
+    bool end_array() override { return true; }
+    bool parse_error(size_t at, const std::string &,
+                     const nlohmann::detail::exception &why) override
+    {
+        position = at;
+        reason = why.what();
+        return false;
+    }
+};
+
+// The library's reason without its own prefix and what it quotes of the file.
+std::string shortened_reason(const std::string &why)
+{
+    const size_t dash = why.find(" - "), quote = why.find("; last read:");
+    const size_t from = dash == std::string::npos ? 0 : dash + 3;
+    return why.substr(from, quote == std::string::npos ? quote : quote - from);
+}
+
+unsigned line_at(std::string_view text, size_t position)
+{
+    const size_t end = std::min(position, text.size());
+    return 1 + static_cast<unsigned>(std::count(text.data(), text.data() + end, '\n'));
+}
+
+} // namespace
+
+JsonFault find_json_fault(std::string_view text)
+{
+    if (text.starts_with("\xEF\xBB\xBF"))
+        return {1, "a byte order mark"};
+    if (const size_t nul = text.find('\0'); nul != std::string_view::npos)
+        return {line_at(text, nul), "a NUL byte"};
+    FaultFinder finder;
+    if (Json::sax_parse(text.begin(), text.end(), &finder))
+        return {};
+    return {line_at(text, finder.position == 0 ? 0 : finder.position - 1),
+            shortened_reason(finder.reason)};
+}
