@@ -165,7 +165,7 @@ class Check(unittest.TestCase):
                 self.assertEqual(check("--type", str(kind), self.file), (status, "", err))
 
     def test_kinds_warnings_and_json(self):
-        exported = '{"comment":"02:A2:00:00:00:01, a switch: zov cfg --type 1","wtp_cfg":{"power_budget":1}}'
+        exported = '{"comment":"02:A2:00:00:00:01, a switch: zov cfg --type 1; its password is not in it","wtp_cfg":{"power_budget":1}}'
         Path(self.file).write_text(exported)
         self.assertEqual(check(self.file), (0, "", ""))
         self.assertEqual(check("--type", "0", self.file)[0], 1)

@@ -35,8 +35,9 @@ SettingNode settings_tree(DeviceKind kind)
 
 std::string sending_hint(DeviceKind kind)
 {
-    return kind == DEVICE_SWITCH ? ", a switch: zov cfg --type 1"
-                                 : ", an access point: zov cfg --type 0";
+    const char *how = kind == DEVICE_SWITCH ? ", a switch: zov cfg --type 1"
+                                            : ", an access point: zov cfg --type 0";
+    return std::string(how) + "; its password is not in it";
 }
 
 uint8_t kind_in_comment(std::string_view comment)

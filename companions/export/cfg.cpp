@@ -3,68 +3,85 @@
 #include "common/output_file.h"
 #include "common/settings_tree.h"
 #include "export/cfg_writer.h"
+#include "export/directory_output.h"
 #include "export/formats.h"
 #include "export/json_text.h"
 
 #include <algorithm>
 #include <cstdio>
+#include <map>
 
 enum : int { INDENTATION = 2 };
 
 namespace {
 
+// What documents lack, each with the devices that lack it.
+class Losses {
+public:
+    void add(const std::string &what, const Mac &mac)
+    {
+        Loss &loss = losses_[what];
+        if (loss.devices == 0)
+            loss.first = mac;
+        if (loss.devices == 0 || loss.last != mac)
+            loss.devices++;
+        loss.last = mac;
+    }
+
+    [[nodiscard]] bool empty() const { return losses_.empty(); }
+
+    void report() const
+    {
+        for (const auto &[what, loss] : losses_)
+            fprintf(stderr, "zov-export: %s (devices: %u, first %s)\n", what.c_str(), loss.devices,
+                    mac_name(loss.first).c_str());
+    }
+
+private:
+    struct Loss {
+        unsigned devices = 0;
+        Mac first, last;
+    };
+    std::map<std::string, Loss> losses_;
+};
+
 class Documents {
 public:
-    // The document of a device; empty when it has none, which is reported.
+    // The document of a device; empty when it has none.
     std::string make(const WtpRecord &wtp)
     {
-        const std::string mac = mac_name(wtp.mac);
-        if (wtp.wtp_cfg == nullptr)
-            return lacks(mac, "the controller has no configuration of it");
         const bool is_switch = wtp.wtp_type == DEVICE_SWITCH;
-        if (!is_switch && wtp.wtp_type != DEVICE_ACCESS_POINT) {
-            others_++;
+        if (wtp.wtp_cfg == nullptr || (!is_switch && wtp.wtp_type != DEVICE_ACCESS_POINT))
             return "";
-        }
         CfgWriter &writer = is_switch ? of_switches_ : of_access_points_;
         CfgWriter::Json settings = writer.write(*wtp.wtp_cfg);
         for (const std::string &setting : writer.left_out())
-            fprintf(stderr, "zov-export: %s: left out: %s\n", mac.c_str(), setting.c_str());
-        if (settings.is_null())
-            return lacks(mac, "nothing of its configuration can be sent");
+            losses_.add(setting, wtp.mac);
+        if (settings.is_null()) {
+            losses_.add("nothing of the configuration can be sent", wtp.mac);
+            return "";
+        }
         made_++;
         const DeviceKind kind = is_switch ? DEVICE_SWITCH : DEVICE_ACCESS_POINT;
-        CfgWriter::Json document = {{"comment", mac + sending_hint(kind)}};
+        CfgWriter::Json document = {{"comment", mac_name(wtp.mac) + sending_hint(kind)}};
         document["wtp_cfg"] = std::move(settings);
         return escape_controls(document.dump(INDENTATION)) + "\n";
     }
 
-    // To be called at the end: what all documents lack.
-    void finish() const
+    // To be called at the end: reports what the documents lack; false if there is anything.
+    bool finish() const
     {
-        if (others_ > 0)
-            fprintf(stderr,
-                    "zov-export: nothing can be sent to what is neither access point nor switch "
-                    "(devices: %u)\n",
-                    others_);
+        losses_.report();
         if (made_ == 0)
             throw Failure("there is no configuration to write");
-        fprintf(stderr,
-                "zov-export: wtp_cfg.password is left out, as the controller has digests of "
-                "passwords only (devices: %u)\n",
-                made_);
+        return losses_.empty();
     }
 
 private:
-    static std::string lacks(const std::string &mac, const char *why)
-    {
-        fprintf(stderr, "zov-export: %s: %s\n", mac.c_str(), why);
-        return "";
-    }
-
     CfgWriter of_access_points_{DEVICE_ACCESS_POINT};
     CfgWriter of_switches_{DEVICE_SWITCH};
-    unsigned made_ = 0, others_ = 0;
+    Losses losses_;
+    unsigned made_ = 0;
 };
 
 } // namespace
@@ -77,29 +94,31 @@ static std::string file_name(const Mac &mac)
     return name + ".json";
 }
 
-static void write_files(Devices &devices, const std::string &path, Documents &documents)
+static bool write_files(Devices &devices, const std::string &path, Documents &documents)
 {
-    const Descriptor directory = open_directory(path);
+    DirectoryOutput directory(path);
     devices.for_each([&](const WtpRecord &wtp) {
         const std::string document = documents.make(wtp);
-        if (document.empty())
-            return;
-        OutputFile file(directory, file_name(wtp.mac), path, MODE_SECRET);
-        file.put(document);
-        file.finish();
+        if (!document.empty())
+            directory.add(file_name(wtp.mac), document);
     });
-    documents.finish();
+    const bool whole = documents.finish();
+    return directory.finish() && whole;
 }
 
-static void write_cfg(Devices &devices, const ExportSettings &settings)
+static bool write_cfg(Devices &devices, const ExportSettings &settings)
 {
     Documents documents;
-    if (settings.directory != nullptr)
-        return write_files(devices, settings.directory, documents);
-    OutputFile file(settings.output, MODE_SECRET);
-    devices.for_each([&](const WtpRecord &wtp) { file.put(documents.make(wtp)); });
-    documents.finish();
-    file.finish();
+    bool whole = true;
+    if (settings.directory != nullptr) {
+        whole = write_files(devices, settings.directory, documents);
+    } else {
+        OutputFile file(settings.output, MODE_SECRET);
+        devices.for_each([&](const WtpRecord &wtp) { file.put(documents.make(wtp)); });
+        whole = documents.finish();
+        file.finish();
+    }
+    return whole || settings.partial;
 }
 
 const Format cfg_format = {WTP_FILTER_ALL & ~uint32_t{WTP_FILTER_STAINF}, write_cfg};

@@ -33,22 +33,9 @@ Json CfgWriter::write(WtpCfg &cfg)
     return object(top_, collect_fields(cfg, kind_));
 }
 
-// A path with the positions of the rows that it leads through.
-std::string CfgWriter::path_of(const CfgMember &member) const
-{
-    std::string path;
-    size_t turn = 0;
-    for (const char c : member.path) {
-        if (c == ']' && turn < positions_.size())
-            path += std::to_string(positions_[turn++]);
-        path += c;
-    }
-    return path;
-}
-
 Json CfgWriter::report_skipped(const CfgMember &member, const std::string &why)
 {
-    left_out_.push_back(path_of(member) + ": " + why);
+    left_out_.push_back(std::string(member.path) + ": " + why);
     return {};
 }
 
@@ -90,11 +77,8 @@ Json CfgWriter::table(const CfgMember &member, const std::vector<CfgRow> &rows)
                                           std::to_string(CONFIG_ELEMENTS_MAX) + " can be sent");
     Json::array_t made;
     made.reserve(rows.size());
-    for (const CfgRow &row : rows) {
-        positions_.push_back(made.size());
+    for (const CfgRow &row : rows)
         made.push_back(placed(object(member.members, row)));
-        positions_.pop_back();
-    }
     return made;
 }
 
@@ -103,11 +87,8 @@ Json CfgWriter::texts(const CfgMember &member, const CfgRow &row)
 {
     Json::array_t made;
     for (size_t place = member.place; place < row.size() && row[place].name == member.field;
-         place++) {
-        positions_.push_back(made.size());
+         place++)
         made.push_back(placed(text(member, std::get<std::string_view>(row[place].value))));
-        positions_.pop_back();
-    }
     return made;
 }
 
@@ -121,7 +102,7 @@ Json CfgWriter::list(const CfgMember &member, const std::vector<std::string> &el
 Json CfgWriter::setting(const CfgMember &member, const CfgValue &value)
 {
     if (std::holds_alternative<Md5Digest>(value))
-        return {}; // of which no password can be made; the caller tells for all devices
+        return {}; // of which no password can be made
     if (const auto *addr = std::get_if<Ipv4>(&value))
         return text(member, ipv4_name(*addr));
     if (const auto *stored = std::get_if<std::string_view>(&value))

@@ -20,7 +20,7 @@ public:
     // The object wtp_cfg; empty when there is nothing to send.
     Json write(WtpCfg &cfg);
 
-    // What the last one lacks, "PATH: WHY" each.
+    // What the last one lacks, "PATH: WHY" each, more than once when several elements do.
     const std::vector<std::string> &left_out() const { return left_out_; }
 
 private:
@@ -36,10 +36,8 @@ private:
     Json addresses(const CfgMember &member, const CfgRow &row);
 
     Json report_skipped(const CfgMember &member, const std::string &why);
-    std::string path_of(const CfgMember &member) const;
 
     DeviceKind kind_;
     std::vector<CfgMember> top_;
-    std::vector<size_t> positions_; // of the tables' rows on the way
     std::vector<std::string> left_out_;
 };

@@ -143,7 +143,7 @@ constexpr const char *DEFAULT_COLUMNS =
 
 } // namespace
 
-static void write_csv(Devices &devices, const ExportSettings &settings)
+static bool write_csv(Devices &devices, const ExportSettings &settings)
 {
     OutputFile file(settings.output, MODE_PUBLIC);
     const std::string_view list = settings.columns != nullptr ? settings.columns : DEFAULT_COLUMNS;
@@ -160,6 +160,7 @@ static void write_csv(Devices &devices, const ExportSettings &settings)
         file.put(line + "\r\n");
     });
     file.finish();
+    return true;
 }
 
 const Format csv_format = {WTP_FILTER_ALL, write_csv};

@@ -4,6 +4,7 @@
 
 #include "common/address_text.h"
 #include "common/device_names.h"
+#include "common/stop.h"
 #include "device/wtp_list.h"
 #include "export/options.h"
 
@@ -19,7 +20,7 @@ public:
     {
         for (const WtpRecord *wtp = first_wtp(list_, WtpPart::whole); wtp != nullptr;
              wtp = next_wtp(list_))
-            if (settings_.includes(*wtp))
+            if (check_stop(); settings_.includes(*wtp))
                 action(*wtp);
     }
 

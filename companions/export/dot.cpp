@@ -84,7 +84,7 @@ static void write_nodes(OutputFile &file, const Topology &topology,
     write_column(file, "max", unlinked);
 }
 
-static void write_dot(Devices &devices, const ExportSettings &settings)
+static bool write_dot(Devices &devices, const ExportSettings &settings)
 {
     Topology topology;
     devices.for_each([&](const WtpRecord &wtp) { topology.add(wtp); });
@@ -100,6 +100,7 @@ static void write_dot(Devices &devices, const ExportSettings &settings)
                  quoted(link.from_port) + ", headlabel=" + quoted(link.to_port) + "];\n");
     file.put("}\n");
     file.finish();
+    return true;
 }
 
 const Format dot_format = {WTP_FILTER_ALL & ~uint32_t{WTP_FILTER_CFG | WTP_FILTER_STAINF},

@@ -11,7 +11,8 @@ enum : mode_t { MODE_SECRET = 0600, MODE_PUBLIC = 0666 };
 
 struct Format {
     uint32_t filter; // what it needs of the devices
-    void (*write)(Devices &devices, const ExportSettings &settings);
+    // Returns whether all that it should hold is written; what is not has been reported.
+    bool (*write)(Devices &devices, const ExportSettings &settings);
 };
 
 #define DECLARE(name) extern const Format name##_format;

@@ -9,7 +9,7 @@ static void print_device(ValidJsonWriter &json, const WtpRecord &wtp)
     json_members::print_wtp(json, wtp, {});
 }
 
-static void write_document(Devices &devices, const ExportSettings &settings)
+static bool write_document(Devices &devices, const ExportSettings &settings)
 {
     OutputFile file(settings.output, MODE_SECRET);
     ValidJsonWriter json(file);
@@ -20,9 +20,10 @@ static void write_document(Devices &devices, const ExportSettings &settings)
     json.end_object();
     file.put('\n');
     file.finish();
+    return true;
 }
 
-static void write_lines(Devices &devices, const ExportSettings &settings)
+static bool write_lines(Devices &devices, const ExportSettings &settings)
 {
     OutputFile file(settings.output, MODE_SECRET);
     devices.for_each([&](const WtpRecord &wtp) {
@@ -31,6 +32,7 @@ static void write_lines(Devices &devices, const ExportSettings &settings)
         file.put('\n');
     });
     file.finish();
+    return true;
 }
 
 const Format json_format = {WTP_FILTER_ALL, write_document};

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 // zov-export: the controller's devices in formats that other programs read.
+#include "common/stop.h"
 #include "export/formats.h"
+
+enum : int { STATUS_SIGNAL = 128 };
 
 static const Format *find_format(std::string_view name)
 {
@@ -24,6 +27,8 @@ static const Format &check_settings(const ExportSettings &settings,
         throw UsageError("--output and --directory exclude each other");
     if (settings.directory != nullptr && &format != &cfg_format)
         throw UsageError("--directory is for --format cfg");
+    if (settings.partial && &format != &cfg_format)
+        throw UsageError("--partial is for --format cfg");
     if (settings.columns != nullptr && &format != &csv_format)
         throw UsageError("--columns is for --format csv");
     return format;
@@ -36,9 +41,18 @@ static int run(int argc, char **argv)
     if (!read_command_line(argc, argv, EXPORT_PROGRAM, EXPORT_OPTIONS, settings, operands))
         return 0;
     const Format &format = check_settings(settings, operands);
-    Devices devices(settings, format.filter);
-    format.write(devices, settings);
-    return devices.all_found() ? 0 : 1;
+    const bool has_files = settings.directory != nullptr || settings.output != nullptr;
+    if (has_files) { // whose temporary names are removed before a signal ends it
+        watch_for_stop();
+        stop_at_first(true);
+    }
+    try {
+        Devices devices(settings, format.filter);
+        const bool whole = format.write(devices, settings);
+        return devices.all_found() && whole ? 0 : 1;
+    } catch (const StopAtOnce &stop) {
+        return STATUS_SIGNAL + stop.signal;
+    }
 }
 
 int main(int argc, char **argv)

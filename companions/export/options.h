@@ -13,6 +13,7 @@ struct ExportSettings : Endpoint, Selection {
     const char *output = nullptr;
     const char *directory = nullptr;
     const char *columns = nullptr; // of csv, joined by commas
+    bool partial = false;
 };
 
 // Every format; its row is NAME_format in its own file.
@@ -73,6 +74,8 @@ inline constexpr Option<ExportSettings> EXPORT_OPTIONS[] = {
     SELECTION_OPTIONS,
     {{"output", "FILE", "write to this file instead of standard output"}, take_output},
     {{"directory", "DIR", "cfg: write a file for each device there, named by its address"}, take_directory},
+    {{"partial", nullptr, "cfg: exit with 0 also when settings cannot be sent again"},
+     [](const char *, ExportSettings &to) { return take_flag(to.partial); }},
     {{"columns", "LIST", "csv: these columns, joined by commas", COLUMN_NAMES}, take_columns},
     ENDPOINT_OPTIONS,
 };

@@ -214,13 +214,14 @@ private:
 
 } // namespace
 
-static void write_prometheus(Devices &devices, const ExportSettings &settings)
+static bool write_prometheus(Devices &devices, const ExportSettings &settings)
 {
     Metrics metrics;
     devices.for_each([&](const WtpRecord &wtp) { metrics.take(wtp); });
     OutputFile file(settings.output, MODE_PUBLIC);
     metrics.write(file);
     file.finish();
+    return true;
 }
 
 const Format prometheus_format = {WTP_FILTER_ALL, write_prometheus};
