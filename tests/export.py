@@ -373,12 +373,17 @@ class Tables(unittest.TestCase):
     def test_prometheus(self):
         with Controller("--aps", "40", "--switches", "4") as controller:
             controller.ok("upg", "--mac", AP)
-            text = ok(controller.port, "--format", "prometheus")
+            text = ok(controller.port, "--format", "prometheus", "--metrics", "all")
+            device, fleet = (ok(controller.port, "--format", "prometheus", *options).decode()
+                             for options in ((), ("--metrics", "fleet")))
             devices = json.loads(ok(controller.port, "--format", "json"))["wtp_list"]
         found = self.samples(text.decode())
         for name, expected in (("zov_devices", len(devices)), ("zov_devices_upgrading", 1),
                                ("zov_device_up", sum(device["state"] == 5 for device in devices)),
-                               ("zov_device_upgrade_pending", 1), ("zov_device_info", len(devices))):
+                               ("zov_device_upgrade_pending", 1), ("zov_device_info", len(devices)),
+                               ("zov_controller_up", 1), ("zov_stations", sum(
+                                   len(wlan["sta"]) for one in devices for radio in one.get("radio", [])
+                                   for wlan in radio["wlan"]))):
             self.assertEqual(sum(value for _, value in found[name]), expected, name)
         wlans = [(device["mac"], str(r + 1), str(w + 1), cfg["ssid"], wlan) for device in devices
                  for r, radio in enumerate(device.get("radio", []))
@@ -394,13 +399,25 @@ class Tables(unittest.TestCase):
         switches = [device for device in devices if device["wtp_type"] == 2 and device["state"] == 5]
         self.assertEqual(found["zov_poe_allocated_watts"], [
             ({"mac": device["mac"]}, sum(port["output_power"] for port in device["poe_port"])) for device in switches])
+        self.assertAlmostEqual(found["zov_list_timestamp_seconds"][0][1], time.time(), delta=20)
+        self.assertEqual(len(found["zov_device_upgrade_state"]), 1)
+        self.assertNotRegex(device, "wlan=|port=|radio=")
+        self.assertLess(len(device), 750 * len(devices))
+        self.assertNotIn("mac=", fleet)
         self.check_with_promtool(text)
+        with tempfile.TemporaryDirectory() as folder:  # a controller that is gone shows
+            status, _, err = run("1", "--format", "prometheus", "--output", f"{folder}/f")
+            left = Path(folder, "f").read_text()
+        self.assertEqual((status, "Connection refused" in err), (1, True))
+        self.assertEqual(re.sub("(?m)^#.*\n", "", left), "zov_controller_up 0\n")
 
     def test_prometheus_of_hostile_texts(self):
         texts = []
         for seed in range(5):
             records = make_records(HOSTILE, HOSTS, seed) * 2  # each device twice
-            texts.append(ok(Player(fields.reply(records)).port, "--format", "prometheus"))
+            status, text, err = run(Player(fields.reply(records)).port, "--format", "prometheus", "--metrics", "all")
+            self.assertEqual((status, len(re.findall("again, which is left out\n", err))), (1, 3))
+            texts.append(text)
             self.assertIsNone(FOREIGN.search(texts[-1]))
             found = self.samples(texts[-1].decode())
             self.assertEqual([labels["name"] for labels, _ in found["zov_device_info"]],
@@ -483,6 +500,7 @@ class Faults(unittest.TestCase):
                 (["--format", "json", "--directory", "d"], "--directory is for --format cfg"),
                 (["--format", "json", "--columns", "mac"], "--columns is for --format csv"),
                 (["--format", "csv", "--partial"], "--partial is for --format cfg"),
+                (["--format", "csv", "--metrics", "all"], "--metrics is for --format prometheus"),
                 (["--format", "csv", "--columns", "mac,x\x1b"], f"--columns: bad argument 'mac,x?', expected one of: {columns}"),
                 (["--format", "csv", "--columns", ""], f"--columns: bad argument '', expected one of: {columns}"),
                 (["--format", "json", "--mac", "02:00"], "--mac: bad argument '02:00', expected addresses joined by commas"),

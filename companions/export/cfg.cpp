@@ -98,6 +98,8 @@ static bool write_files(Devices &devices, const std::string &path, Documents &do
 {
     DirectoryOutput directory(path);
     devices.for_each([&](const WtpRecord &wtp) {
+        if (devices.is_repeated(wtp.mac))
+            return;
         const std::string document = documents.make(wtp);
         if (!document.empty())
             directory.add(file_name(wtp.mac), document);

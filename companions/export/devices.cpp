@@ -33,6 +33,16 @@ bool Devices::all_found()
     return check.missing_macs().empty() && check.unmatched_names().empty();
 }
 
+bool Devices::is_repeated(const Mac &mac)
+{
+    if (seen_.insert(mac).second)
+        return false;
+    fprintf(stderr, "zov-export: the controller lists %s again, which is left out\n",
+            mac_to_text(mac));
+    has_repeated_ = true;
+    return true;
+}
+
 uint32_t count_stations(const WtpRecord &wtp)
 {
     uint32_t count = 0;

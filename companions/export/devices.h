@@ -8,6 +8,7 @@
 #include "device/wtp_list.h"
 #include "export/options.h"
 
+#include <set>
 #include <string>
 
 class Devices {
@@ -28,9 +29,15 @@ public:
     // patterns that no name matches; true if there are none.
     bool all_found();
 
+    // Whether a record of this address came before, which is reported: for what can hold one only.
+    bool is_repeated(const Mac &mac);
+    bool has_repeated() const { return has_repeated_; }
+
 private:
     const ExportSettings &settings_;
     WtpList list_;
+    std::set<Mac> seen_;
+    bool has_repeated_ = false;
 };
 
 uint32_t count_stations(const WtpRecord &wtp);

@@ -13,6 +13,9 @@ struct Format {
     uint32_t filter; // what it needs of the devices
     // Returns whether all that it should hold is written; what is not has been reported.
     bool (*write)(Devices &devices, const ExportSettings &settings);
+
+    // Writes that the controller did not answer; null: what was written before stays.
+    void (*write_outage)(const ExportSettings &settings) = nullptr;
 };
 
 #define DECLARE(name) extern const Format name##_format;

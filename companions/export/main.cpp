@@ -3,6 +3,8 @@
 #include "common/stop.h"
 #include "export/formats.h"
 
+#include <memory>
+
 enum : int { STATUS_SIGNAL = 128 };
 
 static const Format *find_format(std::string_view name)
@@ -27,11 +29,24 @@ static const Format &check_settings(const ExportSettings &settings,
         throw UsageError("--output and --directory exclude each other");
     if (settings.directory != nullptr && &format != &cfg_format)
         throw UsageError("--directory is for --format cfg");
+    if (settings.metrics != nullptr && &format != &prometheus_format)
+        throw UsageError("--metrics is for --format prometheus");
     if (settings.partial && &format != &cfg_format)
         throw UsageError("--partial is for --format cfg");
     if (settings.columns != nullptr && &format != &csv_format)
         throw UsageError("--columns is for --format csv");
     return format;
+}
+
+static std::unique_ptr<Devices> fetch(const ExportSettings &settings, const Format &format)
+{
+    try {
+        return std::make_unique<Devices>(settings, format.filter);
+    } catch (const Failure &) {
+        if (format.write_outage != nullptr)
+            format.write_outage(settings);
+        throw;
+    }
 }
 
 static int run(int argc, char **argv)
@@ -47,9 +62,9 @@ static int run(int argc, char **argv)
         stop_at_first(true);
     }
     try {
-        Devices devices(settings, format.filter);
-        const bool whole = format.write(devices, settings);
-        return devices.all_found() && whole ? 0 : 1;
+        const std::unique_ptr<Devices> devices = fetch(settings, format);
+        const bool whole = format.write(*devices, settings);
+        return devices->all_found() && whole && !devices->has_repeated() ? 0 : 1;
     } catch (const StopAtOnce &stop) {
         return STATUS_SIGNAL + stop.signal;
     }

@@ -14,6 +14,7 @@ struct ExportSettings : Endpoint, Selection {
     const char *directory = nullptr;
     const char *columns = nullptr; // of csv, joined by commas
     bool partial = false;
+    const char *metrics = nullptr; // of prometheus: a word of METRICS_NAMES; null: device
 };
 
 // Every format; its row is NAME_format in its own file.
@@ -36,6 +37,8 @@ struct ExportSettings : Endpoint, Selection {
 #define SPACE_AND_NAME(name) " " #name
 inline constexpr const char *FORMAT_NAMES = (EXPORT_FORMATS(SPACE_AND_NAME)) + 1;
 inline constexpr const char *COLUMN_NAMES = (EXPORT_COLUMNS(SPACE_AND_NAME)) + 1;
+
+inline constexpr const char *METRICS_NAMES = "fleet device all";
 
 inline bool take_format(const char *text, ExportSettings &to)
 {
@@ -74,6 +77,8 @@ inline constexpr Option<ExportSettings> EXPORT_OPTIONS[] = {
     SELECTION_OPTIONS,
     {{"output", "FILE", "write to this file instead of standard output"}, take_output},
     {{"directory", "DIR", "cfg: write a file for each device there, named by its address"}, take_directory},
+    {{"metrics", "WHICH", "prometheus: how much of them (device)", METRICS_NAMES},
+     [](const char *text, ExportSettings &to) { return take_word(text, METRICS_NAMES, to.metrics); }},
     {{"partial", nullptr, "cfg: exit with 0 also when settings cannot be sent again"},
      [](const char *, ExportSettings &to) { return take_flag(to.partial); }},
     {{"columns", "LIST", "csv: these columns, joined by commas", COLUMN_NAMES}, take_columns},

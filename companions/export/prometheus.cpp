@@ -4,6 +4,7 @@
 #include "export/formats.h"
 #include "export/text.h"
 
+#include <ctime>
 #include <initializer_list>
 #include <map>
 #include <set>
@@ -63,18 +64,24 @@ private:
     std::string name_, head_, samples_;
 };
 
+// How much is written: of the fleet, of each device, or also of its radios, WLANs and ports.
+enum class Detail { fleet, device, all };
+
 class Metrics {
 public:
-    // A series may be there once only, so the first of equal devices and ports counts.
+    explicit Metrics(Detail detail) : detail_(detail) {}
+
     void take(const WtpRecord &wtp)
     {
-        if (!macs_.insert(wtp.mac).second)
-            return;
         const std::string mac = mac_name(wtp.mac);
         devices_[{kind_name(wtp.wtp_type), state_name(wtp), wtp.managed != 0}]++;
+        upgrading_count_ += is_upgrading(wtp);
+        station_count_ += count_stations(wtp);
+        if (detail_ == Detail::fleet)
+            return;
         take_device(wtp, mac);
         take_upgrade(wtp, labels_of({{"mac", mac}}));
-        for (uint32_t i = 0; i < wtp.radio.size(); i++)
+        for (uint32_t i = 0; detail_ == Detail::all && i < wtp.radio.size(); i++)
             take_radio(wtp, mac, i);
         if (wtp.wtp_type == DEVICE_SWITCH && wtp.state == WTP_ONLINE)
             take_switch(wtp, mac);
@@ -88,11 +95,29 @@ public:
                                          {"managed", group.managed ? "yes" : "no"}}),
                               count);
         upgrading_.add("", upgrading_count_);
-        for (const Metric *metric :
-             {&device_count_, &info_,      &up_,           &uptime_,        &memory_used_,
-              &memory_total_, &upgrading_, &upgrade_flag_, &upgrade_state_, &upgrade_progress_,
-              &channel_,      &stations_,  &tx_bytes_,     &rx_bytes_,      &tx_packets_,
-              &rx_packets_,   &port_up_,   &poe_budget_,   &poe_allocated_, &poe_output_})
+        fleet_stations_.add("", station_count_);
+        for (const Metric *metric : {&device_count_,
+                                     &fleet_stations_,
+                                     &info_,
+                                     &up_,
+                                     &uptime_,
+                                     &memory_used_,
+                                     &memory_total_,
+                                     &upgrading_,
+                                     &upgrade_flag_,
+                                     &upgrade_state_,
+                                     &upgrade_progress_,
+                                     &channel_,
+                                     &device_stations_,
+                                     &stations_,
+                                     &tx_bytes_,
+                                     &rx_bytes_,
+                                     &tx_packets_,
+                                     &rx_packets_,
+                                     &port_up_,
+                                     &poe_budget_,
+                                     &poe_allocated_,
+                                     &poe_output_})
             metric->write(file);
     }
 
@@ -120,11 +145,14 @@ private:
         uptime_.add(labels, wtp.uptime);
         memory_used_.add(labels, wtp.mem.used);
         memory_total_.add(labels, wtp.mem.total);
+        if (!wtp.radio.empty())
+            device_stations_.add(labels, count_stations(wtp));
     }
 
     void take_upgrade(const WtpRecord &wtp, const std::string &labels)
     {
-        upgrading_count_ += is_upgrading(wtp);
+        if (!is_in_upgrade(wtp))
+            return;
         upgrade_flag_.add(labels, wtp.upg_img != 0);
         upgrade_state_.add(labels, wtp.upg_state);
         upgrade_progress_.add(labels, wtp.progress);
@@ -164,7 +192,9 @@ private:
         const std::string labels = labels_of({{"mac", mac}});
         poe_budget_.add(labels, wtp.poe_global.power_budget);
         poe_allocated_.add(labels, wtp.poe_global.allocated_power);
-        std::set<uint32_t> ports, poe_ports;
+        if (detail_ != Detail::all)
+            return;
+        std::set<uint32_t> ports, poe_ports; // a series may be there once only
         for (const SwitchPortInfo &port : wtp.switch_port)
             if (ports.insert(port.port).second)
                 port_up_.add(port_labels(mac, port.port), port.link_status != 0);
@@ -178,9 +208,9 @@ private:
         return labels_of({{"mac", mac}, {"port", std::to_string(port)}});
     }
 
-    std::set<Mac> macs_;
+    Detail detail_;
     std::map<Group, uint32_t> devices_;
-    uint32_t upgrading_count_ = 0;
+    uint32_t upgrading_count_ = 0, station_count_ = 0;
 
     Metric device_count_{"zov_devices", "gauge", "Devices that the controller knows."};
     Metric info_{"zov_device_info", "gauge", "What a device is and runs; always 1."};
@@ -198,6 +228,9 @@ private:
                           "The controller's code for the state of the upgrade."};
     Metric upgrade_progress_{"zov_device_upgrade_progress", "gauge",
                              "Progress of the upgrade, as the controller counts it."};
+    Metric fleet_stations_{"zov_stations", "gauge", "Stations that have joined, of all devices."};
+    Metric device_stations_{"zov_device_stations", "gauge",
+                            "Stations that have joined the device."};
     Metric channel_{"zov_radio_channel", "gauge", "The channel that the radio is on."};
     Metric stations_{"zov_wlan_stations", "gauge", "Stations that have joined the WLAN."};
     Metric tx_bytes_{"zov_wlan_transmit_bytes_total", "counter", "Bytes sent to stations."};
@@ -214,14 +247,43 @@ private:
 
 } // namespace
 
+static void write_controller(OutputFile &file, bool is_up)
+{
+    Metric up("zov_controller_up", "gauge", "Whether the controller has answered.");
+    up.add("", is_up);
+    up.write(file);
+    if (!is_up)
+        return;
+    Metric time_of_list("zov_list_timestamp_seconds", "gauge", "When the devices were listed.");
+    time_of_list.add("", time(nullptr));
+    time_of_list.write(file);
+}
+
+static void write_outage(const ExportSettings &settings)
+{
+    OutputFile file(settings.output, MODE_PUBLIC);
+    write_controller(file, false);
+    file.finish();
+}
+
+static Detail detail_of(const ExportSettings &settings)
+{
+    const std::string_view name = settings.metrics == nullptr ? "device" : settings.metrics;
+    return name == "fleet" ? Detail::fleet : name == "all" ? Detail::all : Detail::device;
+}
+
 static bool write_prometheus(Devices &devices, const ExportSettings &settings)
 {
-    Metrics metrics;
-    devices.for_each([&](const WtpRecord &wtp) { metrics.take(wtp); });
+    Metrics metrics(detail_of(settings));
+    devices.for_each([&](const WtpRecord &wtp) {
+        if (!devices.is_repeated(wtp.mac))
+            metrics.take(wtp);
+    });
     OutputFile file(settings.output, MODE_PUBLIC);
+    write_controller(file, true);
     metrics.write(file);
     file.finish();
     return true;
 }
 
-const Format prometheus_format = {WTP_FILTER_ALL, write_prometheus};
+const Format prometheus_format = {WTP_FILTER_ALL, write_prometheus, write_outage};
