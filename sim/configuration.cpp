@@ -118,7 +118,7 @@ void Controller::answer(const AddRequest &request, std::string &reply)
             fleet_.reserve(fleet_.size() + 1);
             auto made = make_absent_device(mac);
             device = by_mac_[mac] = made.get();
-            device->started = time(nullptr);
+            device->started = exact_time();
             fleet_.push_back(std::move(made));
         }
         device->record.managed = 1;

@@ -128,8 +128,8 @@ void Controller::answer(const WtpListRequest &request, std::string &reply)
             (!macs.empty() && !std::binary_search(macs.begin(), macs.end(), wtp.mac)))
             continue;
         const bool online = wtp.state == WTP_ONLINE;
-        wtp.uptime =
-            online && now > device->started ? static_cast<uint32_t>(now - device->started) : 0;
+        const double up = exact_time() - device->started;
+        wtp.uptime = online && up > 0 ? static_cast<uint32_t>(up) : 0;
         put(reply, uint8_t{0});
         writer.write(wtp);
         advance_upgrade(*device, now);
@@ -166,8 +166,8 @@ void Controller::answer(const AcMemoryRequest &, std::string &reply)
     const time_t now = time(nullptr);
     for (const auto &device : fleet_) {
         const WtpRecord &wtp = device->record;
-        record("wtp_list.c:118", sizeof wtp, device->started);
-        record("wtp_cfg.c:64", sizeof *wtp.wtp_cfg, device->started);
+        record("wtp_list.c:118", sizeof wtp, static_cast<time_t>(device->started));
+        record("wtp_cfg.c:64", sizeof *wtp.wtp_cfg, static_cast<time_t>(device->started));
         for (const RadioInfo &radio : wtp.radio)
             for (const WlanInfo &wlan : radio.wlan)
                 for (uint32_t i = 0; i < wlan.sta.size(); i++)
@@ -211,7 +211,7 @@ void Controller::answer(const FirmwareStateRequest &request, std::string &)
 void Controller::answer(const ResetRequest &request, std::string &reply)
 {
     for_each(request.wtps, reply, [&](Device &device) -> uint8_t {
-        device.started = time(nullptr) + static_cast<int32_t>(request.wait);
+        device.started = exact_time() + static_cast<int32_t>(request.wait);
         if (request.factory)
             reset_configuration(device);
         return RESULT_SUCCESS;

@@ -200,6 +200,12 @@ std::unique_ptr<Device> make_other(Random &random, uint32_t number, time_t now)
 
 } // namespace
 
+double exact_time()
+{
+    using namespace std::chrono;
+    return duration<double>(system_clock::now().time_since_epoch()).count();
+}
+
 void set_state(WtpRecord &wtp, WtpState state, time_t now)
 {
     if (wtp.state != state)
@@ -228,6 +234,6 @@ Fleet make_fleet(const FleetSize &size, time_t now)
         fleet.push_back(make_other(random, i, now));
     cable(fleet, size, now);
     for (const auto &device : fleet)
-        device->started = now - random.between(600, 20 * 86400);
+        device->started = static_cast<double>(now - random.between(600, 20 * 86400));
     return fleet;
 }

@@ -38,7 +38,7 @@ struct Device {
     Arena memory;                      // of what the record holds
     std::unique_ptr<Arena> cfg_memory; // of its configuration
     WtpRecord record;
-    time_t started = 0; // what its uptime counts from
+    double started = 0; // what its uptime counts from, in seconds since 1970
     UpgradeCourse course;
     std::chrono::steady_clock::time_point upgrade_started;
 };
@@ -56,6 +56,9 @@ struct FleetSize {
 // A fleet that looks like one: models, radios, WLANs and stations, ports and neighbours, stored
 // configurations. The same size and seed give the same fleet.
 Fleet make_fleet(const FleetSize &size, time_t now);
+
+// The time, with its fraction of a second: an uptime counts whole seconds from the exact start.
+double exact_time();
 
 // The device joins or leaves, if it has not yet.
 void set_state(WtpRecord &wtp, WtpState state, time_t now);

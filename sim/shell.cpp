@@ -10,8 +10,10 @@ std::string canned_output(const Device &device, const std::string &command, uint
     const WtpRecord &wtp = device.record;
     std::string out;
     if (command == "uptime")
-        out = "up " + std::to_string(std::max<time_t>(0, time(nullptr) - device.started) / 60) +
-              " min, load average: 0.08, 0.03, 0.01\n";
+        out =
+            "up " +
+            std::to_string(static_cast<time_t>(std::max(0.0, exact_time() - device.started)) / 60) +
+            " min, load average: 0.08, 0.03, 0.01\n";
     else if (command == "uname -a")
         out = std::string("Linux ").append(wtp.name) + " 5.10.0 armv7l GNU/Linux\n";
     else if (command == "free")

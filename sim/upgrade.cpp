@@ -42,7 +42,7 @@ static void end_upgrade(Device &device, UpgradeState state, time_t now)
     if (state == UPGRADE_DONE) {
         wtp.progress = 100;
         wtp.sw_ver = wtp.new_fw_ver;
-        device.started = now;
+        device.started = exact_time();
         wtp.change_time = static_cast<uint32_t>(now);
     }
     wtp.new_fw_ver = std::string_view();

@@ -16,7 +16,7 @@ bool take_share(const char *text, uint32_t low, Share &share)
     share.percent = number.ends_with('%');
     if (share.percent)
         number.pop_back();
-    return take_number<uint32_t>(number.c_str(), share.percent ? 1 : low,
+    return take_number<uint32_t>(number.c_str(), share.percent ? std::min<uint32_t>(low, 1) : low,
                                  share.percent ? 100 : DEVICES_MAX, share.number);
 }
 

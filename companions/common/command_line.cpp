@@ -140,6 +140,7 @@ int run_program(const ProgramInfo &program, int argc, char **argv, int (*body)(i
     if (occupy_descriptors() != 0)
         return 1;
     signal(SIGPIPE, SIG_IGN);
+    signal(SIGXFSZ, SIG_IGN);
     int status = 1;
     try {
         return body(argc, argv);

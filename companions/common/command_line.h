@@ -123,5 +123,5 @@ inline bool take_flag(bool &given)
 
 // Runs a program: body(argc, argv) gives the exit status, and a Failure or UsageError that it
 // throws becomes a message and 1 or 2. Closed standard descriptors are filled with /dev/null first,
-// and a pipe that nobody reads is an error like any other.
+// and a pipe that nobody reads and a limit of file sizes are errors like any other.
 int run_program(const ProgramInfo &program, int argc, char **argv, int (*body)(int, char **));

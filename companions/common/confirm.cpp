@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <poll.h>
+#include <termios.h>
 #include <unistd.h>
 
 static Descriptor open_terminal()
@@ -22,6 +23,7 @@ bool can_ask()
 bool confirm(const std::string &question)
 {
     const Descriptor terminal = open_terminal();
+    tcflush(terminal.get(), TCIFLUSH); // what was typed before the question is no answer to it
     if (!terminal || write_all(terminal.get(), question + " [y/N] ") != 0)
         return false;
     int ready = 0;

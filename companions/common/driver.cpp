@@ -9,11 +9,12 @@
 // What keeps the controller from answering may pass; the limits of the course end it if not.
 static void look_and_send(Course &course, Reporter &reporter)
 {
+    const double began = seconds_now();
     bool looked = false;
     const auto fail = [&](const char *text) {
         reporter.trouble(text);
         if (!looked)
-            course.silent(seconds_now());
+            course.silent(began, seconds_now());
     };
     try {
         course.look();

@@ -24,32 +24,24 @@ inline double seconds_now()
 // Time as devices have it: it stands still while the controller does not answer.
 class ServiceClock {
 public:
-    // The controller answered at that time; or not.
+    // The controller answered at that time; or a question of that time has had no answer.
     void answered(double now)
     {
-        if (is_silent_)
-            lost_ += now - last_answer_;
+        lost_ += silence(now);
         is_silent_ = false;
-        last_answer_ = now;
     }
-    void silent() { is_silent_ = true; }
-
-    // The time between batches counts for nobody.
-    void resume(double now)
+    void silent(double since)
     {
-        is_silent_ = false;
-        last_answer_ = now;
+        since_ = is_silent_ ? since_ : since;
+        is_silent_ = true;
     }
 
-    [[nodiscard]] double time(double now) const
-    {
-        return (is_silent_ ? last_answer_ : now) - lost_;
-    }
+    [[nodiscard]] double time(double now) const { return (is_silent_ ? since_ : now) - lost_; }
     [[nodiscard]] double lost() const { return lost_; }
-    [[nodiscard]] double silence(double now) const { return is_silent_ ? now - last_answer_ : 0; }
+    [[nodiscard]] double silence(double now) const { return is_silent_ ? now - since_ : 0; }
 
 private:
-    double last_answer_ = 0, lost_ = 0;
+    double since_ = 0, lost_ = 0;
     bool is_silent_ = false;
 };
 
@@ -112,9 +104,9 @@ public:
     virtual void look() = 0; // at the devices of the batch
     virtual void send() = 0; // what is due by what was seen
 
-    virtual void silent(double now) = 0; // look() failed
-    virtual void halt(Halt why) = 0;     // nothing is to be begun any more
-    virtual void abandon() = 0;          // the program ends: say of each device what is known
+    virtual void silent(double since, double now) = 0; // look() failed, which began at `since`
+    virtual void halt(Halt why) = 0;                   // nothing is to be begun any more
+    virtual void abandon() = 0; // the program ends: say of each device what is known
 
 protected:
     ~Course() = default;

@@ -6,10 +6,7 @@
 #include "common/stop.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <climits>
 #include <ctime>
-#include <poll.h>
 #include <pwd.h>
 #include <unistd.h>
 
@@ -35,14 +32,8 @@ void EventLog::add(const std::string &text) const
     char stamp[sizeof "2026-11-25T01:02:03Z "];
     strftime(stamp, sizeof stamp, "%Y-%m-%dT%H:%M:%SZ ", gmtime_r(&now, &parts));
     const std::string line = stamp + sender_ + text + "\n";
-    for (size_t at = 0; at < line.size(); at += PIPE_BUF) {
-        const int ready = wait_for(fd_, POLLOUT, FOREVER); // a pipe takes so much at once then
-        int error = ready > 0 ? 0 : ready < 0 ? errno : EAGAIN;
-        if (error == 0)
-            error = write_all(fd_, std::string_view(line).substr(at, PIPE_BUF));
-        if (error != 0)
-            throw Failure(with_reason("cannot write " + path_, error));
-    }
+    if (const int error = write_or_stop(fd_, line); error != 0)
+        throw Failure(with_reason("cannot write " + path_, error));
 }
 
 std::string shell_word(const std::string &word)

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "common/progress_bar.h"
 
+#include "common/stop.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <sys/ioctl.h>
@@ -16,7 +18,7 @@ ProgressBar::ProgressBar(const char *program)
 void ProgressBar::line(const std::string &text)
 {
     clear();
-    fprintf(stderr, "%s: %s\n", program_, text.c_str());
+    write_or_stop(STDERR_FILENO, std::string(program_) + ": " + text + "\n");
 }
 
 size_t columns_of(int terminal)

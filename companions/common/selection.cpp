@@ -4,6 +4,7 @@
 #include "common/device_names.h"
 
 #include <algorithm>
+#include <cstring>
 #include <fnmatch.h>
 
 static bool matches(const char *pattern, const std::string &name)
@@ -40,17 +41,20 @@ bool Selection::includes(const WtpRecord &wtp) const
 }
 
 SelectionCheck::SelectionCheck(const Selection &selection)
-    : selection_(&selection), matched_(selection.names.size())
+    : selection_(&selection), matched_(selection.names.size()),
+      excluding_(selection.excluded_names.size())
 {
 }
 
 void SelectionCheck::saw(const WtpRecord &wtp)
 {
-    if (selection_->macs.count(wtp.mac) != 0)
+    if (selection_->macs.count(wtp.mac) != 0 || selection_->excluded_macs.count(wtp.mac) != 0)
         seen_.insert(wtp.mac);
     const std::string name(wtp.name);
     for (size_t i = 0; i < matched_.size(); i++)
         matched_[i] = matched_[i] || matches(selection_->names[i], name);
+    for (size_t i = 0; i < excluding_.size(); i++)
+        excluding_[i] = excluding_[i] || matches(selection_->excluded_names[i], name);
 }
 
 std::vector<Mac> SelectionCheck::missing_macs() const
@@ -72,6 +76,18 @@ std::vector<std::string> SelectionCheck::unmatched_names() const
         if (!matched_[i])
             names.emplace_back(selection_->names[i]);
     return names;
+}
+
+std::vector<std::string> SelectionCheck::idle_exclusions() const
+{
+    std::vector<std::string> idle;
+    for (const Mac &mac : selection_->excluded_macs)
+        if (seen_.count(mac) == 0)
+            idle.emplace_back(mac_to_text(mac));
+    for (size_t i = 0; i < excluding_.size(); i++)
+        if (!excluding_[i])
+            idle.emplace_back(selection_->excluded_names[i]);
+    return idle;
 }
 
 // An address and nothing else: six parts of one or two digits.
@@ -114,6 +130,9 @@ bool take_exclusion(const char *text, Selection &to)
     Mac mac;
     if (parse_whole_mac(text, mac))
         to.excluded_macs.insert(mac);
+    else if (strspn(text, "0123456789ABCDEFabcdef:,") == strlen(text) &&
+             strchr(text, ':') != nullptr)
+        return false; // a mistyped address, or a list
     else
         to.excluded_names.push_back(text);
     return *text != '\0';

@@ -37,14 +37,16 @@ public:
 
     void saw(const WtpRecord &wtp);
 
-    // Addresses that were given and no device has, in their order; and patterns that match no name.
+    // Addresses that were given and no device has, in their order; patterns that match no name; and
+    // exclusions that exclude nothing.
     [[nodiscard]] std::vector<Mac> missing_macs() const;
     [[nodiscard]] std::vector<std::string> unmatched_names() const;
+    [[nodiscard]] std::vector<std::string> idle_exclusions() const;
 
 private:
     const Selection *selection_;
     std::set<Mac> seen_;
-    std::vector<bool> matched_; // for each of the patterns
+    std::vector<bool> matched_, excluding_; // for each of the patterns
 };
 
 bool take_macs(const char *text, Selection &to);

@@ -2,10 +2,12 @@
 #include "common/stop.h"
 
 #include "common/failure.h"
+#include "common/trusted_files.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <climits>
 #include <cmath>
 #include <fcntl.h>
 #include <poll.h>
@@ -122,6 +124,19 @@ static int wait(int file, short events, double seconds, bool returns_early)
 int wait_for(int file, short events, double seconds)
 {
     return wait(file, events, seconds, false);
+}
+
+int write_or_stop(int file, std::string_view bytes)
+{
+    while (!bytes.empty()) {
+        const int ready = wait_for(file, POLLOUT, FOREVER); // a pipe takes PIPE_BUF bytes then
+        if (ready <= 0)
+            return ready < 0 ? errno : EAGAIN;
+        if (const int error = write_all(file, bytes.substr(0, PIPE_BUF)); error != 0)
+            return error;
+        bytes.remove_prefix(std::min<size_t>(bytes.size(), PIPE_BUF));
+    }
+    return 0;
 }
 
 void wait_or_stop(double seconds)

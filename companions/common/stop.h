@@ -6,6 +6,7 @@
 
 #include <csignal>
 #include <functional>
+#include <string_view>
 
 // From now on; to be called once. Signals that were ignored stay so.
 void watch_for_stop();
@@ -29,6 +30,10 @@ inline constexpr double FOREVER = 1e6; // seconds
 // what poll(2) does; or -1 with errno ECANCELED when a signal comes after which check_stop()
 // throws. After that it does not wait any more.
 int wait_for(int file, short events, double seconds);
+
+// Writes all of it, as wait_for() waits; what a pipe takes without waiting when a signal has ended
+// that. Returns 0 or an errno.
+int write_or_stop(int file, std::string_view bytes);
 
 // Waits; returns early when a signal comes, or throws as check_stop() does.
 void wait_or_stop(double seconds);

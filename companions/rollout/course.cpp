@@ -68,10 +68,11 @@ Progress RolloutCourse::progress() const
 
 void RolloutCourse::look()
 {
+    const double since = seconds_now();
     std::map<Mac, Observation> seen;
     list_devices(settings_, roll_.watched(),
                  [&](const WtpRecord &wtp) { seen[wtp.mac] = observation_of(wtp); });
-    roll_.look(seen, seconds_now());
+    roll_.look(seen, since, seconds_now());
 }
 
 // Where the answer to that is not to be had, it is asked for again after the next look.
@@ -96,6 +97,7 @@ std::vector<Mac> RolloutCourse::choose()
         roll_.halt(Halt::signal);
     std::vector<Mac> macs = roll_.pending();
     macs.resize(std::min(macs.size(), REQUEST_MAX)); // the rest next time
+    roll_.ask(macs);
     return macs;
 }
 

@@ -21,7 +21,7 @@ public:
     Progress progress() const override;
     void look() override;
     void send() override;
-    void silent(double now) override { roll_.silent(now); }
+    void silent(double since, double now) override { roll_.silent(since, now); }
     void halt(Halt why) override { roll_.halt(why); }
     void abandon() override;
 

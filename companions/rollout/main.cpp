@@ -99,14 +99,15 @@ static int finish(const Roll &roll, const RolloutSettings &settings, int signal,
     const bool goes_on = roll.halted() == Halt::signal || roll.halted() == Halt::failures ||
                          roll.halted() == Halt::silence;
     const bool is_left = roll.count(UpgradeStage::waiting) > 0;
-    if (is_left || roll.halted() == Halt::differs)
+    if (is_left)
         reporter.warn(halt_text(roll) +
-                      (is_left && goes_on ? "; started again, it goes on with the rest" : ""));
+                      (goes_on ? "; started again, it goes on with the rest" : ""));
+    else if (roll.halted() == Halt::differs)
+        reporter.warn(plain_text(roll.halt_reason()));
     reporter.warn(counts_text(roll));
-    int status = status_of(roll, signal);
     for (const std::string &line : result_lines(roll, COLUMNS_OF_LOG))
         reporter.write_log(line);
-    reporter.write_log("status " + std::to_string(status));
+    int status = status_of(roll, signal);
     if (status == ALL_DONE && reporter.log_failed())
         status = SOME_FAILED;
     print_result(roll, settings, status);
@@ -150,13 +151,18 @@ static int run(int argc, char **argv)
     log.add(opening_text(ROLLOUT_PROGRAM.name, words));
     ProgressBar bar(ROLLOUT_PROGRAM.name);
     Reporter reporter(log, bar);
+    const auto ended = [&](int status) {
+        reporter.write_log("status " + std::to_string(status));
+        return status;
+    };
     try {
-        return roll_out(settings, reporter);
+        return ended(roll_out(settings, reporter));
     } catch (const StopAtOnce &) {
         reporter.warn("stopped by a signal; nothing was begun");
-        return STOPPED;
+        return ended(STOPPED);
     } catch (const Failure &failure) {
         reporter.write_log(failure.what());
+        ended(SOME_FAILED);
         throw;
     }
 }

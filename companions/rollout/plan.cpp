@@ -69,7 +69,6 @@ RollDevice device_of(const WtpRecord &wtp, const RolloutSettings &settings)
     } else if (device.last.busy) {
         device.stage = UpgradeStage::upgrading;
         device.followed = device.foreign = true;
-        device.to = device.last.announced;
     } else if (!device.last.online) {
         skip(device, "offline");
     } else if (settings.to != nullptr && device.from == settings.to) {
@@ -99,6 +98,8 @@ void Planner::read_list()
     });
     for (const std::string &name : check.unmatched_names())
         throw Failure("no device has a name that matches '" + name + "'");
+    for (const std::string &what : check.idle_exclusions())
+        throw Failure("--exclude " + what + " excludes no device");
     for (const Mac &mac : check.missing_macs()) {
         devices_.emplace_back().mac = mac;
         skip(devices_.back(), "not in the list");

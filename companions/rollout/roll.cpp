@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "rollout/roll.h"
 
+#include "common/table.h"
 #include "proto/result_code.h"
 
 #include <algorithm>
@@ -57,15 +58,15 @@ bool Roll::begin_batch(double now)
         device.late = false;
     batch_++;
     now_ = now;
-    clock_.resume(now);
+    clock_.answered(now);
     for (RollDevice &device : devices_) {
         if (device.batch != batch_ || device.finished())
             continue;
         device.step.entered = clock_.time(now_);
         if (device.stage == upgrading) {
+            device.stage = sent;
             set_asked(device);
-            device.step.busy_seen = true;
-            listener_.changed(device);
+            see_busy(device); // as the plan has seen it
         }
     }
     return true;
@@ -99,7 +100,8 @@ std::vector<Mac> Roll::unclear() const
 // After halt() only what follows on a step that was done goes on.
 bool Roll::wants_request(const RollDevice &device) const
 {
-    if (device.batch != batch_ || !device.at_rest() || !device.last.managed || device.step.check)
+    if (device.batch != batch_ || !device.at_rest() || !device.last.managed || device.step.check ||
+        device.step.awaits)
         return false;
     if (device.stage == waiting)
         return may_begin() || (device.asked && device.steps_done > 0);
@@ -185,9 +187,10 @@ bool Roll::is_last(const RollDevice &device) const
     return device.steps_left == 1;
 }
 
-void Roll::look(const std::map<Mac, Observation> &seen, double now)
+void Roll::look(const std::map<Mac, Observation> &seen, double since, double now)
 {
     now_ = now;
+    looked_ = since;
     clock_.answered(now);
     for (const Mac &mac : watched()) {
         const auto found = seen.find(mac);
@@ -196,7 +199,18 @@ void Roll::look(const std::map<Mac, Observation> &seen, double now)
     for (RollDevice &device : devices_)
         if (device.batch == batch_ && !device.finished())
             check_limits(device);
+    check_failures();
     settle_batch();
+}
+
+// What failed in the batch keeps others from beginning in it; but for those that may begin late.
+void Roll::check_failures()
+{
+    const auto failed_for_good =
+        std::count_if(devices_.begin(), devices_.end(),
+                      [](const RollDevice &device) { return is_failure(device) && !device.late; });
+    if (static_cast<size_t>(failed_for_good) > limits_.max_failures)
+        halt(Halt::failures);
 }
 
 void Roll::see(RollDevice &device, const Observation &seen)
@@ -208,7 +222,8 @@ void Roll::see(RollDevice &device, const Observation &seen)
         device.last.upg_state = upg_state;
     if (seen.listed && step.asked >= 0) {
         const bool has_restarted =
-            !seen.online || seen.uptime < step.uptime || seen.uptime < now_ - step.asked_real;
+            !seen.online || seen.uptime < step.uptime ||
+            seen.uptime + 1.0 <= looked_ - step.asked_real; // whole seconds are shown
         step.restarted = step.restarted || has_restarted;
     }
     if (!device.at_rest() && device.stage == settling)
@@ -239,12 +254,12 @@ void Roll::see_busy(RollDevice &device)
     UpgradeStep &step = device.step;
     device.progress = std::min(device.last.progress, 100U);
     if (device.stage == waiting && !device.last.managed)
-        return end(device, skipped, "not under management");
+        return end_unmanaged(device);
     if (device.stage == waiting) { // somebody else was faster
         device.foreign = !device.asked;
-        step.check = false;
         set_asked(device);
     }
+    step.check = false;
     begin_late(device);
     step.busy_seen = true;
     step.reply_lost = false;
@@ -262,6 +277,25 @@ static bool is_older(const std::string &version, const std::string &than)
     return strverscmp(version.c_str(), than.c_str()) < 0;
 }
 
+void Roll::end_unmanaged(RollDevice &device)
+{
+    end(device, device.asked ? failed : skipped, "not under management");
+}
+
+// Whether a device that waits has what all are to have, or a newer version, and is passed over.
+bool Roll::has_target(RollDevice &device)
+{
+    const std::string &version = device.step.start;
+    if (limits_.to.empty())
+        return false;
+    device.current = version == limits_.to;
+    if (device.current)
+        end(device, skipped, "has this version");
+    else if (is_older(limits_.to, version) && !limits_.allow_older)
+        end(device, skipped, "has a newer version");
+    return device.finished();
+}
+
 // What the image on the controller is shows in the announcement only. It counts for the last step:
 // before it any newer version may come.
 void Roll::judge_announcement(RollDevice &device)
@@ -271,20 +305,22 @@ void Roll::judge_announcement(RollDevice &device)
         end(device, failed, what);
         halt(Halt::differs, std::string(mac_to_text(device.mac)) + " " + what);
     };
+    const std::string text = version_text(version);
     if (is_older(version, device.step.start) && !limits_.allow_older)
-        return stop("announces the older version " + version);
+        return stop("announces the older version " + text);
     if (!is_last(device))
         return;
     if (!limits_.to.empty()) {
         if (version != limits_.to)
-            stop("announces version " + version);
+            stop("announces version " + text);
         return;
     }
     const Announcement &first =
         announced_.emplace(device.model, Announcement{version, batch_}).first->second;
     if (first.version != version && first.batch < batch_)
-        halt(Halt::differs, std::string(mac_to_text(device.mac)) + " announces version " + version +
-                                " where it was " + first.version + ": the image was replaced");
+        halt(Halt::differs, std::string(mac_to_text(device.mac)) + " announces version " + text +
+                                " where it was " + version_text(first.version) +
+                                ": the image was replaced");
 }
 
 void Roll::see_at_rest(RollDevice &device)
@@ -293,11 +329,13 @@ void Roll::see_at_rest(RollDevice &device)
     const std::string &version = device.last.version;
     if (device.stage == waiting) {
         if (!device.last.managed)
-            return end(device, skipped, "not under management");
+            return end_unmanaged(device);
         if (version != step.start) { // somebody else has upgraded it
             step.start = version;
             if (device.steps_done == 0)
                 device.from = version;
+            if (has_target(device))
+                return;
             step.check = true;
         }
         step.looks++;
@@ -350,8 +388,9 @@ void Roll::see_other(RollDevice &device)
     if (step.busy_seen || step.restarted || changed) {
         if (step.looks < LOOKS_TO_RETURN || now - step.looks_since < limits_.return_time)
             return;
-        const std::string text = changed ? "came back with version " + step.seen_version
-                                         : "came back with its old version";
+        const std::string text = changed
+                                     ? "came back with version " + version_text(step.seen_version)
+                                     : "came back with its old version";
         end(device, failed, text);
         if (changed && is_last(device) && !limits_.to.empty())
             halt(Halt::differs, std::string(mac_to_text(device.mac)) + " " + text);
@@ -401,11 +440,16 @@ void Roll::steps_known(const Mac &mac, unsigned left, double now)
     step.check = false;
     if (device->stage == waiting) {
         device->steps_left = left;
-        device->current = limits_.to.empty() || step.start == limits_.to;
-        if (left == 0)
-            end(*device, skipped, "no newer firmware");
+        if (left > 0)
+            return;
+        device->current = limits_.to.empty();
+        end(*device, skipped, "no newer firmware");
     } else if (left == 0) {
         device->steps_left = 1; // this one
+        if (!device->to.empty())
+            judge_announcement(*device);
+        if (device->finished())
+            return;
         if (limits_.to.empty() || device->last.version == limits_.to) {
             device->to = device->last.version;
             see_target(*device);
@@ -418,15 +462,17 @@ void Roll::steps_known(const Mac &mac, unsigned left, double now)
     } else if (step.restarted) {
         finish_step(*device, left);
     }
+    settle_batch();
 }
 
 void Roll::answered(const Mac &mac, uint8_t code, double now)
 {
     RollDevice *device = find(mac);
-    if (device == nullptr || (device->stage != waiting && !device->step.reply_lost))
+    if (device == nullptr || !device->step.awaits)
         return;
     now_ = now;
     UpgradeStep &step = device->step;
+    step.awaits = false;
     const bool is_taken = code == RESULT_SUCCESS || (code == RESULT_BUSY && step.reply_lost);
     if (is_taken || code == RESULT_NO_RESPONSE) {
         set_asked(*device);
@@ -444,7 +490,7 @@ void Roll::answered(const Mac &mac, uint8_t code, double now)
     } else if (code != RESULT_NO_IMAGE) {
         end(*device, failed, result_text(code, mac));
     } else if (device->steps_done == 0) {
-        device->current = limits_.to.empty() || step.start == limits_.to;
+        device->current = limits_.to.empty();
         end(*device, skipped, "no newer firmware");
     } else if (!limits_.to.empty() && step.start != limits_.to) {
         end(*device, failed, "no newer firmware");
@@ -458,6 +504,15 @@ void Roll::answered(const Mac &mac, uint8_t code, double now)
         step.change_time = device->last.change_time;
         enter(*device, settling);
     }
+    check_failures();
+    settle_batch();
+}
+
+void Roll::ask(const std::vector<Mac> &macs)
+{
+    for (const Mac &mac : macs)
+        if (RollDevice *device = find(mac))
+            device->step.awaits = true;
 }
 
 void Roll::unanswered(const std::vector<Mac> &macs, double now)
@@ -465,9 +520,10 @@ void Roll::unanswered(const std::vector<Mac> &macs, double now)
     now_ = now;
     for (const Mac &mac : macs) {
         RollDevice *device = find(mac);
-        if (device == nullptr)
+        if (device == nullptr || !device->step.awaits)
             continue;
         set_asked(*device);
+        device->step.awaits = false;
         device->step.reply_lost = true;
         device->step.looks = 0;
         device->asked = true;
@@ -504,8 +560,8 @@ void Roll::check_limits(RollDevice &device)
         end(device, timed_out,
             is_away                    ? absence_text(device)
             : device.last.busy         ? "stayed at " + std::to_string(device.progress) + " %"
-            : device.stage == settling ? "did not stay online with its version"
-            : step.restarted           ? "has version " + device.last.version
+            : device.stage == settling ? "not settled in time"
+            : step.restarted           ? "has version " + version_text(device.last.version)
                                        : "was not seen to restart");
     }
 }
@@ -518,7 +574,8 @@ void Roll::settle_batch()
     for (RollDevice &device : devices_) {
         if (device.batch != batch_ || device.finished())
             continue;
-        const bool begins = device.stage == waiting && !(device.asked && device.steps_done > 0);
+        const bool begins = device.stage == waiting && !device.step.awaits &&
+                            !(device.asked && device.steps_done > 0);
         if (begins && !may_begin())
             device.batch = 0;
         else
@@ -529,10 +586,10 @@ void Roll::settle_batch()
             device.late = false;
 }
 
-void Roll::silent(double now)
+void Roll::silent(double since, double now)
 {
     now_ = now;
-    clock_.silent();
+    clock_.silent(since);
     if (clock_.silence(now) < limits_.outage)
         return;
     halt(Halt::silence);

@@ -62,7 +62,8 @@ struct UpgradeStep {
     double asked_real = 0;   // the same on the clock of the world
     uint32_t uptime = 0;     // of the device then
     uint8_t upg_state = 0;   // then
-    bool reply_lost = false; // a request may have been accepted or not
+    bool awaits = false;     // a request is on its way, or its reply
+    bool reply_lost = false; // one before may have been accepted or not
     bool busy_seen = false, restarted = false;
     bool check = false;       // it is to be asked which steps are left
     std::string refuted;      // a version that asking has shown not to be the target
@@ -148,10 +149,14 @@ public:
     std::vector<Mac> pending() const;
     bool is_running() const;
 
-    void look(const std::map<Mac, Observation> &seen, double now); // at all that are watched
-    void silent(double now);                                       // a look had no answer
+    // A look at all that are watched, which began at `since`; and one that had no answer.
+    void look(const std::map<Mac, Observation> &seen, double since, double now);
+    void silent(double since, double now);
+
+    // A request is sent to those devices; what it was answered for each, or that there was none.
+    void ask(const std::vector<Mac> &macs);
     void answered(const Mac &mac, uint8_t code, double now);
-    void unanswered(const std::vector<Mac> &macs, double now);   // a request had none
+    void unanswered(const std::vector<Mac> &macs, double now);
     void steps_known(const Mac &mac, unsigned left, double now); // 0: nothing is newer
     void halt(Halt why, const std::string &reason = {});
     void abandon(double now, const std::string &reason);
@@ -180,6 +185,9 @@ private:
     void hold(RollDevice &device);
     void check_limits(RollDevice &device);
     void settle_batch();
+    void check_failures();
+    bool has_target(RollDevice &device);
+    void end_unmanaged(RollDevice &device);
     unsigned progress(size_t first, size_t last) const;
 
     std::vector<RollDevice> devices_;
@@ -188,7 +196,7 @@ private:
     Listener &listener_;
     size_t batches_ = 0, batch_ = 0;
     ServiceClock clock_;
-    double now_ = 0; // of the event that is worked on
+    double now_ = 0, looked_ = 0; // of the event that is worked on, and when its look began
     Halt halted_ = Halt::none;
     std::string halt_reason_;
     std::map<std::string, Announcement> announced_; // for each model

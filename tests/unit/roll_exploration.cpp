@@ -38,8 +38,13 @@ const std::vector<Observation> SIGHTS = {
     seen(true, false, "0", "", 0),
     seen(true, false, "1", "", LONG_UP, 0, false), // unmanaged
 };
-constexpr uint8_t CODES[] = {RESULT_SUCCESS,     RESULT_NO_IMAGE,  RESULT_BUSY,
-                             RESULT_NO_RESPONSE, RESULT_NOT_READY, 14};
+constexpr int CODES[] = {RESULT_SUCCESS,
+                         RESULT_NO_IMAGE,
+                         RESULT_BUSY,
+                         RESULT_NO_RESPONSE,
+                         RESULT_NOT_READY,
+                         14,
+                         -1}; // -1: no reply
 
 // What is known of a device from the events alone.
 struct Watch {
@@ -65,9 +70,9 @@ Silent nobody;
 struct State {
     Roll roll;
     std::vector<Watch> watch{};
-    double now = 0, last_look = 0;
-    bool is_silent = false;
-    std::string path{}; // the events that led here
+    double now = 0, silent_since = -1;
+    double served = 0, served_at_look = 0; // time in which the controller was not silent
+    std::string path{};                    // the events that led here
 
     State after(const std::string &event) const
     {
@@ -124,7 +129,7 @@ private:
     void expand_look(const State &state, double time);
     void expand_request(const State &state);
     void look(State &state, const std::map<Mac, Observation> &list) const;
-    void ask(State &state, const Mac &mac, int code) const;
+    void ask(State &state, const Mac &mac, int code, bool stops = false) const;
     void check(const State &state) const;
     void check_pending(const State &state) const;
     void check_end(State state, const Observation *sight, int code) const;
@@ -145,7 +150,7 @@ std::string Explorer::key_of(const State &state) const
 {
     std::string key = std::to_string(state.roll.batch()) +
                       std::to_string(static_cast<int>(state.roll.halted())) +
-                      key_of_time(state.is_silent, state.last_look, state.now, OUTAGE);
+                      key_of_time(state.silent_since >= 0, state.silent_since, state.now, OUTAGE);
     for (const auto &[model, first] : state.roll.announced())
         key += first.version + (first.batch < state.roll.batch() ? "<" : "=");
     key += std::to_string(state.roll.failures());
@@ -174,7 +179,8 @@ std::string Explorer::key_of(const State &state) const
                    (last.online ? "o" : "") + (last.busy ? "b" : "") + (last.uptime > 0 ? "u" : "");
         if (watch.held >= 0)
             key += watch.last.version + std::to_string(watch.last.change_time);
-        const double now = state.last_look - state.roll.lost_time();
+        const double now =
+            (state.silent_since >= 0 ? state.silent_since : state.now) - state.roll.lost_time();
         const bool is_asked = step.asked >= 0;
         key += key_of_time(!is_asked || step.reply_lost, step.entered, now, BEGIN) +
                key_of_time(is_asked, step.asked, now, DEADLINE) +
@@ -204,8 +210,10 @@ void Explorer::add(State state)
 {
     follow_steps(state);
     while (!state.roll.is_running() && state.roll.begin_batch(state.now)) {
-        state.last_look = state.now;
-        state.is_silent = false;
+        state.silent_since = -1;
+        for (const Mac &mac : state.roll.watched()) // what runs is judged as the plan has seen it
+            if (Watch &device = watch(state, mac); device.last.busy)
+                device.announced = device.last.announced;
     }
     if (!known_.insert(key_of(state)).second)
         return;
@@ -216,13 +224,13 @@ void Explorer::add(State state)
 
 void Explorer::look(State &state, const std::map<Mac, Observation> &list) const
 {
-    const double passed = state.is_silent ? 0 : state.now - state.last_look;
+    const double passed = state.served - state.served_at_look;
     for (const Mac &mac : state.roll.watched()) {
         Watch &device = watch(state, mac);
         const Observation sight = list.at(mac);
         const bool rests = sight.listed && sight.online && !sight.busy;
         if (sight.listed && (!sight.online || sight.uptime < device.uptime ||
-                             sight.uptime < state.now - device.asked_at))
+                             sight.uptime + 1 <= state.now - device.asked_at))
             device.restarted = true;
         const bool goes_on = rests && device.last.listed && device.last.online &&
                              !device.last.busy && sight.version == device.last.version &&
@@ -233,9 +241,9 @@ void Explorer::look(State &state, const std::map<Mac, Observation> &list) const
             device.announced = sight.announced;
         device.last = sight;
     }
-    state.roll.look(list, state.now);
-    state.last_look = state.now;
-    state.is_silent = false;
+    state.roll.look(list, state.now, state.now);
+    state.served_at_look = state.served;
+    state.silent_since = -1;
 }
 
 void Explorer::expand_look(const State &state, double time)
@@ -247,6 +255,7 @@ void Explorer::expand_look(const State &state, double time)
     for (size_t number = 0; number < lists; number++) {
         State next = state.after("+" + std::to_string(static_cast<int>(time)));
         next.now += time;
+        next.served += state.silent_since < 0 ? time : 0;
         std::map<Mac, Observation> list;
         size_t rest = number;
         for (const Mac &mac : watched) {
@@ -260,9 +269,12 @@ void Explorer::expand_look(const State &state, double time)
     }
 }
 
-// One device is asked; -1: no reply comes.
-void Explorer::ask(State &state, const Mac &mac, int code) const
+// One device is asked; -1: no reply comes. A stop may come before the reply does.
+void Explorer::ask(State &state, const Mac &mac, int code, bool stops) const
 {
+    state.roll.ask({mac});
+    if (stops)
+        state.roll.halt(Halt::signal);
     Watch &device = watch(state, mac);
     const bool was_lost = device.lost;
     const bool may_be_taken = code < 0 || code == RESULT_NO_RESPONSE;
@@ -286,14 +298,12 @@ void Explorer::ask(State &state, const Mac &mac, int code) const
 void Explorer::expand_request(const State &state)
 {
     for (const Mac &mac : state.roll.pending()) {
-        for (const uint8_t code : CODES) {
-            State next = state.after("answer" + std::to_string(code));
-            ask(next, mac, code);
-            add(std::move(next));
-        }
-        State next = state.after("lost");
-        ask(next, mac, -1);
-        add(std::move(next));
+        for (const int code : CODES)
+            for (const bool stops : {false, true}) {
+                State next = state.after((stops ? "stop+answer" : "answer") + std::to_string(code));
+                ask(next, mac, code, stops);
+                add(std::move(next));
+            }
     }
     for (const Mac &mac : state.roll.unclear())
         for (const unsigned left : {0U, 1U}) {
@@ -310,9 +320,10 @@ void Explorer::expand(const State &state)
     for (const double time : TIMES) {
         expand_look(state, time);
         State next = state.after("silent" + std::to_string(static_cast<int>(time)));
+        if (next.silent_since < 0)
+            next.silent_since = next.now;
         next.now += time;
-        next.is_silent = true;
-        next.roll.silent(next.now);
+        next.roll.silent(next.silent_since, next.now);
         add(std::move(next));
     }
     expand_request(state);
@@ -341,6 +352,9 @@ void Explorer::check(const State &state) const
     for (const RollDevice &device : state.roll.devices()) {
         const Watch &watch = state.watch[device.mac.byte[5]];
         in_flight += watch.asked && !device.finished();
+        EXPECT_FALSE(device.batch == 0 && watch.asked) << "asked, but called not started";
+        EXPECT_FALSE(device.current && device.stage != UpgradeStage::skipped)
+            << "called up to date, but not skipped";
         EXPECT_TRUE(state.roll.halted() == Halt::none || device.batch != state.roll.batch() ||
                     device.stage != UpgradeStage::waiting || watch.asked)
             << "waits for its turn after the stop";
@@ -373,13 +387,15 @@ void Explorer::check_end(State state, const Observation *sight, int code) const
             return;
         state.now += 1;
         if (sight == nullptr) {
-            state.roll.silent(state.now);
+            state.roll.silent(state.now - i - 1, state.now);
             continue;
         }
         std::map<Mac, Observation> list;
         for (const Mac &mac : state.roll.watched())
             list[mac] = *sight;
-        state.roll.look(list, state.now);
+        state.roll.look(list, state.now, state.now);
+        if (i % 2 == 1) // every second look fails
+            state.roll.silent(state.now - 0.5, state.now);
         for (const Mac &mac : state.roll.unclear())
             state.roll.steps_known(mac, 1, state.now);
         for (const Mac &mac : state.roll.pending())
