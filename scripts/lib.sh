@@ -18,6 +18,18 @@ need_packages() {
         "${missing[@]}" >/dev/null
 }
 
+# Unpacks promtool, which judges metrics and alerts, below build/tools, and puts it in PATH. The package
+# is not installed, since it starts a service.
+need_promtool() {
+    local tools=$PWD/build/tools
+    PATH=$tools/usr/bin:$PATH
+    command -v promtool >/dev/null && return
+    echo "unpacking promtool into build/tools"
+    mkdir -p "$tools"
+    (cd "$tools" && apt-get download -qq prometheus 2>/dev/null && dpkg-deb -x prometheus_*.deb . &&
+        rm prometheus_*.deb) || echo "promtool cannot be had: metrics and alerts are not judged"
+}
+
 # Configures and builds a preset, quietly unless that fails. Further words go to the configuration.
 build_preset() {
     local preset=$1 log
