@@ -31,6 +31,8 @@ static const Format &check_settings(const ExportSettings &settings,
         throw UsageError("--directory is for --format cfg");
     if (settings.metrics != nullptr && &format != &prometheus_format)
         throw UsageError("--metrics is for --format prometheus");
+    if (settings.around != nullptr && &format != &dot_format)
+        throw UsageError("--around is for --format dot");
     if (settings.partial && &format != &cfg_format)
         throw UsageError("--partial is for --format cfg");
     if (settings.columns != nullptr && &format != &csv_format)

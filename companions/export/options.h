@@ -13,6 +13,7 @@ struct ExportSettings : Endpoint, Selection {
     const char *output = nullptr;
     const char *directory = nullptr;
     const char *columns = nullptr; // of csv, joined by commas
+    const char *around = nullptr;  // of dot: the name or address of a switch
     bool partial = false;
     const char *metrics = nullptr; // of prometheus: a word of METRICS_NAMES; null: device
 };
@@ -20,7 +21,8 @@ struct ExportSettings : Endpoint, Selection {
 // Every format; its row is NAME_format in its own file.
 // clang-format off
 #define EXPORT_FORMATS(FORMAT)                                                                     \
-    FORMAT(json) FORMAT(ndjson) FORMAT(cfg) FORMAT(csv) FORMAT(prometheus) FORMAT(dot)
+    FORMAT(json) FORMAT(ndjson) FORMAT(cfg) FORMAT(csv) FORMAT(prometheus) FORMAT(dot)              \
+    FORMAT(table) FORMAT(macs)
 
 // Every column of csv.
 #define EXPORT_COLUMNS(COLUMN)                                                                     \
@@ -79,6 +81,8 @@ inline constexpr Option<ExportSettings> EXPORT_OPTIONS[] = {
     {{"directory", "DIR", "cfg: write a file for each device there, named by its address"}, take_directory},
     {{"metrics", "WHICH", "prometheus: how much of them (device)", METRICS_NAMES},
      [](const char *text, ExportSettings &to) { return take_word(text, METRICS_NAMES, to.metrics); }},
+    {{"around", "SWITCH", "dot: only the switch of this name or address, and its neighbours"},
+     [](const char *text, ExportSettings &to) { return take_text(text, to.around); }},
     {{"partial", nullptr, "cfg: exit with 0 also when settings cannot be sent again"},
      [](const char *, ExportSettings &to) { return take_flag(to.partial); }},
     {{"columns", "LIST", "csv: these columns, joined by commas", COLUMN_NAMES}, take_columns},
@@ -90,5 +94,6 @@ inline constexpr ProgramInfo EXPORT_PROGRAM = {
     "zov-export",
     "",
     "Reads the controller's device list once and writes it in another format: json, ndjson,\n"
-    "cfg (configuration files), csv, prometheus (metrics) or dot (a graph).\n",
+    "cfg (configuration files), csv, prometheus (metrics), dot (a graph), table (for people)\n"
+    "or macs (addresses for a command line).\n",
 };
