@@ -15,9 +15,16 @@ std::string shown_value(const ConfigKey &row, std::string_view bytes)
     case FORM_DATA_RATE:
         return data_rate_text(
             from_big_endian<int32_t>(reinterpret_cast<const uint8_t *>(bytes.data())));
-    default:
-        return value_text(&row, bytes);
+    case FORM_U32:
+    case FORM_U16:
+    case FORM_IPV4:
+    case FORM_SERVER_ADDRESS:
+    case FORM_IP_SETTINGS:
+    case FORM_MAC_LIST:
+    case FORM_PASSWORD_DIGEST:
+        break;
     }
+    return value_text(&row, bytes);
 }
 
 // Without the zeros that numbers begin with, in lower case.
@@ -63,7 +70,12 @@ bool mean_the_same(const ConfigKey &row, std::string_view text, std::string_view
         return plain_rate(text) == plain_rate(shown);
     case FORM_SERVER_ADDRESS:
         return without_zeros(text.empty() ? "0.0.0.0" : text) == without_zeros(shown);
-    default:
-        return without_zeros(text) == without_zeros(shown);
+    case FORM_U32:
+    case FORM_U16:
+    case FORM_IPV4:
+    case FORM_IP_SETTINGS:
+    case FORM_MAC_LIST:
+        break;
     }
+    return without_zeros(text) == without_zeros(shown);
 }
