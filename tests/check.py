@@ -87,6 +87,7 @@ FILES = [
         ('"name":"a\nb"}}', 2, "invalid string: control character U+000A (LF) must be escaped to \\u000A or \\n"),
         ('"name":"\xff"}}', 2, "invalid string: ill-formed UTF-8 byte"), ('"name":"x"}}\n\0{}', 3, "a NUL byte"))),
     ('\xef\xbb\xbf{"wtp_cfg":{"name":"x"}}', 0, ["1 This is no JSON as RFC 8259 has it: a byte order mark."]),
+    ('{"wtp_cfg":{"name":"x",\n"comment":1e999}}', 0, ["2 Most programs cannot read a number: it is out of range."]),
     # Members whose names are paths are sent; a comment keeps the place of a key.
     ('{"wtp_cfg":{"led.power":1}}', 0, ["1 Member 'led.power' in 'wtp_cfg' is sent as wtp_cfg.led.power, though it is "
                                         "no member of that object."]),

@@ -188,8 +188,9 @@ static Json member_schema(const SettingNode &node, DeviceKind kind)
     Json element;
     add_type_schema(element, node, kind);
     if (node.row != nullptr && node.row->element_size() == 0) // left as it is, and remarked on
-        element = {{"anyOf", {element, COMMENT_ONLY_SCHEMA}}};
-    schema["items"] = element;
+        schema["items"]["anyOf"] = {element, COMMENT_ONLY_SCHEMA};
+    else
+        schema["items"] = element;
     return schema;
 }
 

@@ -97,7 +97,8 @@ void Checker::Walk::check_unchanged(std::string_view path, IndexKey key, const j
 {
     const ConfigKey *row = known.row_of(path);
     if (row == nullptr || value.type != row->kind() ||
-        (row->element_size() > 0 && config.list_bytes.size() <= key.back() * row->element_size()))
+        (row->element_size() > 0 &&
+         config.list_bytes.size() <= size_t{key.back()} * row->element_size()))
         return;
     const std::string_view text = value.type == json_string
                                       ? std::string_view(value.u.string.ptr, value.u.string.length)
@@ -175,7 +176,7 @@ std::vector<Diagnostic> Checker::check(const char *name)
     const std::string_view text(reinterpret_cast<const char *>(bytes.data()), bytes.size());
     if (root != nullptr) {
         if (const JsonFault fault = find_json_fault(text); fault.line > 0) {
-            diagnostics.add(nullptr, "This is no JSON as RFC 8259 has it:");
+            diagnostics.add(nullptr, fault.what);
             diagnostics.explain(fault.line, fault.reason);
         }
         const KnownMembers &known = known_for(root.get());

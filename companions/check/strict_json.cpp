@@ -12,6 +12,7 @@ namespace {
 struct FaultFinder : nlohmann::json_sax<Json> {
     size_t position = 0;
     std::string reason;
+    bool is_range = false; // of a number
 
     bool null() override { return true; }
     bool boolean(bool) override { return true; }
@@ -28,7 +29,9 @@ struct FaultFinder : nlohmann::json_sax<Json> {
     bool parse_error(size_t at, const std::string &,
                      const nlohmann::detail::exception &why) override
     {
+        enum : int { OUT_OF_RANGE = 406 };
         position = at;
+        is_range = why.id == OUT_OF_RANGE;
         reason = why.what();
         return false;
     }
@@ -59,6 +62,8 @@ JsonFault find_json_fault(std::string_view text)
     FaultFinder finder;
     if (Json::sax_parse(text.begin(), text.end(), &finder))
         return {};
-    return {line_at(text, finder.position == 0 ? 0 : finder.position - 1),
-            shortened_reason(finder.reason)};
+    const unsigned line = line_at(text, finder.position == 0 ? 0 : finder.position - 1);
+    if (finder.is_range)
+        return {line, "it is out of range", "Most programs cannot read a number:"};
+    return {line, shortened_reason(finder.reason)};
 }

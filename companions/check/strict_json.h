@@ -8,6 +8,7 @@
 struct JsonFault {
     unsigned line = 0; // 0: there is none
     std::string reason;
+    const char *what = "This is no JSON as RFC 8259 has it:"; // of which that is the reason
 };
 
 // The first fault of a text that has to be one JSON document.

@@ -148,9 +148,16 @@ static int run(int argc, char **argv)
     const EventLog log(settings.plan ? nullptr : settings.log, ROLLOUT_PROGRAM.name);
     watch_for_stop();
     stop_at_first(true);
-    log.add(opening_text(ROLLOUT_PROGRAM.name, words));
     ProgressBar bar(ROLLOUT_PROGRAM.name);
     Reporter reporter(log, bar);
+    try {
+        log.add(opening_text(ROLLOUT_PROGRAM.name, words));
+    } catch (const Failure &) {
+        if (!stop_wanted())
+            throw;
+        bar.line("stopped by a signal; nothing was begun");
+        return STOPPED;
+    }
     const auto ended = [&](int status) {
         reporter.write_log("status " + std::to_string(status));
         return status;

@@ -130,6 +130,7 @@ private:
     void expand_request(const State &state);
     void look(State &state, const std::map<Mac, Observation> &list) const;
     void ask(State &state, const Mac &mac, int code, bool stops = false) const;
+    void check_done(const State &state) const;
     void check(const State &state) const;
     void check_pending(const State &state) const;
     void check_end(State state, const Observation *sight, int code) const;
@@ -209,6 +210,7 @@ void follow_steps(State &state)
 void Explorer::add(State state)
 {
     follow_steps(state);
+    check_done(state);
     while (!state.roll.is_running() && state.roll.begin_batch(state.now)) {
         state.silent_since = -1;
         for (const Mac &mac : state.roll.watched()) // what runs is judged as the plan has seen it
@@ -345,6 +347,24 @@ void Explorer::check_pending(const State &state) const
     }
 }
 
+// What is done in the batch that is ending.
+void Explorer::check_done(const State &state) const
+{
+    SCOPED_TRACE(state.path);
+    for (const RollDevice &device : state.roll.devices()) {
+        const Watch &watch = state.watch[device.mac.byte[5]];
+        if (device.stage != UpgradeStage::done || device.batch != state.roll.batch())
+            continue;
+        const std::string &version = watch.last.version;
+        EXPECT_TRUE(watch.last.online && !watch.last.busy) << "done though not online";
+        EXPECT_TRUE(watch.restarted) << "done without a restart";
+        EXPECT_GE(watch.held, SETTLE) << "done though not settled";
+        EXPECT_TRUE(fleet_.limits.to.empty() ? version == watch.announced || version == watch.newest
+                                             : version == fleet_.limits.to)
+            << "done with version " << version;
+    }
+}
+
 void Explorer::check(const State &state) const
 {
     SCOPED_TRACE(state.path);
@@ -358,15 +378,6 @@ void Explorer::check(const State &state) const
         EXPECT_TRUE(state.roll.halted() == Halt::none || device.batch != state.roll.batch() ||
                     device.stage != UpgradeStage::waiting || watch.asked)
             << "waits for its turn after the stop";
-        if (device.stage != UpgradeStage::done || device.batch != state.roll.batch())
-            continue;
-        const std::string &version = watch.last.version;
-        EXPECT_TRUE(watch.last.online && !watch.last.busy) << "done though not online";
-        EXPECT_TRUE(watch.restarted) << "done without a restart";
-        EXPECT_GE(watch.held, SETTLE) << "done though not settled";
-        EXPECT_TRUE(fleet_.limits.to.empty() ? version == watch.announced || version == watch.newest
-                                             : version == fleet_.limits.to)
-            << "done with version " << version;
     }
     EXPECT_LE(in_flight, fleet_.largest) << "too many in flight";
     check_pending(state);
