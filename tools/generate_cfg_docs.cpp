@@ -256,7 +256,7 @@ static int print_manual(const char *name, const SettingNode &access_point,
     return file.eof() ? 0 : fail("generate_cfg_docs: cannot read %s\n", name);
 }
 
-int main(int argc, char **argv)
+static int run(int argc, char **argv)
 {
     const string what = argc > 1 ? argv[1] : "";
     const SettingNode access_point = settings_tree(DEVICE_ACCESS_POINT);
@@ -271,4 +271,13 @@ int main(int argc, char **argv)
     else
         status = fail("usage: generate_cfg_docs schema-ap|schema-switch|man TEMPLATE\n");
     return cout.flush() ? status : 1;
+}
+
+int main(int argc, char **argv)
+{
+    try {
+        return run(argc, argv);
+    } catch (const std::exception &error) {
+        return fail("generate_cfg_docs: %s\n", error.what());
+    }
 }

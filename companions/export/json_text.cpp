@@ -1,31 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "export/json_text.h"
 
+#include "common/json_acceptor.h"
 #include "export/text.h"
-
-#include <nlohmann/json.hpp>
 
 namespace {
 
 // Takes what the parser finds, and counts how deep it is.
-class DepthCheck : public nlohmann::json_sax<nlohmann::json> {
+class DepthCheck : public JsonAcceptor {
 public:
-    bool null() override { return true; }
-    bool boolean(bool) override { return true; }
-    bool number_integer(number_integer_t) override { return true; }
-    bool number_unsigned(number_unsigned_t) override { return true; }
-    bool number_float(number_float_t, const string_t &) override { return true; }
-    bool string(string_t &) override { return true; }
-    bool binary(binary_t &) override { return true; }
-    bool key(string_t &) override { return true; }
     bool start_object(size_t) override { return ++depth_ <= JSON_DEPTH_MAX; }
     bool start_array(size_t) override { return ++depth_ <= JSON_DEPTH_MAX; }
     bool end_object() override { return depth_-- > 0; }
     bool end_array() override { return depth_-- > 0; }
-    bool parse_error(size_t, const std::string &, const nlohmann::detail::exception &) override
-    {
-        return false;
-    }
 
 private:
     unsigned depth_ = 0;
