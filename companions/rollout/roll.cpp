@@ -341,6 +341,7 @@ void Roll::see_at_rest(RollDevice &device)
         step.looks++;
         return;
     }
+    step.check = false;
     const bool changed = version != step.start;
     if (device.late && !changed)
         return;
@@ -494,15 +495,17 @@ void Roll::answered(const Mac &mac, uint8_t code, double now)
         end(*device, skipped, "no newer firmware");
     } else if (!limits_.to.empty() && step.start != limits_.to) {
         end(*device, failed, "no newer firmware");
-    } else { // the step before was the last
+    } else { // the step before was the last, unless a request without reply has begun another
+        const bool may_have_begun = step.reply_lost;
         device->to = step.start;
         device->steps_left = 1;
         device->steps_done--;
         set_asked(*device);
-        step.restarted = true;
+        step.reply_lost = false;
+        step.restarted = !may_have_begun;
         step.held_since = clock_.time(now_);
         step.change_time = device->last.change_time;
-        enter(*device, settling);
+        enter(*device, may_have_begun ? upgrading : settling);
     }
     check_failures();
     settle_batch();

@@ -128,6 +128,7 @@ const Case CASES[] = {
     {"", 2, "1 a0 1b2 2r a17 2 a0 2b3 3r +30 3r", "suwsuSd", ""},
     {"", 2, "1 a0 2r k1 2r a5 2r +30 2r", "swSd", ""},
     {"", 2, "1 a0 1b2 2r a0 2b3 2 +10 2", "suwsuf", "came back with its old version"},
+    {"", 2, "1 a0 2r k1 2 x 2 a5 2 +900 2", "swsut", "was not seen to restart"},
     {"", 0, "1o 2r k0 +30 2r", "uSd", ""},
     {"", 0, "1o 2r k1 2r a0 2b3 +1 3r +30 3r", "uwsuSd", ""},
     {"", 0, "1o 3r +10 3r", "uf", "came back with version 3"}, // 2 was announced
