@@ -445,11 +445,11 @@ bool is_whole()
 TEST(RollExploration, TwoDevicesOneAtATime)
 {
     const Fleet fleets[] = {
-        {"one step", {device(0, 1, 1), device(1, 2, 1)}, limits(), 1, USUAL, 240000},
-        {"strange", {device(0, 1, 1), device(1, 2, 1)}, limits(), 1, STRANGE, 520000},
-        {"older", {device(0, 1, 1), device(1, 2, 1)}, limits("", true), 1, STRANGE, 680000},
-        {"to 2", {device(0, 1, 1), device(1, 2, 1)}, limits("2"), 1, STRANGE, 125000},
-        {"two steps", {device(0, 1, 2), device(1, 2, 1)}, limits(), 1, TWO_STEPS, 640000},
+        {"one step", {device(0, 1, 1), device(1, 2, 1)}, limits(), 1, USUAL, 122000},
+        {"strange", {device(0, 1, 1), device(1, 2, 1)}, limits(), 1, STRANGE, 300000},
+        {"older", {device(0, 1, 1), device(1, 2, 1)}, limits("", true), 1, STRANGE, 385000},
+        {"to 2", {device(0, 1, 1), device(1, 2, 1)}, limits("2"), 1, STRANGE, 40000},
+        {"two steps", {device(0, 1, 2), device(1, 2, 1)}, limits(), 1, TWO_STEPS, 360000},
     };
     for (const Fleet &fleet : fleets) {
         SCOPED_TRACE(fleet.name);
