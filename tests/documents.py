@@ -109,6 +109,7 @@ def play(script, folder):
             return done.stdout.decode(errors="replace").split(f"\n{MARK}\n")[1:]
         finally:
             process.terminate()
+            Path(f"/run/lock/zov-127.0.0.1-{port}").unlink(missing_ok=True)
 
 
 def main():

@@ -4,6 +4,7 @@ rollout.py ZOV_ROLLOUT AC_SIM SOURCE
 
 ZOV_LONG=1: 200 signals at random moments, with the seed ZOV_SEED.
 """
+import atexit
 import fcntl
 import json
 import os
@@ -30,10 +31,19 @@ ROLLOUT, AC_SIM, SOURCE = sys.argv[1:4]
 AP1, AP2, AP3 = (f"02:A3:00:00:00:0{n}" for n in (1, 2, 3))  # one step from the newest, two, one
 FIRST = "02:00:00:00:00:01"
 FAST = ("--interval", "0.05", "--timeout", "20", "--settle", "0", "--yes")
+PORTS = set()
 NO_TERMINAL = {"stdin": subprocess.DEVNULL, "start_new_session": True}
 
 
+@atexit.register
+def remove_locks():
+    """Of the ports of this test, which are nobody else's."""
+    for port in PORTS:
+        Path(f"/run/lock/zov-127.0.0.1-{port}").unlink(missing_ok=True)
+
+
 def start(port, *options, out=subprocess.PIPE, err=subprocess.PIPE, **more):
+    PORTS.add(port)
     return subprocess.Popen([ROLLOUT, "--acport", str(port), *FAST, *options], stdout=out,
                             stderr=err, **{"preexec_fn": end_with_test, **NO_TERMINAL, **more})
 
@@ -393,6 +403,7 @@ class Simulated(unittest.TestCase):
 
     def ask(self, port, answer, *options, columns=80):
         """Runs it on a terminal; what that shows, the exit status and standard output."""
+        PORTS.add(port)
         ours, theirs = pty.openpty()
         fcntl.ioctl(theirs, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
         process = subprocess.Popen(
