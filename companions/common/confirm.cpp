@@ -27,8 +27,10 @@ bool confirm(const std::string &question)
     if (!terminal || write_all(terminal.get(), question + " [y/N] ") != 0)
         return false;
     int ready = 0;
-    while (ready == 0)
+    while (ready == 0) {
+        check_stop(); // a signal may have come before the question
         ready = wait_for(terminal.get(), POLLIN, FOREVER);
+    }
     check_stop();
     char answer[256] = "";
     return ready > 0 && read(terminal.get(), answer, sizeof answer) > 0 &&
