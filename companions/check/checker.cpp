@@ -105,14 +105,13 @@ void Checker::Walk::check_unchanged(std::string_view path, IndexKey key, const j
                                       : std::string_view();
     const std::string given =
         value.type == json_string ? std::string(text) : std::to_string(value.u.integer);
-    const std::string place = " for '" + std::string(path) + "'.";
-    if (text.find('\0') != std::string_view::npos) {
-        diagnostics.add(&value, "ERROR: config value ends at its NUL character" + place);
-        return;
-    }
+    const bool is_cut = text.find('\0') != std::string_view::npos;
     const std::string shown = shown_value(*row, last_bytes(*row, key, start));
-    if (!mean_the_same(*row, given, shown))
-        diagnostics.add(&value, "ERROR: config value '" + given + "' is sent as " + shown + place);
+    if (!is_cut && (given == shown || mean_the_same(*row, given, shown)))
+        return;
+    diagnostics.add(&value, (is_cut ? "ERROR: config value ends at its NUL character"
+                                    : "ERROR: config value '" + given + "' is sent as " + shown) +
+                                " for '" + std::string(path) + "'.");
 }
 
 // The line that the parser's message begins with, or has in brackets; 0 when there is none.

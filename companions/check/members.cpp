@@ -85,16 +85,17 @@ private:
     // single value is checked with the value.
     void element(const SettingNode &node, const json_value &value)
     {
-        const std::string who = (node.is_array() ? "an element of " : "") + quoted(node.path);
-        if (node.row == nullptr && value.type == json_object)
-            object(node, value);
-        else if (holds_place(node, value))
+        const bool is_object = value.type == json_object;
+        if (node.row == nullptr && is_object)
+            return object(node, value);
+        if (holds_place(node, value) ||
+            (node.row != nullptr && !is_object && value.type != json_array))
             return;
-        else if (node.row == nullptr)
-            fault(value, who + " has to be an object");
-        else if (value.type == json_object || value.type == json_array)
-            fault(value,
-                  who + " has to be a " + (node.row->kind() == json_integer ? "number" : "text"));
+        const char *wanted = node.row == nullptr                ? "an object"
+                             : node.row->kind() == json_integer ? "a number"
+                                                                : "a text";
+        fault(value, (node.is_array() ? "an element of " : "") + quoted(node.path) + " has to be " +
+                         wanted);
     }
 
     // A comment in the place of a text that is left as it is, in an array whose elements are sent
