@@ -3,7 +3,7 @@
 // files, and the manual page zov-cfg(5) in mdoc.
 //
 // usage: generate_cfg_docs schema-ap|schema-switch|man TEMPLATE
-#include "common/settings_tree.h"
+#include "documents/settings_tree.h"
 #include "tools/doc_writer.h"
 #include "tools/setting_texts.h"
 #include "util/output.h"

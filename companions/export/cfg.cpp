@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The stored configurations as documents that zov cfg --file takes.
 #include "common/output_file.h"
-#include "common/settings_tree.h"
+#include "documents/settings_tree.h"
 #include "export/cfg_writer.h"
 #include "export/directory_output.h"
 #include "export/formats.h"

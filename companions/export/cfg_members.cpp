@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "export/cfg_members.h"
 
-#include "common/settings_tree.h"
+#include "documents/settings_tree.h"
 
 // `table` is how many bytes of the paths belong to the table that the members are in. A list of
 // texts has an item for each of them, as the layout has a field; other lists are one.

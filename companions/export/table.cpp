@@ -2,7 +2,7 @@
 // The devices as a table for people.
 #include "common/table.h"
 #include "common/output_file.h"
-#include "common/progress_bar.h"
+#include "course/progress_bar.h"
 #include "export/formats.h"
 
 #include <algorithm>

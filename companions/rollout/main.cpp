@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // zov-rollout: upgrades the firmware of devices in batches.
-#include "common/lock.h"
 #include "common/plain_text.h"
 #include "common/stop.h"
+#include "course/lock.h"
 #include "rollout/course.h"
 #include "rollout/plan.h"
 #include "rollout/result.h"

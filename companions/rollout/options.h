@@ -3,8 +3,8 @@
 #pragma once
 
 #include "common/connection.h"
-#include "common/driver.h"
 #include "common/selection.h"
+#include "course/driver.h"
 
 struct RolloutSettings : Endpoint, Selection, CourseSettings {
     const char *to = nullptr; // the version that all are to have; null: the newest

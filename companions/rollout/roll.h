@@ -25,7 +25,7 @@
 // limit, and the silence of the controller has one.
 #pragma once
 
-#include "common/driver.h"
+#include "course/driver.h"
 #include "util/mac.h"
 
 #include <cstdint>

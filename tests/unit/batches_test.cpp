@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Order and batches of devices.
-#include "common/batches.h"
+#include "course/batches.h"
 #include "proto/device_kind.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "common/confirm.h"
+#include "course/confirm.h"
 
 #include "common/stop.h"
 #include "common/trusted_files.h"

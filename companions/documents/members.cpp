@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "check/members.h"
+#include "documents/members.h"
 
-#include "check/spelling.h"
+#include "documents/spelling.h"
 
 #include <algorithm>
 #include <numeric>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "common/settings_tree.h"
+#include "documents/settings_tree.h"
 
 const SettingNode *SettingNode::find(std::string_view member) const
 {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "check/lines.h"
+#include "documents/lines.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "check/items.h"
+#include "documents/items.h"
 
 #include "common/address_text.h"
 #include "common/plain_text.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "common/batches.h"
+#include "course/batches.h"
 
 #include "common/command_line.h"
 #include "proto/device_kind.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "common/lock.h"
+#include "course/lock.h"
 
 #include <cerrno>
 #include <cinttypes>

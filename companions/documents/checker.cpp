@@ -1,13 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "check/checker.h"
+#include "documents/checker.h"
 
-#include "check/meaning.h"
-#include "check/strict_json.h"
-#include "common/output_file.h"
-#include "common/plain_text.h"
-#include "common/stored_message.h"
-#include "config/config_file.h"
 #include "config/config_value.h"
+#include "documents/meaning.h"
+#include "documents/strict_json.h"
 #include "util/byte_order.h"
 
 #include <cstdlib>
@@ -138,69 +134,64 @@ static int no_digest(const char *, uint8_t digest[16], const Messages &)
     return 0;
 }
 
-// The settings of the kind that was given, or that the file's comment names, or of access points.
-const KnownMembers &Checker::known_for(const json_value *root) const
+uint8_t kind_in_document(const json_value &root)
 {
-    if (settings_.type != nullptr)
-        return *settings_.type == '1' ? switches_ : access_points_;
-    if (root != nullptr && root->type == json_object)
-        for (const json_object_entry &member : root->u.object)
+    if (root.type == json_object)
+        for (const json_object_entry &member : root.u.object)
             if (std::string_view(member.name, member.name_length) == "comment" &&
-                member.value->type == json_string &&
-                kind_in_comment({member.value->u.string.ptr, member.value->u.string.length}) ==
-                    DEVICE_SWITCH)
-                return switches_;
-    return access_points_;
+                member.value->type == json_string)
+                return kind_in_comment({member.value->u.string.ptr, member.value->u.string.length});
+    return 0;
 }
 
-std::vector<Diagnostic> Checker::check(const char *name)
+const json_value *Checker::open(const char *name)
 {
     const char *path = strcmp(name, "-") == 0 ? "/dev/stdin" : name;
+    name_ = name;
+    diagnostics_ = Diagnostics(strict_);
     buffer_.wire.clear();
+    buffer_.messages = message_.sink();
     items_.clear();
-    Diagnostics diagnostics(settings_.strict);
-    StoredMessage message;
-    buffer_.messages = message.sink();
-    Bytes bytes;
-    JsonTree root(nullptr, json_value_free);
+    text_.clear();
+    root_.reset();
     char why[json_error_max] = "";
-    if (config_file_read(path, bytes, buffer_.messages) != 0) {
-        report(message, nullptr, diagnostics);
-    } else if (bytes.size() == 0) {
-        diagnostics.add(nullptr, "No member 'wtp_cfg', the file is empty.");
-    } else if ((root = config_text_parse(path, bytes, buffer_.messages, why)) == nullptr) {
-        report(message, nullptr, diagnostics);
-        diagnostics.explain(line_of(why), without_place(why));
+    if (config_file_read(path, text_, buffer_.messages) != 0) {
+        report(message_, nullptr, diagnostics_);
+    } else if (text_.size() == 0) {
+        diagnostics_.add(nullptr, "No member 'wtp_cfg', the file is empty.");
+    } else if ((root_ = config_text_parse(path, text_, buffer_.messages, why)) == nullptr) {
+        report(message_, nullptr, diagnostics_);
+        diagnostics_.explain(line_of(why), without_place(why));
+    } else if (const JsonFault fault =
+                   find_json_fault({reinterpret_cast<const char *>(text_.data()), text_.size()});
+               fault.line > 0) {
+        diagnostics_.add(nullptr, fault.what);
+        diagnostics_.explain(fault.line, fault.reason);
     }
-    const std::string_view text(reinterpret_cast<const char *>(bytes.data()), bytes.size());
-    if (root != nullptr) {
-        if (const JsonFault fault = find_json_fault(text); fault.line > 0) {
-            diagnostics.add(nullptr, fault.what);
-            diagnostics.explain(fault.line, fault.reason);
-        }
-        const KnownMembers &known = known_for(root.get());
-        diagnostics.begin_walk();
-        check_members(known, *root, diagnostics);
-        diagnostics.begin_walk();
-        Walk walk(known, message, buffer_, settings_.items ? &items_ : nullptr, diagnostics);
-        if (!settings_.items || diagnostics.has_errors()) // each digest costs a process
-            walk.config.digest = no_digest;
-        JsonIterStack stack;
-        json_walk(stack, *root, {Walk::take_value, Walk::take_refusal, &walk});
-        if (buffer_.wire.size() == 0 && !diagnostics.has_errors())
-            diagnostics.warn("There is no setting in it: nothing is sent.");
-    }
-    if (diagnostics.has_errors())
-        items_.clear();
-    buffer_.messages = {};
-    return diagnostics.take(name, text, root.get());
+    return root_.get();
 }
 
-void Checker::print_items(const char *name) const
+void Checker::check(DeviceKind kind)
 {
-    OutputFile out("-", 0);
-    if (name != nullptr)
-        out.put(plain_text(name) + ":\n");
-    out.put(items_text(buffer_, items_));
-    out.finish();
+    const KnownMembers &known = kind == DEVICE_SWITCH ? switches_ : access_points_;
+    buffer_.wire.clear();
+    items_.clear();
+    diagnostics_.begin_walk();
+    check_members(known, *root_, diagnostics_);
+    diagnostics_.begin_walk();
+    Walk walk(known, message_, buffer_, keeps_items_ ? &items_ : nullptr, diagnostics_);
+    if (!keeps_items_ || diagnostics_.has_errors())
+        walk.config.digest = no_digest;
+    JsonIterStack stack;
+    json_walk(stack, *root_, {Walk::take_value, Walk::take_refusal, &walk});
+    if (buffer_.wire.size() == 0 && !diagnostics_.has_errors())
+        diagnostics_.warn("There is no setting in it: nothing is sent.");
+    if (diagnostics_.has_errors())
+        items_.clear();
+}
+
+std::vector<Diagnostic> Checker::take_diagnostics()
+{
+    return diagnostics_.take(name_, {reinterpret_cast<const char *>(text_.data()), text_.size()},
+                             root_.get());
 }

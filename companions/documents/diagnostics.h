@@ -3,7 +3,7 @@
 // of its lines.
 #pragma once
 
-#include "check/lines.h"
+#include "documents/lines.h"
 
 #include <string>
 #include <string_view>

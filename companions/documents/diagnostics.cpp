@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "check/diagnostics.h"
+#include "documents/diagnostics.h"
 
 #include "common/plain_text.h"
 

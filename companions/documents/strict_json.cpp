@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "check/strict_json.h"
+#include "documents/strict_json.h"
 
 #include "common/json_acceptor.h"
 

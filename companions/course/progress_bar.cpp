@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "common/progress_bar.h"
+#include "course/progress_bar.h"
 
 #include "common/stop.h"
 

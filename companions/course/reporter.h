@@ -2,8 +2,8 @@
 // Tells what happens while devices are worked on: in the log, and on standard error.
 #pragma once
 
-#include "common/event_log.h"
-#include "common/progress_bar.h"
+#include "course/event_log.h"
+#include "course/progress_bar.h"
 
 class Reporter {
 public:

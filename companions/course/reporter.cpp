@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "common/reporter.h"
+#include "course/reporter.h"
 
 #include "common/failure.h"
 

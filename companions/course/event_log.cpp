@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "common/event_log.h"
+#include "course/event_log.h"
 
 #include "common/failure.h"
 #include "common/plain_text.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "check/spelling.h"
+#include "documents/spelling.h"
 
 #include <algorithm>
 #include <cctype>

@@ -3,8 +3,8 @@
 // belong and are there once.
 #pragma once
 
-#include "check/diagnostics.h"
-#include "common/settings_tree.h"
+#include "documents/diagnostics.h"
+#include "documents/settings_tree.h"
 
 #include <unordered_map>
 

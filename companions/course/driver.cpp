@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "common/driver.h"
+#include "course/driver.h"
 
-#include "common/confirm.h"
 #include "common/stop.h"
+#include "course/confirm.h"
 
 #include <new>
 

@@ -3,11 +3,11 @@
 // what is due, waits, and begins the next batch. What they do with a device is theirs to say.
 #pragma once
 
-#include "common/batches.h"
 #include "common/command_line.h"
-#include "common/progress_bar.h"
-#include "common/reporter.h"
 #include "common/stop.h"
+#include "course/batches.h"
+#include "course/progress_bar.h"
+#include "course/reporter.h"
 
 #include <chrono>
 

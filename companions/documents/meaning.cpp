@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "check/meaning.h"
+#include "documents/meaning.h"
 
-#include "check/items.h"
+#include "documents/items.h"
 #include "report/format.h"
 #include "util/byte_order.h"
 
