@@ -2,6 +2,8 @@
 // The titles and descriptions of settings.def, for the generators.
 #pragma once
 
+#include "config/config_keys.h"
+
 #include <string_view>
 
 // Those of a row; empty for SAME.
@@ -9,6 +11,7 @@ struct SettingText {
     std::string_view path;
     std::string_view title;
     std::string_view description;
+    unsigned marks = 0; // of ConfigMark
 };
 
 inline constexpr SettingText SETTING_TEXTS[] = {

@@ -1,20 +1,28 @@
 // SPDX-License-Identifier: MIT
 #include "config/config_keys.h"
 
+// The marks behind the title and the description of a row.
+static constexpr uint8_t marks_of(const char *, const char *, unsigned marks = 0)
+{
+    return static_cast<uint8_t>(marks);
+}
+#define SAME "", ""
+
 constexpr const ConfigKey ACCESS_POINT_KEYS[] = {
-#define AP(id, form, min, max, path, ...) {id, FORM_##form, min, max, path},
+#define AP(id, form, min, max, path, ...) {id, FORM_##form, marks_of(__VA_ARGS__), min, max, path},
 #include "config/settings.def"
     {},
 };
 
 constexpr const ConfigKey SWITCH_KEYS[] = {
-#define SWITCH(id, form, min, max, path, ...) {id, FORM_##form, min, max, path},
+#define SWITCH(id, form, min, max, path, ...)                                                      \
+    {id, FORM_##form, marks_of(__VA_ARGS__), min, max, path},
 #include "config/settings.def"
     {},
 };
 
 constexpr const ConfigArray CONFIG_ARRAYS[] = {
-#define COUNT(id, path, ...) {id, path},
+#define COUNT(id, path, ...) {id, marks_of(__VA_ARGS__), path},
 #include "config/settings.def"
     {},
 };

@@ -24,6 +24,16 @@ enum ConfigForm : uint8_t {
     FORM_DATA_RATE,       // the code of a rate text, 32 bits
 };
 
+// What tools have to know of a setting; zov itself sends what it is given.
+enum ConfigMark : uint8_t {
+    MARK_STATE = 1,      // the device changes it by itself
+    MARK_UNREADABLE = 2, // no record has it
+    MARK_SECRET = 4,     // not to be shown
+    MARK_RISKY = 8,      // a bad value cuts the device off
+    MARK_CUTS_PORT = 16, // likewise what is connected to a port, or to all of them
+    MARK_GROWS = 32,     // of an array: a device can have more elements, or fewer
+};
+
 enum : uint32_t {
     CONFIG_ELEMENTS_MAX = 256,      // of any array: what an index byte can tell apart
     CONFIG_VALUE_BYTES_MAX = 65535, // of an item's value
@@ -34,6 +44,7 @@ enum : uint32_t {
 struct ConfigKey {
     int32_t id = 0;
     ConfigForm form = FORM_U32;
+    uint8_t marks = 0;     // of ConfigMark
     int32_t min = 0;       // smallest value, or smallest length in bytes
     int32_t max = 0;       // largest value, or largest length; -1 as a length: no limit
     std::string_view path; // empty in the row that ends a table
@@ -69,6 +80,7 @@ struct ConfigKey {
 // bits.
 struct ConfigArray {
     int32_t id = 0;
+    uint8_t marks = 0;
     std::string_view path; // empty in the row that ends the table
 };
 
