@@ -101,8 +101,14 @@ static string describe(const SettingNode &setting, DeviceKind kind)
 
 using Json = nlohmann::ordered_json;
 
-static const Json COMMENT_SCHEMA = {{"title", "Comment"},
-                                    {"description", "A remark of any type. It is not sent."}};
+// Defined once for all objects. What is in a remark is read all the same, and an object without
+// members refused.
+static const Json COMMENT_SCHEMA = {{"$ref", "#/$defs/comment"}};
+static const Json COMMENT_DEFINITION = {{"title", "Comment"},
+                                        {"description", "A remark of any type. It is not sent."},
+                                        {"minProperties", 1},
+                                        {"additionalProperties", COMMENT_SCHEMA},
+                                        {"items", COMMENT_SCHEMA}};
 
 // An object in the place of an element that is left as it is.
 static const Json COMMENT_ONLY_SCHEMA = {{"type", "object"},
@@ -114,7 +120,7 @@ static const Json COMMENT_ONLY_SCHEMA = {{"type", "object"},
 // does, which sends other texts as no address.
 static string pattern(ConfigForm form)
 {
-    const string octet = "(25[0-5]|2[0-4][0-9]|[01]?[0-9]?[0-9])";
+    const string octet = "0*(25[0-5]|2[0-4][0-9]|1?[0-9]?[0-9])";
     const string address = octet + "(\\." + octet + "){3}";
     switch (form) {
     case FORM_IPV4:
@@ -124,10 +130,10 @@ static string pattern(ConfigForm form)
     case FORM_IP_SETTINGS:
         return "^" + address + "(/" + address + "){2}$";
     case FORM_MAC_LIST:
-        return "^[0-9A-Fa-f]?[02468ACEace](:[0-9A-Fa-f]{1,2}){5}$";
+        return "^0*[0-9A-Fa-f]?[02468ACEace](:0*[0-9A-Fa-f]{1,2}){5}$";
     case FORM_DATA_RATE:
         return "^(auto|MCS0*([12]?[0-9]|3[01])|VHTMCS0*[0-9]"
-               "|0*[1-9][0-9]{0,5}(\\.[0-9]0*)?M|0+\\.[2-9]0*M)$";
+               "|0*[1-9][0-9]{0,5}(\\.([0-9]|0*))?M|0+\\.[2-9]M)$";
     case FORM_U32:
     case FORM_U16:
     case FORM_TEXT:
@@ -136,6 +142,28 @@ static string pattern(ConfigForm form)
         break;
     }
     return "";
+}
+
+// What is in no text of a form that is sent as it stands. Some programs let a line end follow what
+// a pattern matches.
+static string forbidden_pattern(ConfigForm form)
+{
+    switch (form) {
+    case FORM_MAC_LIST:
+        return "^[0:]*$|\\n";
+    case FORM_IPV4:
+    case FORM_SERVER_ADDRESS:
+    case FORM_IP_SETTINGS:
+    case FORM_DATA_RATE:
+        return "\\n";
+    case FORM_U32:
+    case FORM_U16:
+    case FORM_TEXT:
+    case FORM_HOST_LIST:
+    case FORM_PASSWORD_DIGEST:
+        break;
+    }
+    return "\\x00";
 }
 
 static void add_value_schema(Json &schema, const ConfigKey &row)
@@ -152,6 +180,7 @@ static void add_value_schema(Json &schema, const ConfigKey &row)
     schema["maxLength"] = largest(row); // in characters, of which none is shorter than a byte
     if (const string texts = pattern(row.form); !texts.empty())
         schema["pattern"] = texts;
+    schema["not"]["pattern"] = forbidden_pattern(row.form);
 }
 
 static Json member_schema(const SettingNode &node, DeviceKind kind);
@@ -212,7 +241,8 @@ static void print_schema(const SettingNode &root, DeviceKind kind)
            {{"title", "Schema"},
             {"description", "The place of this schema, for editors. It is not sent."},
             {"type", "string"}}},
-          {"wtp_cfg", member_schema(root.members[0], kind)}}}};
+          {"wtp_cfg", member_schema(root.members[0], kind)}}},
+        {"$defs", {{"comment", COMMENT_DEFINITION}}}};
     put(schema.dump(2), "\n");
 }
 

@@ -43,19 +43,18 @@ static std::string without_zeros(std::string_view text)
     return made;
 }
 
-// A rate without the zeros at the end of its fraction.
+// A rate without the zeros at the end of the fraction that one with a unit can have.
 static std::string plain_rate(std::string_view text)
 {
-    const size_t point = std::min(text.find('.'), text.size());
-    std::string fraction(text.substr(point));
-    const bool has_unit = fraction.ends_with('M');
-    if (has_unit)
-        fraction.pop_back();
+    if (!text.ends_with('M'))
+        return without_zeros(text);
+    const size_t point = std::min(text.find('.'), text.size() - 1);
+    std::string fraction(text.substr(point, text.size() - 1 - point));
     while (fraction.size() > 1 && fraction.ends_with('0'))
         fraction.pop_back();
     if (fraction == ".")
         fraction.clear();
-    return without_zeros(text.substr(0, point)) + fraction + (has_unit ? "m" : "");
+    return without_zeros(text.substr(0, point)) + fraction + "m";
 }
 
 bool mean_the_same(const ConfigKey &row, std::string_view text, std::string_view shown)

@@ -57,6 +57,8 @@ public:
                 one_member(*known, *member.value);
             else if (!node.path.empty() || name != SCHEMA)
                 unknown(node, member);
+            else if (member.value->type != json_string)
+                fault(*member.value, quoted(name) + " has to be a text");
         }
     }
 
