@@ -94,6 +94,17 @@ FILES = [
     ('{"wtp_cfg":{"led.power":1}}', 0, ["1 Member 'led.power' in 'wtp_cfg' is sent as wtp_cfg.led.power, though it is "
                                         "no member of that object."]),
     ('{"wtp_cfg":{"radio":[{"wlan":[{"wep":{"key":[{"comment":"none"},"abcde"]}}]}]}}', 0, []),
+    # Elements that no device has, or that name no port of their own.
+    ('{"wtp_cfg":{"radio":[],"lan_port":[],\n"radio":[{"wlan":[{"wep":{"key":["a","b","c","d",\n"e"]}}]}]}}', 0,
+     ["1 'wtp_cfg.radio[]' is empty, which no device can be.",
+      "1 'wtp_cfg.lan_port[]' is empty, which no device can be.",
+      "2 Member 'radio' is given twice in 'wtp_cfg'.",
+      "2 'wtp_cfg.radio[].wlan[].wep.key[]' has 5 elements, 4 at most can be kept."]),
+    ('{"wtp_cfg":{"poe_port":[],"switch_port":[{"mode":1},{"comment":1},\n{"port":3},{"port":3}],'
+     '"pdl_status":[],"pd_lifeguard":[]}}', 1,
+     ["1 'wtp_cfg.poe_port[]' is empty, which no device can be.",
+      "1 an element of 'wtp_cfg.switch_port[]' has no 'port'.",
+      "2 an element of 'wtp_cfg.switch_port[]' has the port of one before it, 3."]),
     # Nothing that a terminal would obey.
     ('{"wtp_cfg":{"\\u001b]0;x\\u0007":1,"dns1":"\\u009b1m\x7f\\u202e\xe2\x82"}}', 0,
      ["1 This is no JSON as RFC 8259 has it: invalid string: ill-formed UTF-8 byte.",

@@ -146,6 +146,14 @@ def document(*pairs, before=0):
     return root
 
 
+def with_ports(made):
+    """The document with a port in each element that has to name one."""
+    for name in ("switch_port", "poe_port", "pd_lifeguard"):
+        for n, element in enumerate(made["wtp_cfg"].get(name, [])):
+            element.setdefault("port", n + 1)
+    return made
+
+
 def extremes(row):
     """The smallest and the largest value that a setting takes."""
     texts = {"ipv4": ("1.2.3.4", "255.255.255.255"), "server": ("", "255.255.255.255"),

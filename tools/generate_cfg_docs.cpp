@@ -41,11 +41,6 @@ static int32_t largest(const ConfigKey &row)
     return row.form == FORM_U16 ? std::min<int32_t>(row.max, UINT16_MAX) : row.max;
 }
 
-static uint32_t elements_max(const SettingNode &array)
-{
-    return array.row == nullptr ? CONFIG_ELEMENTS_MAX : array.row->elements_max();
-}
-
 static string value_words(const ConfigKey &row)
 {
     const string limits = std::to_string(row.min) + " to " + std::to_string(largest(row));
@@ -75,7 +70,7 @@ static string type_words(const SettingNode &setting)
 {
     const string words = value_words(*setting.row);
     return setting.is_array()
-               ? "list, at most " + std::to_string(elements_max(setting)) + " elements: " + words
+               ? "list, at most " + std::to_string(setting.elements_max()) + " elements: " + words
                : words;
 }
 
@@ -211,12 +206,17 @@ static Json member_schema(const SettingNode &node, DeviceKind kind)
         return schema;
     }
     schema["type"] = "array";
-    schema["maxItems"] = elements_max(node);
+    if (node.elements_min() > 0)
+        schema["minItems"] = node.elements_min();
+    schema["maxItems"] = node.elements_max();
     if (node.row != nullptr && node.row->has_distinct_elements(kind))
         schema["uniqueItems"] = true;
     Json element;
     add_type_schema(element, node, kind);
-    if (node.row != nullptr && node.row->element_size() == 0) // left as it is, and remarked on
+    const bool is_by_port = node.is_by_port();
+    if (is_by_port)
+        element["required"] = {"port"};
+    if (is_by_port || (node.row != nullptr && node.row->element_size() == 0)) // left as it is
         schema["items"]["anyOf"] = {element, COMMENT_ONLY_SCHEMA};
     else
         schema["items"] = element;

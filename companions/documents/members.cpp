@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <set>
 
 namespace {
 
@@ -79,8 +80,41 @@ private:
             return element(node, value);
         if (value.type != json_array)
             return fault(value, quoted(node.path) + " has to be an array");
+        const size_t count = value.u.array.length;
+        if (count < node.elements_min())
+            fault(value, quoted(node.path) + " is empty, which no device can be");
+        if (is_list_of_texts(node) && count > node.elements_max())
+            fault(value, quoted(node.path) + " has " + std::to_string(count) + " elements, " +
+                             std::to_string(node.elements_max()) + " at most can be kept");
         for (const json_value *one : value.u.array)
             element(node, *one);
+        if (node.is_by_port())
+            check_ports(node, value);
+    }
+
+    // Elements that are told apart by their port; one that is a comment only changes none.
+    void check_ports(const SettingNode &node, const json_value &array)
+    {
+        std::set<int64_t> ports;
+        for (const json_value *one : array.u.array) {
+            if (one->type != json_object || is_comment(*one))
+                continue;
+            const json_value *port = nullptr;
+            for (const json_object_entry &member : one->u.object)
+                port = name_of(member) == "port" ? member.value : port;
+            const std::string who = "an element of " + quoted(node.path);
+            if (port == nullptr)
+                fault(*one, who + " has no 'port'");
+            else if (port->type == json_integer && !ports.insert(port->u.integer).second)
+                fault(*one,
+                      who + " has the port of one before it, " + std::to_string(port->u.integer));
+        }
+    }
+
+    static bool is_comment(const json_value &value)
+    {
+        return value.type == json_object && value.u.object.length == 1 &&
+               name_of(value.u.object.values[0]) == COMMENT;
     }
 
     // A value that is no array of the node's, or one of its elements. The type of a setting's
@@ -104,9 +138,12 @@ private:
     // one by one.
     static bool holds_place(const SettingNode &node, const json_value &value)
     {
-        return node.is_array() && node.row != nullptr && node.row->element_size() == 0 &&
-               value.type == json_object && value.u.object.length == 1 &&
-               name_of(value.u.object.values[0]) == COMMENT;
+        return is_list_of_texts(node) && is_comment(value);
+    }
+
+    static bool is_list_of_texts(const SettingNode &node)
+    {
+        return node.is_array() && node.row != nullptr && node.row->element_size() == 0;
     }
 
     void unknown(const SettingNode &node, const json_object_entry &member)

@@ -1,6 +1,30 @@
 // SPDX-License-Identifier: MIT
 #include "documents/settings_tree.h"
 
+#include "device/wtp_record.h"
+
+#include <iterator>
+
+uint32_t SettingNode::elements_max() const
+{
+    if (row == nullptr)
+        return CONFIG_ELEMENTS_MAX;
+    return row->element_size() > 0 ? row->elements_max() : std::size(WlanCfg().wep.key);
+}
+
+uint32_t SettingNode::elements_min() const
+{
+    const ConfigArray *array = config_array_find(path);
+    const bool is_fixed = array != nullptr && (array->marks & (MARK_GROWS | MARK_STATE)) == 0;
+    return is_fixed ? 1 : 0;
+}
+
+bool SettingNode::is_by_port() const
+{
+    const ConfigArray *array = config_array_find(path);
+    return array != nullptr && (array->marks & MARK_STATE) == 0 && find("port") != nullptr;
+}
+
 const SettingNode *SettingNode::find(std::string_view member) const
 {
     for (const SettingNode &one : members)

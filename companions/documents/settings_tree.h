@@ -18,6 +18,14 @@ struct SettingNode {
 
     [[nodiscard]] bool is_array() const { return path.ends_with("[]"); }
 
+    // The elements that an array can have in a file. Devices have so many radios, say, and not
+    // none; a WLAN has four WEP keys.
+    [[nodiscard]] uint32_t elements_max() const;
+    [[nodiscard]] uint32_t elements_min() const;
+
+    // Whether it is an array whose elements are told apart by their member "port".
+    [[nodiscard]] bool is_by_port() const;
+
     // The member of that name, or null.
     [[nodiscard]] const SettingNode *find(std::string_view member) const;
 };

@@ -3,7 +3,6 @@
 
 #include "documents/value_json.h"
 
-#include <algorithm>
 #include <utility>
 
 using Json = CfgWriter::Json;
@@ -48,17 +47,10 @@ Json CfgWriter::object(const SettingTable &table, const ConfigRow &row)
     return made;
 }
 
-static bool is_state(const SettingColumn &column)
-{
-    return column.has_mark(MARK_STATE) ||
-           (column.table != nullptr &&
-            std::all_of(column.table->columns.begin(), column.table->columns.end(), is_state));
-}
-
 // An element of which nothing can be sent keeps its position.
 Json CfgWriter::array(const SettingColumn &column, const ConfigCell &cell)
 {
-    if (is_state(column))
+    if (column.has_mark(MARK_STATE))
         return {};
     if (cell.rows.size() > CONFIG_ELEMENTS_MAX) {
         left_out_.push_back(std::string(column.path) + ": " + std::to_string(cell.rows.size()) +
@@ -77,7 +69,7 @@ Json CfgWriter::array(const SettingColumn &column, const ConfigCell &cell)
 
 Json CfgWriter::setting(const SettingColumn &column, const ConfigCell &cell)
 {
-    if (!cell.value || is_state(column))
+    if (!cell.value || column.has_mark(MARK_STATE))
         return {};
     ValueJson made = value_json(*column.key, kind_, *cell.value);
     if (!made.why.empty())
