@@ -3,14 +3,13 @@
 #include "common/plain_text.h"
 #include "common/stop.h"
 #include "course/lock.h"
+#include "course/program.h"
 #include "rollout/course.h"
 #include "rollout/plan.h"
 #include "rollout/result.h"
 
 #include <cstdio>
 #include <optional>
-
-enum Status : int { ALL_DONE = 0, SOME_FAILED = 1, STOPPED = 3, SIGNALLED = 128 };
 
 enum : size_t { COLUMNS_OF_LOG = 1000, COLUMNS_OF_QUESTION = 80 };
 
@@ -43,11 +42,6 @@ static RollLimits limits_of(const RolloutSettings &settings, size_t devices)
     return limits;
 }
 
-static std::string number_of(size_t count, const char *what)
-{
-    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
-
 // Shows the plan and asks.
 static bool is_confirmed(const Roll &roll, const RolloutSettings &settings)
 {
@@ -60,25 +54,6 @@ static bool is_confirmed(const Roll &roll, const RolloutSettings &settings)
                                    (followed > 0 ? " and follow " + std::to_string(followed) : "") +
                                    " in " + std::to_string(roll.batches()) +
                                    (roll.batches() == 1 ? " batch?" : " batches?"));
-}
-
-static std::string halt_text(const Roll &roll)
-{
-    switch (roll.halted()) {
-    case Halt::signal:
-        return "stopped by a signal";
-    case Halt::failures:
-        return "stopped: too many failures";
-    case Halt::silence:
-        return "stopped: the controller did not answer";
-    case Halt::log:
-        return "stopped: the log cannot be written";
-    case Halt::differs:
-        return "stopped: " + plain_text(roll.halt_reason());
-    case Halt::none:
-        break;
-    }
-    return "";
 }
 
 static int status_of(const Roll &roll, int signal)
@@ -100,7 +75,7 @@ static int finish(const Roll &roll, const RolloutSettings &settings, int signal,
                          roll.halted() == Halt::silence;
     const bool is_left = roll.count(UpgradeStage::waiting) > 0;
     if (is_left)
-        reporter.warn(halt_text(roll) +
+        reporter.warn(halt_text(roll.halted(), roll.halt_reason()) +
                       (goes_on ? "; started again, it goes on with the rest" : ""));
     else if (roll.halted() == Halt::differs)
         reporter.warn(plain_text(roll.halt_reason()));
@@ -145,33 +120,8 @@ static int run(int argc, char **argv)
     const RolloutSettings settings = read_settings(argc, argv, goes_on);
     if (!goes_on)
         return ALL_DONE;
-    const EventLog log(settings.plan ? nullptr : settings.log, ROLLOUT_PROGRAM.name);
-    watch_for_stop();
-    stop_at_first(true);
-    ProgressBar bar(ROLLOUT_PROGRAM.name);
-    Reporter reporter(log, bar);
-    try {
-        log.add(opening_text(ROLLOUT_PROGRAM.name, words));
-    } catch (const Failure &) {
-        if (!stop_wanted())
-            throw;
-        bar.line("stopped by a signal; nothing was begun");
-        return STOPPED;
-    }
-    const auto ended = [&](int status) {
-        reporter.write_log("status " + std::to_string(status));
-        return status;
-    };
-    try {
-        return ended(roll_out(settings, reporter));
-    } catch (const StopAtOnce &) {
-        reporter.warn("stopped by a signal; nothing was begun");
-        return ended(STOPPED);
-    } catch (const Failure &failure) {
-        reporter.write_log(failure.what());
-        ended(SOME_FAILED);
-        throw;
-    }
+    return run_with_log(ROLLOUT_PROGRAM, words, settings.plan ? nullptr : settings.log,
+                        [&](Reporter &reporter) { return roll_out(settings, reporter); });
 }
 
 int main(int argc, char **argv)

@@ -2,7 +2,7 @@
 #include "rollout/plan.h"
 
 #include "common/device_names.h"
-#include "common/topology.h"
+#include "course/choice.h"
 #include "proto/result_code.h"
 #include "rollout/requests.h"
 
@@ -37,7 +37,6 @@ private:
     template <class Ask> void ask(Ask ask) { ask_patiently(settings_.timeout, answered_, ask); }
 
     void read_list();
-    void choose();
     void ask_for_steps();
     void set_steps(RollDevice &device, const FirmwareSteps &known) const;
     void set_batches();
@@ -96,30 +95,11 @@ void Planner::read_list()
                 devices_.push_back(device_of(wtp, settings_));
         });
     });
-    for (const std::string &name : check.unmatched_names())
-        throw Failure("no device has a name that matches '" + name + "'");
-    for (const std::string &what : check.idle_exclusions())
-        throw Failure("--exclude " + what + " excludes no device");
+    check_choice(check);
     for (const Mac &mac : check.missing_macs()) {
         devices_.emplace_back().mac = mac;
         skip(devices_.back(), "not in the list");
     }
-}
-
-// Addresses that were given come first, in their order; an address that came twice comes once.
-void Planner::choose()
-{
-    const auto place = [this](const RollDevice &device) {
-        const auto found = settings_.macs.find(device.mac);
-        return found == settings_.macs.end() ? settings_.macs.size() : found->second;
-    };
-    std::stable_sort(devices_.begin(), devices_.end(),
-                     [&](const RollDevice &a, const RollDevice &b) { return place(a) < place(b); });
-    std::set<Mac> known;
-    std::erase_if(devices_,
-                  [&](const RollDevice &device) { return !known.insert(device.mac).second; });
-    if (devices_.empty())
-        throw Failure("no device is chosen");
 }
 
 // An upgrade that runs may be the first of two when the controller does not tell.
@@ -156,22 +136,8 @@ void Planner::ask_for_steps()
 SwitchLinks Planner::find_links()
 {
     SwitchLinks links;
-    if (settings_.keep_order || switches_.empty())
-        return links;
-    Topology topology;
-    ask([&] {
-        topology = Topology();
-        list_details(settings_, switches_, [&](const WtpRecord &wtp) { topology.add(wtp); });
-    });
-    const std::set<Mac> switches(switches_.begin(), switches_.end());
-    for (const Mac &mac : switches)
-        links[mac];
-    for (const TopologyLink &link : topology.links()) {
-        if (switches.count(link.from) != 0)
-            links[link.from].insert(link.to);
-        if (switches.count(link.to) != 0)
-            links[link.to].insert(link.from);
-    }
+    if (!settings_.keep_order && !switches_.empty())
+        ask([&] { links = links_of(list_topology(settings_, switches_), switches_); });
     return links;
 }
 
@@ -203,7 +169,7 @@ void Planner::set_batches()
 std::vector<RollDevice> Planner::make()
 {
     read_list();
-    choose();
+    order_as_chosen(devices_, settings_);
     ask_for_steps();
     set_batches();
     return std::move(devices_);

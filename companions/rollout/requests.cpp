@@ -8,44 +8,6 @@
 #include <algorithm>
 #include <new>
 
-static MacList to_mac_list(const std::vector<Mac> &macs, size_t first, size_t count)
-{
-    MacList list;
-    if (!list.reserve(count))
-        throw std::bad_alloc();
-    for (size_t i = first; i < first + count; i++)
-        list.append() = macs[i];
-    return list;
-}
-
-static constexpr uint32_t EVERYBODY =
-    WTP_FILTER_MANAGED | WTP_FILTER_UNMANAGED | WTP_FILTER_UNJOINED;
-
-void list_devices(const Endpoint &endpoint, const std::vector<Mac> &macs,
-                  const std::function<void(const WtpRecord &)> &take)
-{
-    WtpList list;
-    Connection(endpoint).fetch(list, EVERYBODY,
-                               to_mac_list(macs, 0, macs.size() > REQUEST_MAX ? 0 : macs.size()));
-    for (const WtpRecord *wtp = first_wtp(list, WtpPart::basics); wtp != nullptr;
-         wtp = next_wtp(list))
-        take(*wtp);
-}
-
-void list_details(const Endpoint &endpoint, const std::vector<Mac> &macs,
-                  const std::function<void(const WtpRecord &)> &take)
-{
-    for (size_t first = 0; first < macs.size(); first += REQUEST_MAX) {
-        WtpList list;
-        Connection(endpoint).fetch(
-            list, EVERYBODY | WTP_FILTER_DETAIL,
-            to_mac_list(macs, first, std::min(REQUEST_MAX, macs.size() - first)));
-        for (const WtpRecord *wtp = first_wtp(list, WtpPart::whole); wtp != nullptr;
-             wtp = next_wtp(list))
-            take(*wtp);
-    }
-}
-
 static void ask_for_some(const Endpoint &endpoint, const MacList &macs, FirmwareSteps &known)
 {
     Connection connection(endpoint);

@@ -1,29 +1,13 @@
 // SPDX-License-Identifier: MIT
-// What a roll-out asks of the controller, each on a connection of its own. All throw Failure.
+// What a roll-out asks of the controller besides, each on a connection of its own. All throw
+// Failure.
 #pragma once
 
-#include "common/connection.h"
+#include "course/requests.h"
 
 #include <functional>
 #include <map>
 #include <vector>
-
-// The controller may have done what it was asked for, but its reply did not come.
-struct Unanswered : Failure {
-    using Failure::Failure;
-};
-
-// How many devices are asked about in one request, of the 10,922 that fit it.
-inline constexpr size_t REQUEST_MAX = 10000;
-
-// Lists these devices without configuration and detail, or all if there is none or there are many.
-// The record holds its basic members only, and only during the call.
-void list_devices(const Endpoint &endpoint, const std::vector<Mac> &macs,
-                  const std::function<void(const WtpRecord &)> &take);
-
-// Lists these devices with their ports and neighbours.
-void list_details(const Endpoint &endpoint, const std::vector<Mac> &macs,
-                  const std::function<void(const WtpRecord &)> &take);
 
 // What the controller knows of firmware for devices.
 struct FirmwareSteps {

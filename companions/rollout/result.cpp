@@ -3,17 +3,13 @@
 
 #include "common/address_text.h"
 #include "common/device_names.h"
-#include "common/output_file.h"
 #include "common/plain_text.h"
 #include "common/table.h"
+#include "course/program.h"
 
 #include <cmath>
-#include <nlohmann/json.hpp>
-#include <unistd.h>
 
 using Json = nlohmann::ordered_json;
-
-static constexpr size_t COLUMNS_MIN = 80;
 
 const char *stage_text(const RollDevice &device)
 {
@@ -74,19 +70,10 @@ std::vector<std::string> result_lines(const Roll &roll, size_t columns)
 
 std::string counts_text(const Roll &roll)
 {
-    std::vector<std::pair<std::string, size_t>> counts;
-    for (const RollDevice &device : roll.devices()) {
-        const std::string stage = stage_text(device);
-        auto found = std::find_if(counts.begin(), counts.end(),
-                                  [&](const auto &count) { return count.first == stage; });
-        if (found == counts.end())
-            found = counts.insert(found, {stage, 0});
-        found->second++;
-    }
-    std::string text;
-    for (const auto &[stage, number] : counts)
-        text += (text.empty() ? "" : ", ") + std::to_string(number) + " " + stage;
-    return text;
+    std::vector<std::string> texts;
+    for (const RollDevice &device : roll.devices())
+        texts.emplace_back(stage_text(device));
+    return counts_text(texts);
 }
 
 static Json json_of(const RollDevice &device, const Roll &roll, bool is_plan)
@@ -124,33 +111,17 @@ static void print_document(const Roll &roll, const RolloutSettings &settings, co
         document["status"] = *status;
     document["batches"] = roll.batches();
     document["devices"] = std::move(devices);
-    OutputFile out("-", 0);
-    out.put(document.dump(2, ' ', true, Json::error_handler_t::replace) + "\n");
-    out.finish();
-}
-
-static void print_lines(const std::vector<std::string> &lines)
-{
-    OutputFile out("-", 0);
-    for (const std::string &line : lines)
-        out.put(line + "\n");
-    out.finish();
-}
-
-static size_t columns()
-{
-    return isatty(STDOUT_FILENO) != 0 ? std::max(columns_of(STDOUT_FILENO), COLUMNS_MIN)
-                                      : COLUMNS_MIN;
+    print_document(document);
 }
 
 void print_plan(const Roll &roll, const RolloutSettings &settings)
 {
     settings.json ? print_document(roll, settings, nullptr)
-                  : print_lines(plan_lines(roll, columns()));
+                  : print_lines(plan_lines(roll, output_columns()));
 }
 
 void print_result(const Roll &roll, const RolloutSettings &settings, int status)
 {
     settings.json ? print_document(roll, settings, &status)
-                  : print_lines(result_lines(roll, columns()));
+                  : print_lines(result_lines(roll, output_columns()));
 }
