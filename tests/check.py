@@ -77,8 +77,8 @@ FILES = [
       "5 config value '10.0.0.2.5' is sent as 10.0.0.2 for 'wtp_cfg.guest_network.addr'."]),
     *(('{"wtp_cfg":{"radio":[{"data_rate":"%s"}]}}' % rate, 0,
        [f"1 config value '{rate}' is sent as {sent} for 'wtp_cfg.radio[].data_rate'."]) for rate, sent in (
-           ("1.25M", "3.5M"), ("MCS7.0", "MCS7"), ("MCS99", "VHTMCS-1"), ("-1M", "MCS-1001"),
-           ("1..5M", "1M"), ("6.05M", "6.5M"))),
+           ("1.25M", "3.5M"), ("MCS7.0", "MCS7"), ("MCS-8", "-7"),
+           ("MCS99", "VHTMCS-1"), ("-1M", "-1000"), ("1..5M", "1M"), ("6.05M", "6.5M"))),
     ('{"wtp_cfg":{"manage_mac_list":["02:0:0:0:0:1x","2:a:0:0:0:1"],"dns1":"010.1.001.0"}}', 1,
      ["1 config value '02:0:0:0:0:1x' is sent as 02:00:00:00:00:01 for 'wtp_cfg.manage_mac_list[]'."]),
     *(('{"wtp_cfg":{"radio":[{"data_rate":"%s"}]}}' % rate, 0, []) for rate in ("54.0M", "05.5M", "MCS07", "32M")),

@@ -25,7 +25,7 @@ SEED = int(os.environ.get("ZOV_SEED") or random.SystemRandom().randrange(10**6))
 PER_FORM = 2500 if os.environ.get("ZOV_LONG") else 250  # values for each kind of device
 # Texts to begin with, what is put into them, and values of other types and spellings.
 POOL = {"ipv4": "1.2.3.4 010.001.0.255 199.249.99.250 256.1.1.1 1.2.3 1.2.3.4.5 0010.0.0.1 none",
-        "rate": "auto MCS0 MCS31 MCS32 VHTMCS9 VHTMCS10 MCS7.0 5.5M 5.50M 5.M .5M 54.00M 9999M",
+        "rate": "auto MCS0 MCS31 MCS32 VHTMCS9 VHTMCS10 MCS7.0 MCS-8 5.5M 5.50M 5.M .5M 54.0M 32M",
         "ipset": "10.0.0.1/255.0.0.0/10.0.0.2 0.0.0.0/0.0.0.0/0.0.0.0 1.2.3.4/255.0.0.0/0.0.0.0",
         "macs": "2:0:0:0:0:1 FE:ff:fF:0a:00:a 02:A2:00:00:00:01 0:0:0:0:0:0 3:0:0:0:0:1 2::0:0:0:1"}
 POOL["server"] = POOL["ipv4"]

@@ -12,9 +12,10 @@ std::string shown_value(const ConfigKey &row, std::string_view bytes)
         return std::string(bytes);
     case FORM_HOST_LIST:
         return std::string(bytes.substr(0, bytes.find('\0')));
-    case FORM_DATA_RATE:
-        return data_rate_text(
-            from_big_endian<int32_t>(reinterpret_cast<const uint8_t *>(bytes.data())));
+    case FORM_DATA_RATE: {
+        const auto code = from_big_endian<int32_t>(reinterpret_cast<const uint8_t *>(bytes.data()));
+        return code < 0 ? std::to_string(code) : data_rate_text(code); // of no rate: as a number
+    }
     case FORM_U32:
     case FORM_U16:
     case FORM_IPV4:
