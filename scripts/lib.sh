@@ -19,15 +19,16 @@ need_packages() {
 }
 
 # Unpacks promtool, which judges metrics and alerts, below build/tools, and puts it in PATH. The package
-# is not installed, since it starts a service.
+# is not installed, since it starts a service. Fails, with apt's reason, when it cannot be had.
 need_promtool() {
     local tools=$PWD/build/tools
     PATH=$tools/usr/bin:$PATH
     command -v promtool >/dev/null && return
     echo "unpacking promtool into build/tools"
     mkdir -p "$tools"
-    (cd "$tools" && apt-get download -qq prometheus 2>/dev/null && dpkg-deb -x prometheus_*.deb . &&
-        rm prometheus_*.deb) || echo "promtool cannot be had: metrics and alerts are not judged"
+    "${as_root[@]}" apt-get update -qq &&
+        (cd "$tools" && apt-get download -qq -o APT::Sandbox::User=root prometheus &&
+            dpkg-deb -x prometheus_*.deb . && rm prometheus_*.deb)
 }
 
 # Configures and builds a preset, quietly unless that fails. Further words go to the configuration.

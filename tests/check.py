@@ -11,13 +11,8 @@ import unittest
 from pathlib import Path
 
 import settings
-from harness import main
+from harness import main, needs
 from settings import AP, SWITCH, TABLE
-
-try:
-    from jsonschema import Draft202012Validator
-except ImportError:
-    Draft202012Validator = None
 
 ZOV_CHECK, SOURCE, GENERATED = sys.argv[1:4]
 DEEP = '{"wtp_cfg":{"comment":' + "[" * 100000 + "]" * 100000 + ',"nam":1}}'
@@ -276,9 +271,10 @@ class Check(unittest.TestCase):
         self.assertRegex(out, r"^usage: zov-check \[OPTION\]\.\.\. FILE\.\.\.\n(.*\n)+  --type TYPE .*(\n.*)+--timeout SEC")
 
 
-@unittest.skipIf(Draft202012Validator is None, "jsonschema is missing (package python3-jsonschema)")
+@needs(modules=["jsonschema"])
 class Schemas(unittest.TestCase):
     def setUp(self):
+        from jsonschema import Draft202012Validator
         self.valid = {}
         for kind, name in ((AP, "ap"), (SWITCH, "switch")):
             schema = json.loads(Path(GENERATED, f"wtp_cfg-{name}.schema.json").read_text())

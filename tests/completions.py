@@ -8,7 +8,6 @@ import pty
 import re
 import select
 import shlex
-import shutil
 import socket
 import subprocess
 import sys
@@ -18,6 +17,7 @@ import unittest
 import unittest.mock
 from pathlib import Path
 
+from harness import needs
 from simulator import Controller
 
 ZOV, _, _, FOLDER, *PROGRAMS = sys.argv[1:]
@@ -151,8 +151,6 @@ def part(text):
 
 class Completions(unittest.TestCase):
     def check(self, shell):
-        if shutil.which(shell.__name__) is None:
-            self.skipTest(f"{shell.__name__} is missing")
         with tempfile.TemporaryDirectory() as above, socket.create_server(("127.0.0.1", 0)) as silent, \
                 Controller("--aps", "2", "--switches", "1", "--others", "0") as controller:
             def filled(line):
@@ -184,12 +182,15 @@ class Completions(unittest.TestCase):
                 for line, expected in (("x", odd), ("office.json,x", []), ("x\\`id\\`.json,o", [])):
                     self.assertEqual(set(ask(f"zov cfg --file {line}")[0]), set(expected), line)
 
+    @needs("bash")
     def test_bash(self):
         self.check(bash)
 
+    @needs("fish")
     def test_fish(self):
         self.check(fish)
 
+    @needs("zsh")
     def test_zsh(self):
         self.check(zsh)
 

@@ -7,11 +7,13 @@ ends when its peer is gone, and has a minute of processor time at most. ZOV_PATI
 """
 import atexit
 import contextlib
+import importlib.util
 import itertools
 import os
 import re
 import resource
 import select
+import shutil
 import signal
 import socket
 import struct
@@ -213,6 +215,16 @@ class Case(unittest.TestCase):
         self.assertEqual(outcome.left, [])
         if outcome.out != out:
             self.fail(f"output {first_difference(outcome.out, out)}")
+
+
+def needs(*programs, modules=()):
+    """Skips a test when one of these programs or Python modules is missing. Where all of them have
+    to be there, with ZOV_TEST_TOOLS_REQUIRED, that is a failure."""
+    missing = [name for name in programs if shutil.which(name) is None]
+    missing += [name for name in modules if importlib.util.find_spec(name) is None]
+    if missing and "ZOV_TEST_TOOLS_REQUIRED" in os.environ:
+        sys.exit(f"missing: {', '.join(missing)}")
+    return unittest.skipIf(missing, f"missing: {', '.join(missing)}")
 
 
 def main():

@@ -3,7 +3,7 @@
 """Runs the simulated controller and zov against each other: simulator.py ZOV AC_SIM SOURCE_FOLDER
 
 Actions must show; the simulator must serve, misbehave and end as it is asked to. That configuration comes
-back as it was sent is seen with zov-export's help, in export.py.
+back as it was sent is seen with zov-export's help, in export_cfg.py.
 """
 import contextlib
 import ctypes
