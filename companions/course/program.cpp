@@ -37,6 +37,10 @@ int run_with_log(const ProgramInfo &program, std::span<const std::string> words,
         reporter.write_log(failure.what());
         ended(SOME_FAILED);
         throw;
+    } catch (const UsageError &error) {
+        reporter.write_log(error.what());
+        ended(BAD_USAGE);
+        throw;
     }
 }
 

@@ -11,7 +11,13 @@
 #include <string>
 #include <vector>
 
-enum CourseStatus : int { ALL_DONE = 0, SOME_FAILED = 1, STOPPED = 3, SIGNALLED = 128 };
+enum CourseStatus : int {
+    ALL_DONE = 0,
+    SOME_FAILED = 1,
+    BAD_USAGE = 2,
+    STOPPED = 3,
+    SIGNALLED = 128
+};
 
 // Runs body(reporter), which gives the status, with the log and between its first and its last
 // line; a signal before devices are changed ends it. `words` are those of the command line.

@@ -144,9 +144,8 @@ uint8_t kind_in_document(const json_value &root)
     return 0;
 }
 
-const json_value *Checker::open(const char *name)
+void Checker::begin(const char *name)
 {
-    const char *path = strcmp(name, "-") == 0 ? "/dev/stdin" : name;
     name_ = name;
     diagnostics_ = Diagnostics(strict_);
     buffer_.wire.clear();
@@ -154,10 +153,31 @@ const json_value *Checker::open(const char *name)
     items_.clear();
     text_.clear();
     root_.reset();
-    char why[json_error_max] = "";
-    if (config_file_read(path, text_, buffer_.messages) != 0) {
+}
+
+const json_value *Checker::open(const char *name)
+{
+    const char *path = strcmp(name, "-") == 0 ? "/dev/stdin" : name;
+    begin(name);
+    if (config_file_read(path, text_, buffer_.messages) != 0)
         report(message_, nullptr, diagnostics_);
-    } else if (text_.size() == 0) {
+    else
+        parse(path);
+    return root_.get();
+}
+
+const json_value *Checker::open_text(const std::string &name, std::string_view text)
+{
+    begin(name.c_str());
+    if (!text_.append(text.data(), text.size()) || text_.prepare(1) == nullptr)
+        throw std::bad_alloc();
+    return parse(name_.c_str());
+}
+
+const json_value *Checker::parse(const char *path)
+{
+    char why[json_error_max] = "";
+    if (text_.size() == 0) {
         diagnostics_.add(nullptr, "No member 'wtp_cfg', the file is empty.");
     } else if ((root_ = config_text_parse(path, text_, buffer_.messages, why)) == nullptr) {
         report(message_, nullptr, diagnostics_);

@@ -22,6 +22,9 @@ public:
     // or is no JSON.
     const json_value *open(const char *name);
 
+    // The same of a text, which `name` calls for messages.
+    const json_value *open_text(const std::string &name, std::string_view text);
+
     // Checks what was opened as a file for a kind of device.
     void check(DeviceKind kind);
 
@@ -34,6 +37,9 @@ public:
 
 private:
     struct Walk;
+
+    void begin(const char *name);
+    const json_value *parse(const char *path);
 
     bool strict_, keeps_items_;
     KnownMembers access_points_{DEVICE_ACCESS_POINT}, switches_{DEVICE_SWITCH};

@@ -32,6 +32,7 @@ enum ConfigMark : uint8_t {
     MARK_RISKY = 8,      // a bad value cuts the device off
     MARK_CUTS_PORT = 16, // likewise what is connected to a port, or to all of them
     MARK_GROWS = 32,     // of an array: a device can have more elements, or fewer
+    MARK_JSON = 64,      // a text that is a JSON document
 };
 
 enum : uint32_t {

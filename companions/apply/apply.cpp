@@ -1,0 +1,334 @@
+// SPDX-License-Identifier: MIT
+#include "apply/apply.h"
+
+#include "proto/result_code.h"
+
+#include <algorithm>
+
+using enum ApplyStage;
+
+enum : unsigned { LOSSES_MAX = 2 }; // a request is sent once more
+
+constexpr const char *UNREADABLE = "its configuration cannot be read any more";
+constexpr const char *BUT_STORED = ", but stored: a plan will not show it";
+
+Apply::Apply(std::vector<ApplyDevice> devices, const ApplyLimits &limits, Listener &listener)
+    : devices_(std::move(devices)), limits_(limits), listener_(listener)
+{
+    for (const ApplyDevice &device : devices_) {
+        by_mac_[device.mac] = static_cast<size_t>(&device - devices_.data());
+        batches_ = std::max(batches_, device.batch);
+    }
+}
+
+const ApplyDevice *Apply::find(const Mac &mac) const
+{
+    const auto found = by_mac_.find(mac);
+    return found == by_mac_.end() ? nullptr : &devices_[found->second];
+}
+
+size_t Apply::count(ApplyStage stage) const
+{
+    return static_cast<size_t>(
+        std::count_if(devices_.begin(), devices_.end(),
+                      [=](const ApplyDevice &device) { return device.stage == stage; }));
+}
+
+size_t Apply::failures() const
+{
+    return count(failed) + count(timed_out) + count(unknown);
+}
+
+void Apply::halt(Halt why)
+{
+    if (halted_ != Halt::none)
+        return;
+    halted_ = why;
+    settle_batch();
+}
+
+bool Apply::begin_batch(double now)
+{
+    if (failures() > limits_.max_failures)
+        halt(Halt::failures);
+    if (batch_ == batches_ || !may_begin())
+        return false;
+    batch_++;
+    now_ = now;
+    clock_.answered(now);
+    for (ApplyDevice &device : devices_)
+        if (device.batch == batch_)
+            device.entered = clock_.time(now_);
+    return true;
+}
+
+std::vector<Mac> Apply::watched() const
+{
+    std::vector<Mac> macs;
+    for (const ApplyDevice &device : devices_)
+        if (device.batch == batch_ && !device.finished())
+            macs.push_back(device.mac);
+    return macs;
+}
+
+bool Apply::is_running() const
+{
+    return !watched().empty();
+}
+
+// What was not answered is sent once more, by a stop too, where nobody else has changed it.
+bool Apply::wants_request(const ApplyDevice &device) const
+{
+    if (device.batch != batch_ || device.finished() || device.awaits || !device.looked ||
+        !device.at_rest() || !device.last.managed)
+        return false;
+    if (device.stage == waiting)
+        return may_begin() && device.last.stored == Stored::as_confirmed;
+    return device.stage == sent && !device.is_taken && device.refusal.empty() &&
+           device.losses < LOSSES_MAX &&
+           (device.last.stored == Stored::as_confirmed || device.last.stored == Stored::as_wanted);
+}
+
+std::vector<Mac> Apply::pending() const
+{
+    std::vector<Mac> macs;
+    for (const ApplyDevice &device : devices_)
+        if (wants_request(device))
+            macs.push_back(device.mac);
+    return macs;
+}
+
+// A device that the present batch waits for; null for all others.
+ApplyDevice *Apply::running(const Mac &mac)
+{
+    const auto found = by_mac_.find(mac);
+    if (found == by_mac_.end())
+        return nullptr;
+    ApplyDevice &device = devices_[found->second];
+    return device.batch == batch_ && !device.finished() ? &device : nullptr;
+}
+
+void Apply::enter(ApplyDevice &device, ApplyStage stage)
+{
+    device.stage = stage;
+    device.entered = clock_.time(now_);
+    listener_.changed(device);
+}
+
+void Apply::end(ApplyDevice &device, ApplyStage stage, const std::string &reason)
+{
+    device.ended = now_;
+    device.reason = reason;
+    enter(device, stage);
+}
+
+void Apply::ask(const std::vector<Mac> &macs, double now)
+{
+    now_ = now;
+    for (const Mac &mac : macs)
+        if (ApplyDevice *device = running(mac)) {
+            device->awaits = true;
+            if (device->begun < 0)
+                device->sent = clock_.time(now_);
+            if (device->begun < 0)
+                device->begun = now_;
+        }
+}
+
+void Apply::answered(const Mac &mac, uint8_t code, const std::string &text, double now)
+{
+    ApplyDevice *device = running(mac);
+    if (device == nullptr || !device->awaits)
+        return;
+    now_ = now;
+    device->awaits = device->looked = false;
+    device->reason = text;
+    const bool comes_back = code == RESULT_BUSY || code == RESULT_NOT_READY;
+    if (comes_back && device->stage == waiting) { // it is asked again, and has begun nothing
+        device->begun = -1;
+    } else {
+        device->is_taken = code == RESULT_SUCCESS;
+        device->is_patient = code == RESULT_NO_RESPONSE;
+        device->refusal = device->is_taken ? "" : text;
+        enter(*device, sent);
+    }
+    settle_batch();
+}
+
+void Apply::unanswered(const std::vector<Mac> &macs, double now)
+{
+    now_ = now;
+    for (const Mac &mac : macs) {
+        ApplyDevice *device = running(mac);
+        if (device == nullptr || !device->awaits)
+            continue;
+        device->awaits = device->looked = false;
+        device->losses++;
+        device->reason = "no answer";
+        enter(*device, sent);
+    }
+    settle_batch();
+}
+
+void Apply::look(const std::map<Mac, ApplyLook> &seen, double now)
+{
+    now_ = now;
+    clock_.answered(now);
+    for (const Mac &mac : watched()) {
+        const auto found = seen.find(mac);
+        ApplyDevice &device = *running(mac);
+        see(device, found == seen.end() ? ApplyLook() : found->second);
+        if (!device.finished())
+            check_limits(device);
+    }
+    if (failures() > limits_.max_failures)
+        halt(Halt::failures);
+    settle_batch();
+}
+
+void Apply::see(ApplyDevice &device, const ApplyLook &seen)
+{
+    device.last = seen;
+    device.looked = true;
+    if (seen.stored == Stored::unread || device.awaits)
+        return;
+    if (device.stage == waiting)
+        see_waiting(device);
+    else if (device.stage == sent)
+        see_sent(device);
+    if (device.stage == settling)
+        see_settling(device);
+}
+
+void Apply::see_waiting(ApplyDevice &device)
+{
+    if (device.last.stored != Stored::as_confirmed)
+        end(device, skipped, device.last.what.empty() ? "changed meanwhile" : device.last.what);
+}
+
+static std::string stored_text(const ApplyLook &look)
+{
+    return look.stored == Stored::as_wanted      ? ", but stored"
+           : look.stored == Stored::as_confirmed ? ", not stored"
+                                                 : "; " + look.what;
+}
+
+void Apply::see_sent(ApplyDevice &device)
+{
+    const bool is_stored = device.last.stored == Stored::as_wanted;
+    if (device.is_taken) {
+        if (is_stored && device.at_rest()) {
+            device.held_since = clock_.time(now_);
+            device.held_change = device.last.change_time;
+            device.reason.clear();
+            enter(device, settling);
+        }
+    } else if (!device.refusal.empty()) {
+        if (is_stored)
+            end(device, failed, device.refusal + BUT_STORED);
+        else if (!device.is_patient)
+            end(device, failed, device.refusal);
+    } else if (device.losses == LOSSES_MAX || device.last.stored == Stored::other) {
+        end(device, unknown, "no answer" + stored_text(device.last));
+    }
+}
+
+void Apply::see_settling(ApplyDevice &device)
+{
+    const double now = clock_.time(now_);
+    if (device.last.stored != Stored::as_wanted) {
+        enter(device, sent);
+        return;
+    }
+    if (!device.at_rest() || device.last.change_time != device.held_change) {
+        device.held_since = now;
+        device.held_change = device.last.change_time;
+    }
+    if (device.at_rest() && now - device.held_since >= limits_.settle)
+        end(device, done);
+}
+
+static std::string absence_text(const ApplyDevice &device)
+{
+    return !device.last.listed    ? "not in the list any more"
+           : !device.last.managed ? "not under management any more"
+           : device.last.busy     ? "upgrading"
+           : !device.last.online  ? "offline"
+                                  : "";
+}
+
+void Apply::check_limits(ApplyDevice &device)
+{
+    if (device.awaits)
+        return;
+    const double now = clock_.time(now_);
+    const bool begin_over = now - device.entered >= limits_.begin;
+    const bool is_over = device.stage != waiting && now - device.sent >= limits_.deadline;
+    const std::string absence = absence_text(device);
+    if (device.stage == waiting) {
+        if (begin_over && !absence.empty())
+            end(device, failed, absence);
+        else if (begin_over && !device.reason.empty()) // it was asked again to the last
+            end(device, failed, device.reason);
+        else if (begin_over && !wants_request(device))
+            end(device, failed, UNREADABLE);
+    } else if (device.stage == settling) {
+        if (is_over)
+            end(device, timed_out, absence.empty() ? "not settled in time" : absence);
+    } else if (!device.is_taken && device.refusal.empty()) {
+        if ((begin_over || is_over) && (device.losses == LOSSES_MAX || !wants_request(device)))
+            end(device, unknown, absence.empty() ? device.reason : "no answer; " + absence);
+    } else if (!device.is_taken) {
+        if (begin_over || is_over)
+            end(device, failed, device.refusal);
+    } else if (is_over) {
+        end(device, timed_out, absence.empty() ? "not stored in time" : absence);
+    } else if (begin_over && absence.empty()) {
+        end(device, failed,
+            device.last.stored == Stored::unread ? UNREADABLE
+            : device.last.what.empty()           ? "answered, but not stored"
+                                                 : device.last.what);
+    }
+}
+
+// Leaves out what may not begin any more.
+void Apply::settle_batch()
+{
+    if (may_begin())
+        return;
+    for (ApplyDevice &device : devices_)
+        if (device.batch == batch_ && device.stage == waiting && !device.awaits)
+            device.batch = 0;
+}
+
+void Apply::silent(double since, double now)
+{
+    now_ = now;
+    clock_.silent(since);
+    if (clock_.silence(now) < limits_.outage)
+        return;
+    halt(Halt::silence);
+    abandon(now, "the controller did not answer");
+}
+
+void Apply::abandon(double now, const std::string &reason)
+{
+    now_ = now;
+    halt(Halt::signal);
+    for (ApplyDevice &device : devices_)
+        if (device.batch == batch_ && batch_ > 0 && !device.finished())
+            end(device, unknown, reason);
+}
+
+unsigned Apply::progress(size_t first, size_t last) const
+{
+    static constexpr unsigned PERCENT[] = {0, 30, 60, 100, 100, 100, 100, 100};
+    size_t count = 0, sum = 0;
+    for (const ApplyDevice &device : devices_) {
+        if (device.batch < first || device.batch > last)
+            continue;
+        count++;
+        sum += PERCENT[static_cast<size_t>(device.stage)];
+    }
+    return count == 0 ? 100 : static_cast<unsigned>(sum / count);
+}
