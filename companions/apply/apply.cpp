@@ -190,6 +190,8 @@ void Apply::see(ApplyDevice &device, const ApplyLook &seen)
 {
     device.last = seen;
     device.looked = true;
+    if (seen.stored == Stored::unread)
+        device.held_since = -1;
     if (seen.stored == Stored::unread || device.awaits)
         return;
     if (device.stage == waiting)
@@ -218,7 +220,7 @@ void Apply::see_sent(ApplyDevice &device)
     const bool is_stored = device.last.stored == Stored::as_wanted;
     if (device.is_taken) {
         if (is_stored && device.at_rest()) {
-            device.held_since = clock_.time(now_);
+            device.held_since = -1;
             device.held_change = device.last.change_time;
             device.reason.clear();
             enter(device, settling);
@@ -240,11 +242,14 @@ void Apply::see_settling(ApplyDevice &device)
         enter(device, sent);
         return;
     }
-    if (!device.at_rest() || device.last.change_time != device.held_change) {
+    if (!device.at_rest() || device.last.change_time != device.held_change)
+        device.held_since = -1;
+    device.held_change = device.last.change_time;
+    if (!device.at_rest())
+        return;
+    if (device.held_since < 0)
         device.held_since = now;
-        device.held_change = device.last.change_time;
-    }
-    if (device.at_rest() && now - device.held_since >= limits_.settle)
+    if (now - device.held_since >= limits_.settle)
         end(device, done);
 }
 

@@ -69,7 +69,7 @@ struct ApplyDevice {
     bool is_patient = false; // that was "no response"
     double entered = 0;      // when it began to wait, or what it is in the middle of
     double sent = 0;         // when the request was sent first
-    double held_since = 0;   // since when it is as wanted and online
+    double held_since = -1;  // since when it is as wanted and online; -1: it is not
     uint32_t held_change = 0;
     double begun = -1, ended = -1; // -1: not yet
     ApplyLook last;
