@@ -1,69 +1,29 @@
 # SPDX-License-Identifier: MIT
 """zov-rollout against ac-sim and a controller that plays a script:
-rollout.py ZOV_ROLLOUT AC_SIM SOURCE
+rollout.py ZOV AC_SIM SOURCE ZOV_ROLLOUT
 
 ZOV_LONG=1: 200 signals at random moments, with the seed ZOV_SEED.
 """
-import atexit
-import fcntl
 import json
 import os
-import pty
 import random
 import re
-import select
 import signal
 import socket
 import struct
 import subprocess
-import sys
 import tempfile
-import termios
 import time
 import unittest
 from pathlib import Path
 
 import jsonschema
+from changer import NO_TERMINAL, PROGRAM, SOURCE, ask, results, rows, run, start
 from harness import Player, main
 from simulator import Controller, end_with_test
 
-ROLLOUT, AC_SIM, SOURCE = sys.argv[1:4]
 AP1, AP2, AP3 = (f"02:A3:00:00:00:0{n}" for n in (1, 2, 3))  # one step from the newest, two, one
 FIRST = "02:00:00:00:00:01"
-FAST = ("--interval", "0.05", "--timeout", "20", "--settle", "0", "--yes")
-PORTS = set()
-NO_TERMINAL = {"stdin": subprocess.DEVNULL, "start_new_session": True}
-
-
-@atexit.register
-def remove_locks():
-    """Of the ports of this test, which are nobody else's."""
-    for port in PORTS:
-        Path(f"/run/lock/zov-127.0.0.1-{port}").unlink(missing_ok=True)
-
-
-def start(port, *options, out=subprocess.PIPE, err=subprocess.PIPE, **more):
-    PORTS.add(port)
-    return subprocess.Popen([ROLLOUT, "--acport", str(port), *FAST, *options], stdout=out,
-                            stderr=err, **{"preexec_fn": end_with_test, **NO_TERMINAL, **more})
-
-
-def run(port, *options, **streams):
-    process = start(port, *options, **streams)
-    out, err = (text.decode() if text is not None else ""
-                for text in process.communicate(timeout=60))
-    return process.returncode, out, err
-
-
-def rows(table):
-    """The rows of a table by their address: each a list of fields; a field that goes on below is
-    put together again."""
-    lines = re.sub(r"\n +", " ", table).splitlines()[1:]
-    return {line.split()[0]: re.split(r"  +", line)[1:] for line in lines}
-
-
-def results(table):
-    return [row[-1] for row in rows(table).values()]
 
 
 class Script:
@@ -176,7 +136,8 @@ CASES = (
          "--begin 0.3", requests=None, answers="10"),
     Case("denied", ["1"], [f"failed: Device {FIRST} denied this operation."], answers="14"),
     Case("too many failures keep others of the batch from beginning",
-         ["1", "1 1o 1 1b2 1o 2r"], [f"failed: Device {FIRST} denied this operation.", "not started"],
+         ["1", "1 1o 1 1b2 1o 2r"],
+         [f"failed: Device {FIRST} denied this operation.", "not started"],
          status=3, answers="14 0"),
     Case("nothing newer by now", ["1"], ["up to date"], status=0, answers="5"),
     Case("in neither list", ["1"],
@@ -401,51 +362,25 @@ class Simulated(unittest.TestCase):
             self.assertIn(b"cannot write standard output", process.communicate(timeout=9)[1])
             self.assertEqual(process.returncode, 1)
 
-    def ask(self, port, answer, *options, columns=80):
-        """Runs it on a terminal; what that shows, the exit status and standard output."""
-        PORTS.add(port)
-        ours, theirs = pty.openpty()
-        fcntl.ioctl(theirs, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
-        process = subprocess.Popen(
-            [ROLLOUT, "--acport", str(port), *FAST[:-1], *options], stdin=theirs, stderr=theirs,
-            stdout=subprocess.PIPE, start_new_session=True,
-            preexec_fn=lambda: (end_with_test(), fcntl.ioctl(0, termios.TIOCSCTTY, 0)))
-        os.close(theirs)
-        shown = b""
-        try:
-            while select.select([ours], [], [], 20)[0] and (piece := os.read(ours, 9999)):
-                shown += piece
-                if b"[y/N] " in shown and answer:
-                    if isinstance(answer, bytes):
-                        os.write(ours, answer)
-                    else:
-                        process.send_signal(answer)
-                    answer = None
-        except OSError:  # it has ended
-            pass
-        os.close(ours)
-        out = process.communicate(timeout=9)[0].decode()
-        return shown.decode(), process.returncode, out
-
     def test_question_and_bar(self):
         controller = self.controller("--upgrade", f"{AP1}=1")
         question = "Upgrade 2 devices in 1 batch? [y/N] "
         for answer in (b"\n", b"n\n", signal.SIGINT):
-            shown, status, out = self.ask(controller.port, answer, "--mac", f"{AP1},{AP3}")
+            shown, status, out = ask(controller.port, answer, "--mac", f"{AP1},{AP3}")
             self.assertEqual((status, out, shown.count(question)), (3, "", 1))
             self.assertRegex(shown, r"nothing was begun\r\n$")
-        shown, status, out = self.ask(controller.port, b"yes\n", "--mac", f"{AP1},{AP3}",
+        shown, status, out = ask(controller.port, b"yes\n", "--mac", f"{AP1},{AP3}",
                                       columns=20)
         self.assertEqual((status, results(out)), (0, ["done", "done"]), shown)
         bars = re.findall(r"\r(\d+% \d ok \d bad) *(?=\r)", shown)
         self.assertTrue(bars and max(map(len, bars)) < 20, shown)
         self.assertIn("02:A3:00:00:00:01  ap-floor1-01  2.0.1  -", shown)  # the plan
         self.assertNotRegex(shown, "\x1b")
-        shown, _, _ = self.ask(controller.port, None, "--mac", AP2, "--yes")
+        shown, _, _ = ask(controller.port, None, "--mac", AP2, "--yes")
         self.assertRegex(shown, r"\rbatch 1/1 \[#*-+\] +\d+ %  all \[#*-+\] +\d+ %  "
                                 r"0 done, 0 failed")
         # Nobody to ask.
-        process = subprocess.run([ROLLOUT, "--acport", controller.port, "--mac", AP1], timeout=9,
+        process = subprocess.run([PROGRAM, "--acport", controller.port, "--mac", AP1], timeout=9,
                                  capture_output=True, **NO_TERMINAL)
         self.assertEqual((process.returncode, process.stderr),
                          (2, b"zov-rollout: --yes is needed where no terminal is to ask at\n"))

@@ -125,6 +125,15 @@ static std::vector<Difference> compare_members(const ConfigRow &before, const Co
     return found;
 }
 
+// What was not asked for, which takes it from what is found to what was there before.
+static std::string excess_text(const Difference &back, DeviceKind kind)
+{
+    if (back.column->table != nullptr)
+        return back.path + (back.kind == Difference::added ? " is gone" : " is new");
+    return back.path + " was " + value_text_of(*back.column, kind, back.to) + ", is " +
+           (back.kind == Difference::added ? "gone" : value_text_of(*back.column, kind, back.from));
+}
+
 void ApplyCourse::compare_sent(const PlannedDevice &device, const ConfigRow &stored,
                                ApplyLook &look) const
 {
@@ -138,16 +147,15 @@ void ApplyCourse::compare_sent(const PlannedDevice &device, const ConfigRow &sto
     if (compare_members(prepared.before, stored, device).empty() &&
         compare_members(stored, prepared.before, device).empty())
         look.stored = Stored::as_confirmed;
-    for (const Difference &one : missing) {
-        const bool was_wanted =
-            std::any_of(device.differences.begin(), device.differences.end(),
-                        [&](const Difference &other) { return other.path == one.path; });
-        if (was_wanted)
-            look.what = one.path + " is not as wanted: " + difference_text(one, kind).substr(2);
-        else if (look.stored != Stored::as_confirmed)
-            look.what = "changed more than was asked, and is to be: " +
-                        difference_text(one, kind).substr(2);
-    }
+    const auto was_wanted = [&](const Difference &one) {
+        return std::any_of(device.differences.begin(), device.differences.end(),
+                           [&](const Difference &other) { return other.path == one.path; });
+    };
+    const auto more = std::find_if_not(missing.begin(), missing.end(), was_wanted);
+    look.what = more == missing.end()
+                    ? missing.front().path +
+                          " is not as wanted: " + difference_text(missing.front(), kind).substr(2)
+                    : "changed more than was asked: " + excess_text(*more, kind);
 }
 
 ApplyLook ApplyCourse::look_at(const WtpRecord &wtp)
@@ -213,8 +221,10 @@ void ApplyCourse::send()
             const auto &[code, message] = answers[i];
             const char *words = ::result_text(code, asked[i]);
             std::string text = words == nullptr ? "" : words;
+            if (text.ends_with('.'))
+                text.pop_back();
             if (!message.empty())
-                text += text.empty() ? message : ": " + message;
+                text += (text.empty() ? "" : ": ") + message;
             apply_.answered(asked[i], code, text, seconds_now());
         }
     } catch (const Unanswered &) {

@@ -1,0 +1,346 @@
+# SPDX-License-Identifier: MIT
+"""zov-apply against ac-sim and a controller that plays a script:
+apply.py ZOV AC_SIM SOURCE ZOV_APPLY
+
+ZOV_LONG=1: 200 signals at random moments, with the seed ZOV_SEED.
+"""
+import json
+import os
+import random
+import re
+import signal
+import struct
+import tempfile
+import time
+import unittest
+from pathlib import Path
+
+import fields
+import jsonschema
+from changer import SOURCE, ask, results, run, start
+from harness import Player, main
+from simulator import AP, SWITCH, Controller
+
+SCHEMA = json.loads(Path(SOURCE, "companions/apply/apply.schema.json").read_text())
+FIRST = "02:00:00:00:00:01"
+PATH = "radio[0].tx_power"
+SET = ("--set", f"{PATH}=17", "--name", "*", "--no-save")
+
+
+class Script:
+    """A controller whose devices show one look after the other as their configurations are listed,
+    the last for ever. A look says what is stored - 0 what was, 1 what is wanted, 2 another value,
+    3 what is wanted and another setting, 4 a radio less - behind marks: o offline, u unmanaged,
+    b upgrading, c state changed; - is not listed, X nobody is admitted. `answers` are those to
+    requests, CODE:TEXT, x is none. Requests to change are kept."""
+
+    def __init__(self, looks, answers="0"):
+        self.looks = [look.split() for look in looks]
+        self.answers, self.times = answers.split(), []
+        self.stored = fields.Maker(1, counts=(2,), words=[b"w"]).record(3, cfg=True)
+        self.player = Player(answer=lambda request: self.answer(request))
+        self.port = self.player.port
+
+    def mac(self, n):
+        return bytes((2, 0, 0, 0, 0, n + 1))
+
+    def take(self, tokens):
+        return tokens.pop(0) if len(tokens) > 1 else tokens[0]
+
+    def answer(self, request):
+        if request is None:
+            gone = self.looks[0][0] == "X"
+            if gone:
+                self.take(self.looks[0])
+            return -1 if gone else b""
+        if request[0] == 1:
+            is_whole = request[4] & 8
+            macs = [request[i:i + 6] for i in range(7, len(request), 6)]
+            looks = {n: self.take(looks) if is_whole else looks[0]
+                     for n, looks in enumerate(self.looks) if not macs or self.mac(n) in macs}
+            return fields.reply([self.record(n, look, is_whole) for n, look in looks.items()
+                                 if look != "-"])
+        count = struct.unpack_from(">H", request, 5)[0]
+        self.times.append((time.monotonic(), request))
+        answer = self.take(self.answers)
+        if answer == "x":
+            return b""
+        code, _, text = answer.partition(":")
+        return bytes([int(code), len(text)]) * count if not text else (
+            bytes([int(code), len(text)]) + text.encode()) * count
+
+    def changed(self):
+        """The devices that requests to change were for."""
+        return {request[at:at + 6] for _, request in self.times
+                for at in range(7, 7 + 6 * struct.unpack_from(">H", request, 5)[0], 6)}
+
+    def record(self, n, look, is_whole):
+        marks, what = re.fullmatch("([oubc]*)([0-4])", look).groups()
+        radios = [dict(radio) for radio in self.stored["wtp_cfg"][0]["radio"]]
+        radios = radios[:1 if what == "4" else 2]
+        radios[0]["tx_power"] = {"0": 20, "2": 99}.get(what, 17)
+        radios[0]["distance"] = 5 if what == "3" else 4
+        cfg = self.stored["wtp_cfg"][0] | {"radio": radios}
+        return self.stored | {
+            "mac": fields.Mac(self.mac(n)), "name": fields.Text(b"dev-%d" % n),
+            "upg_img": "b" in marks, "managed": "u" not in marks, "state": 0 if "o" in marks else 5, "sub_state": 0,
+            "change_time": marks.count("c"), "wtp_cfg": [cfg] if is_whole else []}
+
+
+# What, looks of each device, results, options; exit status, requests, answers, what it says.
+BUSY = f"Device {FIRST} is busy"
+CASES = (
+    ("as usual", ["0 0 1"], ["done"], "", 0, 1, "0", ""),
+    ("it settles", ["0 0 1 o1 1 c1 1"], ["done"], "--settle 0.2", 0, 1, "0", ""),
+    ("stored late", ["0 0 0 0 1"], ["done"], "", 0, 1, "0", ""),
+    ("never stored", ["0 0 0"], [f"failed: {PATH} is not as wanted: {PATH} 20 -> 17"],
+     "--begin 0.2", 1, 1, "0", ""),
+    ("another value", ["0 0 2"], [f"failed: {PATH} is not as wanted: {PATH} 99 -> 17"],
+     "--begin 0.2", 1, 1, "0", ""),
+    ("more than was asked", ["0 0 3"],
+     ["failed: changed more than was asked: radio[0].distance was 4, is 5"], "--begin 0.2", 1, 1,
+     "0", ""),
+    ("a radio is gone", ["0 0 4"], ["failed: changed more than was asked: radio[1] is gone"],
+     "--begin 0.2", 1, 1, "0", ""),
+    ("not kept", ["0 0 1 2"], [f"failed: {PATH} is not as wanted: {PATH} 99 -> 17"],
+     "--begin 0.2 --settle 5", 1, 1, "0", ""),
+    ("changed meanwhile", ["0 2"], ["skipped: changed meanwhile"], "", 1, 0, "0", ""),
+    ("done by others", ["0 1"], ["skipped: changed meanwhile"], "", 1, 0, "0", ""),
+    ("another member of the same", ["0 4"], ["skipped: changed meanwhile"], "", 1, 0, "0", ""),
+    ("refused", ["0 0 0"], ["failed: Incorrect configuration for device {}: no"], "", 1, 1,
+     "19:no", ""),
+    ("refused, but stored", ["0 0 1"],
+     ["failed: Incorrect configuration for device {}, but stored: a plan will not show it"], "",
+     1, 1, "19", ""),
+    ("busy, not ready, yes", ["0 0 0 0 1"], ["done"], "", 0, 3, "10 17 0", ""),
+    ("busy too long", ["0"], [f"failed: {BUSY}"], "--begin 0.2", 1, None, "10", ""),
+    ("no response", ["0"], ["failed: No response from device {}"], "--begin 0.2", 1, 1, "12", ""),
+    ("no response, but stored", ["0 0 0 1"],
+     ["failed: No response from device {}, but stored: a plan will not show it"], "", 1, 1, "12",
+     ""),
+    ("a lost reply", ["0 0 1"], ["done"], "", 0, 2, "x 0", "trying again"),
+    ("a lost request", ["0 0 0 1"], ["done"], "", 0, 2, "x 0", "trying again"),
+    ("lost twice", ["0 0 1"], ["unknown: no answer, but stored"], "", 1, 2, "x", ""),
+    ("lost twice, not stored", ["0"], ["unknown: no answer, not stored"], "", 1, 2, "x", ""),
+    ("lost, then refused", ["0 0 1"],
+     ["failed: Incorrect configuration for device {}, but stored: a plan will not show it"], "",
+     1, 2, "x 19", ""),
+    ("lost, and changed by others", ["0 0 2"],
+     [f"unknown: no answer; {PATH} is not as wanted: {PATH} 99 -> 17"], "", 1, 1, "x", ""),
+    ("away, and back", ["0 0 o1 o1 1"], ["done"], "", 0, 1, "0", ""),
+    ("away for good", ["0 0 o1"], ["timed out: offline"], "--deadline 0.3", 1, 1, "0", ""),
+    ("not listed any more", ["0 0 -"], ["timed out: not in the list any more"], "--deadline 0.3",
+     1, 1, "0", ""),
+    ("not managed any more", ["0 u0"], ["failed: not under management any more"], "--begin 0.2",
+     1, 0, "0", ""),
+    ("not ready", ["o0", "u0", "b0"],
+     ["skipped: offline", "skipped: not under management", "skipped: upgrading"], "", 1, 0, "0",
+     ""),
+    ("nothing differs", ["1"], [], "", 0, 0, "0", "1 as wanted"),
+    ("too many failures", ["0 0 0", "0"], ["failed: Device {} denied this operation",
+                                           "not started"], "--batch 1", 3, 1, "14",
+     "stopped: too many failures"),
+    ("failures that may be", ["0 0 0", "0 0 0 1"], ["failed: Device {} denied this operation",
+                                                  "done"], "--batch 1 --max-failures 1", 1, 2,
+     "14 0", ""),
+    ("one batch, one request", ["0 0 1"] * 3, ["done"] * 3, "--batch 3", 0, 1, "0", ""),
+    ("the controller is gone", ["0 0 0 X", "0"],
+     ["unknown: the controller did not answer", "not started"], "--batch 1 --outage 0.3", 3, 1,
+     "0", ""),
+    ("gone for a while", ["0 0 0 X X 1"], ["done"], "", 0, 1, "0", "answers again"),
+)
+
+
+class Scripted(unittest.TestCase):
+    maxDiff = None
+
+    def test_cases(self):
+        for what, looks, expected, options, status, requests, answers, says in CASES:
+            with self.subTest(what):
+                script = Script(looks, answers)
+                got, out, err = run(script.port, *SET, *options.split())
+                expected = [text.replace("{}", FIRST) for text in expected]
+                self.assertEqual((results(out), got), (expected, status), err)
+                self.assertRegex(err, re.compile(says, re.S))
+                if requests is not None:
+                    self.assertEqual(len(script.times), requests, err)
+
+    def test_the_request_is_the_whole_member(self):
+        script = Script(["0 0 1"] * 2)
+        run(script.port, *SET, "--batch", "2")
+        [(_, request)] = script.times
+        lists = request[7 + 12 + 6:]
+        self.assertEqual(request[5:25],
+                         bytes.fromhex("0002 020000000001 020000000002 03 00000000 01"))
+        first, second = lists[:len(lists) // 2], lists[len(lists) // 2:]
+        self.assertEqual((first, first[-2:]), (second, b"\0\0"))
+        # Count first, with 0 as its last index byte; then the settings of each radio.
+        self.assertEqual(first[:11], bytes.fromhex("0004 0001 00 0004 00000002"))
+        self.assertIn(bytes.fromhex("000d 0001 00 0004 00000011"), first)  # what is wanted
+        self.assertIn(bytes.fromhex("003e 0001 00 0004 00000004"), first)  # what is carried along
+        self.assertIn(bytes.fromhex("0011 0002 0000 0004 00000002"), first)  # two WLANs
+
+    def test_signals_at_random_moments(self):
+        rng = random.Random(seed := int(os.environ.get("ZOV_SEED", time.time_ns() % 10**9)))
+        during, count = 0, 200 if os.environ.get("ZOV_LONG") else 5
+        for number in range(count):
+            script = Script(["0 0 0 1"] * 6, answers="x 0 0 x 0")
+            process = start(script.port, *SET, "--batch", "1,2")
+            time.sleep(rng.uniform(0, 1.2))
+            process.send_signal(rng.choice((signal.SIGINT, signal.SIGTERM, signal.SIGHUP)))
+            before = script.changed()
+            out, err = (text.decode() for text in process.communicate(timeout=20))
+            with self.subTest(seed=seed, number=number, err=err):
+                self.assertEqual(script.changed() - before, set())  # but repetitions
+                if process.returncode == 3 and out:
+                    during += "not started" in out
+                    self.assertEqual(sorted(results(out)), ["done"] * len(before) +
+                                     ["not started"] * (6 - len(before)))
+        print(f"seed {seed}: {during} of {count} signals between plan and last batch")
+        self.assertGreaterEqual(during, count // 4 if count > 5 else 0)
+
+
+class Simulated(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = folder.name
+        os.environ["XDG_STATE_HOME"] = self.folder
+        self.controller = Controller()
+        self.addCleanup(self.controller.__exit__)
+        self.port = self.controller.port
+
+    def file(self, name, cfg):
+        path = Path(self.folder, name)
+        path.parent.mkdir(exist_ok=True)
+        path.write_text(cfg if isinstance(cfg, str) else json.dumps({"wtp_cfg": cfg}))
+        return str(path)
+
+    def plan(self, *options):
+        status, out, err = run(self.port, "--plan", "--json", *options)
+        self.assertEqual(err, "", options)
+        document = json.loads(out)
+        jsonschema.validate(document, SCHEMA)
+        self.assertEqual(document["status"], status)
+        return document
+
+    def differences(self, mac, *options):
+        [device] = [one for one in self.plan(*options)["devices"] if one["mac"] == mac]
+        return [(one["path"], one["from"], one["to"]) for one in device["differences"]] or \
+            device["reason"]
+
+    def test_documents_and_order(self):
+        base = self.file("base.json", {"location": "base", "timezone": 90})
+        own = self.file(f"d/{AP.replace(':', '-')}.json", {"location": "own"})
+        self.file("d/README", "none")
+        self.assertEqual(self.differences(AP, "--mac", AP, base), [
+            ("location", '"Floor 1"', '"base"'), ("timezone", "60", "90")])
+        over = self.plan("--mac", AP, base, own, "--set", "timezone=120")
+        self.assertEqual([(one["path"], one["to"]) for one in over["devices"][0]["differences"]],
+                         [("location", '"own"'), ("timezone", "120")])
+        self.assertEqual([re.sub(r" \(.*", "", note).replace(base, "B") for note in over["notes"]],
+                         ["B: settings are overridden by --set timezone",
+                          "B: settings are overridden by files of devices"])
+        self.assertEqual([one["mac"] for one in self.plan(f"{self.folder}/d")["devices"]], [AP])
+        # A file with one radio keeps the others; WLANs and rules can be added.
+        self.assertEqual(self.differences(AP, "--mac", AP, self.file(
+            "l.json", {"radio": [{"comment": 1}, {"tx_power": 5}]})), [
+                ("radio[1].tx_power", "20", "5")])
+        wlans = len(self.controller.record(AP)["wtp_cfg"]["radio"][0]["wlan"])
+        grown = [{"comment": 1}] * wlans + [{"ssid": "new", "vlan": 7}]
+        self.assertEqual(self.differences(AP, "--mac", AP, self.file(
+            "l.json", {"radio": [{"wlan": grown}]})), [
+                (f"radio[0].wlan[{wlans}]", None, None),
+                (f"radio[0].wlan[{wlans}].ssid", None, '"new"'),
+                (f"radio[0].wlan[{wlans}].vlan", None, "7")])
+        self.assertEqual(self.differences(SWITCH, "--mac", SWITCH, self.file(
+            "l.json", {"poe_port": [{"port": 3, "priority": 2}]}), "--set",
+            "pd_lifeguard[*].ping_interval=9", "--set", "switch_port[port=2].descp=a=b"), [
+                ("switch_port[port=2].descp", '"desk 2"', '"a=b"'),
+                ("poe_port[port=3].priority", "0", "2"),
+                ("pd_lifeguard[port=1].ping_interval", "30", "9")])
+
+    def test_what_is_refused(self):
+        both = self.file("both.json", {"radio": [{"tx_power": 1}], "poe_port": [{"port": 1}]})
+        secret = self.file("secret", "hunter22\n")
+        all_managed = ("--all-managed",)
+        for words, status, says in (
+                ((), 2, "there is nothing to apply"),
+                (("--set", "location=x"), 2, "at least one of --mac"),
+                ((self.file("x.json", {"location": "x"}),), 2, "is not named by an address"),
+                ((self.file("f/x.json", {}).rsplit("/", 1)[0], *all_managed), 2, "not named by an"),
+                ((both, *all_managed), 2, r"\('radio'\) and of switches \('poe_port'\)"),
+                ((self.file("e.json", '{"wtp_cfg":{\n"nmae":1}}'), *all_managed), 2,
+                 "e.json:2: ERROR: Unknown member 'nmae'"),
+                (("--set", "name=x", *all_managed), 2, "would give a name to"),
+                (("--set", "ipv4=10.0.0.9/255.0.0.0/10.0.0.1", *all_managed), 2, "an address to"),
+                (("--set", "radio[0].wlan[0].wpa.passphrase=hunter22", *all_managed), 2,
+                 "a secret"),
+                (("--set", f"password=@{secret}", "--mac", SWITCH), 2, "send it by zov cfg"),
+                (("--set", "pdl_status[0].state=1", *all_managed), 2, "change that by themselves"),
+                (("--set", "poe_port[port=1].port=2", *all_managed), 2, "told apart by it"),
+                (("--set", "radio[x].tx_power=1", *all_managed), 2, "none of"),
+                (("--set", "radio[0.tx_power=1", *all_managed), 2, "not closed|no PATH=VALUE"),
+                (("--set", "radio[0].tx_pwer=1", *all_managed), 2, "did you mean 'tx_power'"),
+                (("--set", "dns1=1.2.3.4/24", *all_managed), 2, "is sent as 1.2.3.4"),
+                (("--set", "radio[7].tx_power=1", *all_managed), 1, r"has no radio\[7\]"),
+                (("--set", "radio[0].tx_power=1", "--mac", SWITCH), 1, "none of the chosen"),
+                (("--undo", secret), 2, "no undo file"), (("--undo", "/nowhere"), 2, "cannot open"),
+                (("--undo", secret, "--set", "location=x"), 2, "takes no files")):
+            with self.subTest(words):
+                got, out, err = run(self.port, *words, "--no-save")
+                self.assertEqual((got, out), (status, ""), err)
+                self.assertRegex(err, re.compile(says, re.S))
+                self.assertNotIn("hunter22", err)
+
+    def test_removal_secrets_and_undo(self):
+        made = self.controller.record(AP)["wtp_cfg"]
+        own = self.file(f"{AP.replace(':', '-')}.json", {"radio": [{"wlan": [{"vlan": 99}]}]})
+        word = self.file("word", "hunter22\n")
+        words = (own, "--set", f"password=@{word}", "--set",
+                 f"radio[1].wlan[0].wpa.passphrase=@{word}")
+        status, out, err = run(self.port, *words)
+        self.assertEqual((status, out), (2, ""))
+        self.assertIn("--allow-removal is needed", err)
+        log = f"{self.folder}/log"
+        status, out, err = run(self.port, *words, "--allow-removal", "--log", log)
+        self.assertEqual((status, results(out)), (0, ["done"]), err)
+        plan = self.plan(*words)
+        self.assertEqual((plan["status"], plan["devices"][0]["result"]), (0, "as wanted"))
+        changed = self.controller.record(AP)["wtp_cfg"]
+        self.assertEqual((len(changed["radio"][0]["wlan"]), changed["radio"][0]["wlan"][0]["vlan"]),
+                         (1, 99))
+        self.assertEqual(changed["radio"][1]["wlan"][1:], made["radio"][1]["wlan"][1:])
+        [saved] = Path(self.folder, "zov").iterdir()
+        self.assertEqual((saved.stat().st_mode & 0o777, saved.parent.stat().st_mode & 0o777),
+                         (0o600, 0o700))
+        for text in (out, err, Path(log).read_text(), json.dumps(plan)):
+            self.assertNotIn("hunter22", text)
+            self.assertNotRegex(text, '"secret[^)]')
+        command = re.search("to undo it: zov-apply (.*)\n$", err)[1].split()
+        self.assertEqual(command, ["--undo", str(saved), "--acserver", "127.0.0.1", "--acport",
+                                   self.port])
+        status, out, err = run(self.port, *command[:2], "--no-save")
+        self.assertEqual((status, self.controller.record(AP)["wtp_cfg"]), (0, made), err)
+        # Nothing is begun without a place to save.
+        Path(self.folder, "zov").chmod(0o755)
+        status, out, err = run(self.port, "--mac", AP, "--set", "location=x")
+        self.assertEqual((status, out), (1, ""))
+        self.assertIn("with mode 0700", err)
+        status, out, err = run(self.port, "--mac", AP, "--set", "location=x", "--save", saved)
+        self.assertEqual((status, err.splitlines()[-1]), (
+            1, f"zov-apply: cannot make {saved}: File exists"))
+        self.assertEqual(self.controller.record(AP)["wtp_cfg"], made)
+
+    def test_question(self):
+        words = ("--mac", f"{AP},{SWITCH}", "--set", "location=x", "--no-save")
+        question = "Change 1 setting on 2 devices in 2 batches? [y/N] "
+        shown, status, out = ask(self.port, b"n\n", *words)
+        self.assertEqual((status, out, shown.count(question)), (3, "", 1))
+        self.assertIn('~ location "Floor 1" -> "x"', shown)
+        shown, status, out = ask(self.port, b"y\n", *words)
+        self.assertEqual((status, results(out)), (0, ["done"] * 2), shown)
+
+
+if __name__ == "__main__":
+    main()
