@@ -83,7 +83,8 @@ class Script:
         cfg = self.stored["wtp_cfg"][0] | {"radio": radios}
         return self.stored | {
             "mac": fields.Mac(self.mac(n)), "name": fields.Text(b"dev-%d" % n),
-            "upg_img": "b" in marks, "managed": "u" not in marks, "state": 0 if "o" in marks else 5, "sub_state": 0,
+            "upg_img": "b" in marks, "managed": "u" not in marks, "sub_state": 0,
+            "state": 0 if "o" in marks else 5,
             "change_time": marks.count("c"), "wtp_cfg": [cfg] if is_whole else []}
 
 

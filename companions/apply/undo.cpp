@@ -111,7 +111,7 @@ static Json json_of(const SavedDevice &device)
 
 static string dumped(const Json &json)
 {
-    return json.dump(1, ' ', true, Json::error_handler_t::replace);
+    return json.dump(-1, ' ', true, Json::error_handler_t::replace);
 }
 
 static int write_file(const Descriptor &file, const ApplySettings &settings,
@@ -180,6 +180,12 @@ static Document document_of(const Json &device, const char *path, Mac &mac)
     return made;
 }
 
+// What is for readers only is not kept.
+static bool without_texts(int, Json::parse_event_t event, Json &parsed)
+{
+    return event != Json::parse_event_t::key || parsed != "settings";
+}
+
 std::map<Mac, std::vector<Document>> read_undo(const char *path)
 {
     const Descriptor file(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK));
@@ -193,7 +199,7 @@ std::map<Mac, std::vector<Document>> read_undo(const char *path)
         throw UsageError(string("cannot read ") + path);
     std::map<Mac, std::vector<Document>> own;
     try {
-        const Json document = Json::parse(text);
+        const Json document = Json::parse(text, without_texts);
         if (document.at("document") != "undo")
             throw UsageError("another document");
         for (const Json &device : document.at("devices")) {
