@@ -3,13 +3,13 @@
 
 #include "device/wtp_record.h"
 
-#include <iterator>
+static constexpr uint32_t WEP_KEYS = sizeof WlanCfg::wep.key / sizeof *WlanCfg::wep.key;
 
 uint32_t SettingNode::elements_max() const
 {
     if (row == nullptr)
         return CONFIG_ELEMENTS_MAX;
-    return row->element_size() > 0 ? row->elements_max() : std::size(WlanCfg().wep.key);
+    return row->element_size() > 0 ? row->elements_max() : WEP_KEYS;
 }
 
 uint32_t SettingNode::elements_min() const
