@@ -24,13 +24,16 @@ enum : mode_t { MODE_OWN_FILE = 0600, MODE_OWN_DIRECTORY = 0700, MODE_OF_OTHERS 
 
 // --- Where it is ---------------------------------------------------------------------------------
 
+// The time in UTC, with milliseconds.
 static string time_text(const char *format)
 {
-    const time_t now = time(nullptr);
+    timespec now = {};
     tm parts = {};
-    char text[32];
-    gmtime_r(&now, &parts);
-    return {text, strftime(text, sizeof text, format, &parts)};
+    char text[32], fraction[8];
+    clock_gettime(CLOCK_REALTIME, &now);
+    gmtime_r(&now.tv_sec, &parts);
+    snprintf(fraction, sizeof fraction, ".%03dZ", static_cast<int>(now.tv_nsec / 1'000'000));
+    return string(text, strftime(text, sizeof text, format, &parts)) + fraction;
 }
 
 static string state_directory()
@@ -50,7 +53,7 @@ string undo_path(const ApplySettings &settings)
     if (settings.save != nullptr)
         return settings.save;
     return state_directory() + "/undo-" + settings.address + "-" + std::to_string(settings.port) +
-           "-" + time_text("%Y%m%dT%H%M%SZ") + "-" + std::to_string(getpid()) + ".json";
+           "-" + time_text("%Y%m%dT%H%M%S") + ".json";
 }
 
 // The directory of the state, and those above it, are made for the caller alone.
@@ -119,7 +122,7 @@ static int write_file(const Descriptor &file, const ApplySettings &settings,
 {
     string text = "{\n\"document\": \"undo\",\n\"controller\": " +
                   dumped(settings.address + (":" + std::to_string(settings.port))) +
-                  ",\n\"time\": \"" + time_text("%Y-%m-%dT%H:%M:%SZ") + "\",\n\"devices\": [\n";
+                  ",\n\"time\": \"" + time_text("%Y-%m-%dT%H:%M:%S") + "\",\n\"devices\": [\n";
     int error = write_all(file.get(), text);
     for (size_t i = 0; i < devices.size() && error == 0; i++)
         error = write_all(file.get(), (i == 0 ? "" : ",\n") + dumped(json_of(devices[i])));
