@@ -80,7 +80,7 @@ bool Apply::is_running() const
 bool Apply::wants_request(const ApplyDevice &device) const
 {
     if (device.batch != batch_ || device.finished() || device.awaits || !device.looked ||
-        !device.at_rest() || !device.last.managed)
+        !device.at_rest())
         return false;
     if (device.stage == waiting)
         return may_begin() && device.last.stored == Stored::as_confirmed;
@@ -146,6 +146,7 @@ void Apply::answered(const Mac &mac, uint8_t code, const std::string &text, doub
     const bool comes_back = code == RESULT_BUSY || code == RESULT_NOT_READY;
     if (comes_back && device->stage == waiting) { // it is asked again, and has begun nothing
         device->begun = -1;
+        device->is_put_off = true;
     } else {
         device->is_taken = code == RESULT_SUCCESS;
         device->is_patient = code == RESULT_NO_RESPONSE;
@@ -204,8 +205,16 @@ void Apply::see(ApplyDevice &device, const ApplyLook &seen)
 
 void Apply::see_waiting(ApplyDevice &device)
 {
-    if (device.last.stored != Stored::as_confirmed)
+    const Stored stored = device.last.stored;
+    if (stored == Stored::as_confirmed)
+        return;
+    if (device.is_put_off) {
+        device.begun = now_;
+        end(device, failed,
+            device.reason + (stored == Stored::as_wanted ? BUT_STORED : "; " + device.last.what));
+    } else {
         end(device, skipped, device.last.what.empty() ? "changed meanwhile" : device.last.what);
+    }
 }
 
 static std::string stored_text(const ApplyLook &look)
@@ -239,6 +248,7 @@ void Apply::see_settling(ApplyDevice &device)
 {
     const double now = clock_.time(now_);
     if (device.last.stored != Stored::as_wanted) {
+        device.reason = device.last.what;
         enter(device, sent);
         return;
     }

@@ -7,7 +7,7 @@
 //
 //     waiting   for its request      sent when that was answered, or may have been; skipped when it
 //                                    is not as confirmed any more; failed when it did not answer
-//                                    for `begin` that it can take it
+//                                    for `begin` that it can take it, or is changed all the same
 //     sent      answered with 0      settling when it is online and as wanted; failed when it is
 //                                    online and not so for `begin`
 //               answered otherwise   failed when the next look tells whether it is stored all the
@@ -64,6 +64,7 @@ struct ApplyDevice {
     bool awaits = false;     // a request is on its way, or its reply
     bool looked = false;     // since the last answer
     unsigned losses = 0;     // requests without an answer
+    bool is_put_off = false; // answered that it cannot take it now
     bool is_taken = false;   // answered with 0
     std::string refusal;     // what it was answered else
     bool is_patient = false; // that was "no response"
@@ -75,7 +76,7 @@ struct ApplyDevice {
     ApplyLook last;
 
     bool finished() const { return stage >= ApplyStage::done; }
-    bool at_rest() const { return last.listed && last.online && !last.busy; }
+    bool at_rest() const { return last.listed && last.managed && last.online && !last.busy; }
 };
 
 struct ApplyLimits {

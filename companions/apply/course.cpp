@@ -57,6 +57,9 @@ std::string event_text(const ApplyDevice &device)
     case ApplyStage::done:
         return text + "done in " + std::to_string(std::lround(device.ended - device.begun)) + " s";
     case ApplyStage::sent:
+        if (device.is_taken && !device.reason.empty())
+            return text + "not as wanted any more: " + plain_text(device.reason);
+        break;
     case ApplyStage::waiting:
     case ApplyStage::failed:
     case ApplyStage::timed_out:
@@ -97,22 +100,6 @@ bool ApplyCourse::begin_batch(double now)
     return apply_.begin_batch(now);
 }
 
-// Compares anew with what is wanted: the differences have to be those that were confirmed.
-void ApplyCourse::compare_waiting(const PlannedDevice &device, const ConfigRow &stored,
-                                  ApplyLook &look)
-{
-    const auto kind = static_cast<DeviceKind>(device.kind);
-    WantedConfig wanted = want(stored, sources_.of(device.mac, kind), kind);
-    look.what = wanted.problem;
-    if (!wanted.problem.empty() || wanted.differences != device.differences)
-        return;
-    look.stored = Stored::as_confirmed;
-    std::string items = items_of_members(wanted.row, wanted.differences, kind);
-    items.append(2, '\0'); // the end of the list
-    prepared_.insert_or_assign(
-        device.mac, Prepared{std::move(stored), std::move(wanted.row), std::move(items)});
-}
-
 // The differences in the members that were sent.
 static std::vector<Difference> compare_members(const ConfigRow &before, const ConfigRow &after,
                                                const PlannedDevice &device)
@@ -123,6 +110,26 @@ static std::vector<Difference> compare_members(const ConfigRow &before, const Co
                             [&](const Difference &wanted) { return wanted.member == one.member; });
     });
     return found;
+}
+
+// Compares anew with what is wanted: the differences have to be those that were confirmed, and the
+// rest of what is sent as it was saved.
+void ApplyCourse::compare_waiting(const PlannedDevice &device, const ConfigRow &stored,
+                                  ApplyLook &look)
+{
+    const auto kind = static_cast<DeviceKind>(device.kind);
+    WantedConfig wanted = want(stored, sources_.of(device.mac, kind), kind);
+    look.what = wanted.problem;
+    const ConfigRow saved = row_of_items(device.before, kind);
+    if (!wanted.problem.empty() || wanted.differences != device.differences ||
+        !compare_members(saved, stored, device).empty() ||
+        !compare_members(stored, saved, device).empty())
+        return;
+    look.stored = Stored::as_confirmed;
+    std::string items = items_of_members(wanted.row, wanted.differences, kind, true);
+    items.append(2, '\0'); // the end of the list
+    prepared_.insert_or_assign(device.mac,
+                               Prepared{stored, std::move(wanted.row), std::move(items)});
 }
 
 // What was not asked for, which takes it from what is found to what was there before.
@@ -171,9 +178,11 @@ ApplyLook ApplyCourse::look_at(const WtpRecord &wtp)
         return look;
     const ConfigRow stored = read_config(*wtp.wtp_cfg, static_cast<DeviceKind>(device.kind));
     look.stored = Stored::other;
-    if (apply_.find(wtp.mac)->stage == ApplyStage::waiting)
+    const ApplyDevice &applied = *apply_.find(wtp.mac);
+    if (applied.stage == ApplyStage::waiting)
         compare_waiting(device, stored, look);
-    else
+    if (applied.stage != ApplyStage::waiting ||
+        (applied.is_put_off && look.stored != Stored::as_confirmed))
         compare_sent(device, stored, look);
     return look;
 }

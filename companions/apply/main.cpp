@@ -11,6 +11,7 @@
 #include "course/program.h"
 
 #include <cstdio>
+#include <filesystem>
 #include <optional>
 
 enum : size_t { COLUMNS_OF_LOG = 1000 };
@@ -58,16 +59,33 @@ static Sources load_sources(const ApplySettings &settings,
     return sources;
 }
 
-static void save(const ApplyPlan &plan, const ApplySettings &settings, const std::string &path)
+// What is stored for the devices of the plan that are in a batch and that `includes` accepts.
+template <class Includes>
+static std::vector<SavedDevice> saved_devices(const ApplyPlan &plan, Includes includes)
 {
-    if (path.empty())
-        return;
     std::vector<SavedDevice> devices;
     for (const PlannedDevice &device : plan.devices)
-        if (device.batch > 0)
+        if (device.batch > 0 && includes(device))
             devices.push_back(
                 {device.mac, device.name, static_cast<DeviceKind>(device.kind), device.before});
-    write_undo(path, settings, devices);
+    return devices;
+}
+
+// Leaves in the undo file what may have been changed: others may change the rest.
+static void narrow_undo(const ApplyPlan &plan, const Apply &apply, const ApplySettings &settings,
+                        const std::string &path, Reporter &reporter)
+{
+    const auto is_changed = [&](const PlannedDevice &device) {
+        return may_have_changed(*apply.find(device.mac));
+    };
+    const std::vector<SavedDevice> devices = saved_devices(plan, is_changed);
+    if (devices.size() == apply.devices().size() || devices.empty())
+        return;
+    try {
+        rewrite_undo(path, settings, devices);
+    } catch (const Failure &failure) {
+        reporter.warn(std::string(failure.what()) + "; it also has devices that were not begun");
+    }
 }
 
 // Shows the plan and asks.
@@ -94,8 +112,9 @@ static int status_of(const ApplyPlan &plan, const Apply &apply, int signal)
 // The command that takes it all back.
 static std::string undo_command(const ApplySettings &settings, const std::string &path)
 {
-    return std::string(APPLY_PROGRAM.name) + " --undo " + shell_word(path) + " --acserver " +
-           settings.address + " --acport " + std::to_string(settings.port);
+    const std::string whole = std::filesystem::absolute(path).lexically_normal();
+    return std::string(APPLY_PROGRAM.name) + " --undo " + plain_text(shell_word(whole)) +
+           " --acserver " + settings.address + " --acport " + std::to_string(settings.port);
 }
 
 static int finish(const ApplyPlan &plan, const Apply &apply, const ApplySettings &settings,
@@ -106,6 +125,8 @@ static int finish(const ApplyPlan &plan, const Apply &apply, const ApplySettings
     ApplyResult result = {plan, apply, status_of(plan, apply, signal), has_changed ? path : ""};
     if (result.status == ALL_DONE && reporter.log_failed())
         result.status = SOME_FAILED;
+    if (!result.undo.empty())
+        narrow_undo(plan, apply, settings, path, reporter);
     if (apply.count(ApplyStage::waiting) > 0)
         reporter.warn(halt_text(apply.halted(), ""));
     reporter.warn(counts_text(result));
@@ -148,7 +169,8 @@ static int apply(const ApplySettings &settings, const Sources &sources, Reporter
             return STOPPED;
         }
         path = undo_path(settings);
-        save(plan, settings, path);
+        if (!path.empty())
+            write_undo(path, settings, saved_devices(plan, [](const auto &) { return true; }));
         check_stop();
     }
     ApplyCourse course(settings, sources, plan, limits_of(settings, plan.devices.size()), reporter);

@@ -6,6 +6,7 @@
 #include "documents/value_json.h"
 
 #include <algorithm>
+#include <set>
 #include <unordered_map>
 
 using std::string;
@@ -116,11 +117,14 @@ ConfigRow *Merger::find_row(ConfigCell &cell, const SettingColumn &column, size_
                             const string &path)
 {
     if (column.table->port == SettingTable::NONE) {
-        while (column.has_mark(MARK_GROWS) && cell.rows.size() <= position)
+        const size_t size = cell.rows.size();
+        if (position == size && column.has_mark(MARK_GROWS))
+            cell.rows.emplace_back(*column.table);
+        while (column.count == nullptr && cell.rows.size() <= position) // keys of a new WLAN
             cell.rows.emplace_back(*column.table);
         if (position < cell.rows.size())
             return &cell.rows[position];
-        complain(path + "[" + std::to_string(position) + "]");
+        complain(path + "[" + std::to_string(column.has_mark(MARK_GROWS) ? size : position) + "]");
         return nullptr;
     }
     const string &port = ports_[&column][position];
@@ -138,9 +142,7 @@ void Merger::set_count(ConfigCell &cell, const SettingColumn &column, size_t cou
     if (column.table->port == SettingTable::NONE) {
         if (!grows && count > cell.rows.size())
             return complain(path + "[" + std::to_string(count - 1) + "]");
-        while (grows && cell.rows.size() < count)
-            cell.rows.emplace_back(*column.table);
-        if (grows && document.is_own)
+        if (grows && document.is_own && count < cell.rows.size())
             cell.rows.resize(count, ConfigRow(*column.table));
     } else if (grows && document.is_own) {
         const auto &ports = ports_[&column];
@@ -247,38 +249,16 @@ void Merger::add_set(ConfigRow &row, const Document &document)
         complain(document.name.substr(document.name.find(' ') + 1));
 }
 
-// The members of an undo file as they were, but for what the device has changed by itself since.
+// The members of an undo file as they were.
 void restore(ConfigRow &row, const Document &document, DeviceKind kind)
 {
-    const SettingTable &table = setting_table(kind);
-    ConfigRow saved(table);
-    std::vector<bool> has(table.columns.size());
+    ConfigRow saved = row_of_items(document.items, kind);
     ItemReader items(document.items);
-    while (const auto item = items.next()) {
-        const ItemPlace &place = places_of(kind).at(item->id);
-        const SettingTable *in = &table;
-        ConfigRow *at = &saved;
-        for (size_t level = 0; level < place.columns.size(); level++) {
-            const SettingColumn &column = in->columns[place.columns[level]];
-            ConfigCell &cell = at->cells[place.columns[level]];
-            has[place.columns.front()] = true;
-            if (column.table == nullptr) {
-                cell.value = item->value;
-            } else if (level + 1 == place.columns.size()) {
-                cell.rows.resize(std::min<uint32_t>(bytes_number(item->value), CONFIG_ELEMENTS_MAX),
-                                 ConfigRow(*column.table));
-            } else {
-                const size_t position = static_cast<uint8_t>(item->index[level]);
-                if (position >= cell.rows.size())
-                    cell.rows.resize(position + 1, ConfigRow(*column.table));
-                at = &cell.rows[position];
-                in = column.table.get();
-            }
-        }
-    }
-    for (size_t i = 0; i < has.size(); i++)
-        if (has[i])
-            row.cells[i] = std::move(saved.cells[i]);
+    std::set<size_t> columns;
+    while (const auto item = items.next())
+        columns.insert(places_of(kind).at(item->id).columns.front());
+    for (const size_t column : columns)
+        row.cells[column] = std::move(saved.cells[column]);
 }
 
 // The state of rows that were there before is as it was read last.
@@ -298,6 +278,35 @@ void take_state(ConfigRow &row, const ConfigRow &stored, const SettingTable &tab
 }
 
 } // namespace
+
+ConfigRow row_of_items(string_view items, DeviceKind kind)
+{
+    const SettingTable &table = setting_table(kind);
+    ConfigRow saved(table);
+    ItemReader reader(items);
+    while (const auto item = reader.next()) {
+        const ItemPlace &place = places_of(kind).at(item->id);
+        const SettingTable *in = &table;
+        ConfigRow *at = &saved;
+        for (size_t level = 0; level < place.columns.size(); level++) {
+            const SettingColumn &column = in->columns[place.columns[level]];
+            ConfigCell &cell = at->cells[place.columns[level]];
+            if (column.table == nullptr) {
+                cell.value = item->value;
+            } else if (level + 1 == place.columns.size()) {
+                cell.rows.resize(std::min<uint32_t>(bytes_number(item->value), CONFIG_ELEMENTS_MAX),
+                                 ConfigRow(*column.table));
+            } else {
+                const size_t position = static_cast<uint8_t>(item->index[level]);
+                if (position >= cell.rows.size())
+                    cell.rows.resize(position + 1, ConfigRow(*column.table));
+                at = &cell.rows[position];
+                in = column.table.get();
+            }
+        }
+    }
+    return saved;
+}
 
 MergeResult lay_over(ConfigRow &row, const std::vector<const Document *> &documents,
                      DeviceKind kind)

@@ -36,6 +36,9 @@ struct MergeResult {
 MergeResult lay_over(ConfigRow &row, const std::vector<const Document *> &documents,
                      DeviceKind kind);
 
+// The row that has what these items say, and nothing else.
+ConfigRow row_of_items(std::string_view items, DeviceKind kind);
+
 // Whether these are items of settings of that kind, in wire form, each with the size of its form
 // and with an index for each array on the way.
 bool are_items_of(DeviceKind kind, std::string_view items);

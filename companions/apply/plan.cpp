@@ -69,14 +69,14 @@ WantedConfig want(const ConfigRow &stored, const std::vector<const Document *> &
 }
 
 std::string items_of_members(const ConfigRow &row, const std::vector<Difference> &differences,
-                             DeviceKind kind)
+                             DeviceKind kind, bool with_state)
 {
     std::set<size_t> members;
     for (const Difference &one : differences)
         members.insert(one.member);
     TlvBuffer items;
     for (const size_t member : members)
-        append_items(items, setting_table(kind), row, member);
+        append_items(items, setting_table(kind), row, member, with_state);
     return std::string(items.bytes());
 }
 
@@ -98,6 +98,9 @@ private:
     template <class Ask> void ask(Ask ask) { ask_patiently(settings_.timeout, answered_, ask); }
 
     void read_list();
+    bool is_unmentioned(const PlannedDevice &device) const;
+    void drop_unmentioned();
+    size_t count_kind(uint8_t kind) const;
     void check_reach();
     void compare_all();
     void compare_one(const WtpRecord &wtp, PlannedDevice &device);
@@ -176,10 +179,24 @@ void Planner::read_list()
     for (PlannedDevice &device : plan_.devices)
         if (device.problem.empty())
             device.problem = other_kind_text(sources_, device.mac, device.kind);
-    std::erase_if(plan_.devices, [&](const PlannedDevice &device) { // nothing is said of it
-        return device.problem.empty() &&
-               sources_.of(device.mac, static_cast<DeviceKind>(device.kind)).empty();
-    });
+}
+
+// Devices for which nothing is given are passed over, unless they were named one by one.
+void Planner::drop_unmentioned()
+{
+    for (PlannedDevice &device : plan_.devices)
+        if (is_unmentioned(device) && settings_.macs.count(device.mac) != 0)
+            device.problem = "nothing is given for it";
+    std::erase_if(plan_.devices,
+                  [&](const PlannedDevice &device) { return is_unmentioned(device); });
+    if (plan_.devices.empty())
+        throw Failure("nothing is given for any of the chosen devices");
+}
+
+bool Planner::is_unmentioned(const PlannedDevice &device) const
+{
+    return device.problem.empty() &&
+           sources_.of(device.mac, static_cast<DeviceKind>(device.kind)).empty();
 }
 
 // The address settings that a document gives to each device, or its name.
@@ -197,28 +214,38 @@ const char *personal_setting(const Document &document)
     return nullptr;
 }
 
+// The chosen devices of a kind that can be compared.
+size_t Planner::count_kind(uint8_t kind) const
+{
+    return static_cast<size_t>(
+        std::count_if(plan_.devices.begin(), plan_.devices.end(), [=](const auto &device) {
+            return device.problem.empty() && device.kind == kind;
+        }));
+}
+
 // Each layer and each --set reaches a device, and no more than one with what can be one's only.
 void Planner::check_reach()
 {
     std::map<std::string, size_t> reached;
-    const auto check = [&](const Document &document) {
-        size_t count = 0;
-        for (const PlannedDevice &device : plan_.devices)
-            count += device.problem.empty() && device.kind == document.kind;
-        reached[document.name] += count;
-        if (count > 0 && !document.refusal.empty())
-            throw UsageError(document.name + ": " + document.refusal);
-        const char *personal = personal_setting(document);
-        if (personal != nullptr && reached[document.name] > 1)
-            throw UsageError(document.name + " would give " + personal + " to " +
-                             number_of(reached[document.name], "device"));
-    };
-    for (const Document &layer : sources_.layers)
-        check(layer);
-    for (const Document &set : sources_.sets)
-        check(set);
+    std::vector<const Document *> documents;
+    for (const auto *some : {&sources_.layers, &sources_.sets})
+        for (const Document &document : *some) {
+            documents.push_back(&document);
+            reached[document.name] += count_kind(document.kind);
+        }
+    for (const Document *document : documents) {
+        if (count_kind(document->kind) == 0)
+            continue;
+        if (!document->refusal.empty())
+            throw UsageError(document->name + ": " + document->refusal);
+        const char *personal = personal_setting(*document);
+        if (personal != nullptr && reached[document->name] > 1)
+            throw UsageError(document->name + " would give " + personal + " to " +
+                             number_of(reached[document->name], "device"));
+    }
+    const bool is_any_there = count_kind(DEVICE_ACCESS_POINT) + count_kind(DEVICE_SWITCH) > 0;
     for (const auto &[name, count] : reached)
-        if (count == 0)
+        if (count == 0 && is_any_there)
             throw Failure(name + " is for none of the chosen devices");
 }
 
@@ -261,7 +288,7 @@ void Planner::compare_one(const WtpRecord &wtp, PlannedDevice &device)
     device.problem = wanted.problem;
     note_takers(documents, wanted, device);
     note_overridden(documents, wanted, device.mac);
-    device.before = items_of_members(stored, wanted.differences, kind);
+    device.before = items_of_members(stored, wanted.differences, kind, false);
     device.differences = std::move(wanted.differences);
 }
 
@@ -346,6 +373,7 @@ ApplyPlan Planner::make()
 {
     read_list();
     check_reach();
+    drop_unmentioned();
     compare_all();
     check_takers();
     set_batches();

@@ -45,9 +45,9 @@ struct WantedConfig {
 WantedConfig want(const ConfigRow &stored, const std::vector<const Document *> &documents,
                   DeviceKind kind);
 
-// The items of the members in which these differences are.
+// The items of the members in which these differences are, with or without state.
 std::string items_of_members(const ConfigRow &row, const std::vector<Difference> &differences,
-                             DeviceKind kind);
+                             DeviceKind kind, bool with_state);
 
 // Asks for the chosen devices and compares them. Throws Failure, and UsageError for what would be
 // given to more than one device, or cannot be compared.

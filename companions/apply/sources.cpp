@@ -4,6 +4,7 @@
 #include "apply/undo.h"
 #include "common/address_text.h"
 #include "common/plain_text.h"
+#include "config/config_walk.h"
 #include "documents/checker.h"
 #include "documents/settings_tree.h"
 
@@ -58,6 +59,17 @@ bool address_of(const string &path, Mac &mac)
            parse_mac(text.c_str(), mac);
 }
 
+// Whether a name looks as if it were meant so.
+bool begins_with_address(const string &path)
+{
+    string name = path.substr(path.rfind('/') + 1).substr(0, 17);
+    std::replace(name.begin(), name.end(), '-', ':');
+    Mac mac;
+    return name.size() == 17 && std::count(name.begin(), name.end(), ':') == 5 &&
+           name.find_first_not_of("0123456789ABCDEFabcdef:") == string::npos &&
+           parse_mac(name.c_str(), mac);
+}
+
 // A --set, taken apart.
 struct Assignment {
     string name;                // for messages: the option and its path
@@ -66,7 +78,7 @@ struct Assignment {
     std::vector<Selector> selectors;
     string path; // as the settings' table has it, [] for each selector
     string value;
-    bool from_file = false;
+    bool from_file = false, from_input = false;
 };
 
 class Reader {
@@ -82,6 +94,7 @@ private:
     void add_kind_of_set(const Assignment &set, DeviceKind kind);
     std::vector<DeviceKind> kinds_of(const string &name, const json_value &root);
     Document document(const string &name, DeviceKind kind, bool is_alone);
+    void check_selectors(const Assignment &set, DeviceKind kind);
     void check_marks(const Assignment &set, const ConfigKey &key, bool is_alone);
     void show_diagnostics(bool has_lines);
     void refuse(const string &name, const string &why);
@@ -177,6 +190,8 @@ void Reader::add_file(const string &path)
         throw UsageError("standard input can be read once only");
     Mac mac;
     const bool is_own = address_of(path, mac);
+    if (!is_own && begins_with_address(path))
+        return refuse(path, "a file of a device is named as 02-A3-00-00-00-01.json");
     if (is_own && sources_.own.count(mac) != 0)
         return refuse(path, mac_name(mac) + " has another file: " + sources_.own_name(mac));
     std::vector<Document> made;
@@ -203,8 +218,10 @@ void Reader::add_directory(const string &path)
     std::vector<string> names;
     try {
         for (const auto &entry : std::filesystem::directory_iterator(path))
-            if (entry.path().extension() == ".json")
+            if (entry.path().extension() == ".json" && entry.is_regular_file())
                 names.push_back(entry.path().string());
+            else if (entry.path().extension() == ".json")
+                refuse(entry.path().string(), "it is no regular file");
     } catch (const std::filesystem::filesystem_error &error) {
         throw Failure("cannot read " + path + ": " + error.code().message());
     }
@@ -257,6 +274,8 @@ string value_in_file(const Assignment &set, const char *path)
     if (config_file_read(strcmp(path, "-") == 0 ? "/dev/stdin" : path, bytes, message.sink()) != 0)
         throw UsageError(set.name + ": cannot read " + path);
     string value(reinterpret_cast<const char *>(bytes.data()), bytes.size());
+    if (value.empty() && strcmp(path, "-") == 0)
+        throw UsageError(set.name + ": standard input is empty");
     for (const char end : {'\n', '\r'})
         if (value.ends_with(end))
             value.pop_back();
@@ -269,10 +288,13 @@ Assignment assignment_of(const string_view text)
     Assignment set;
     string_view path = text.substr(0, end);
     set.name = "--set " + string(path);
-    if (end == string_view::npos || path.empty())
-        throw UsageError(set.name + ": no PATH=VALUE");
     if (path.starts_with("wtp_cfg."))
         path.remove_prefix(TOP.size() + 1);
+    if (end == string_view::npos || path.empty())
+        throw UsageError(set.name + ": no PATH=VALUE");
+    if (path.size() > JsonIterStack::PATH_MAX_BYTES)
+        throw UsageError("--set: no setting has a path of " + std::to_string(path.size()) +
+                         " bytes");
     set.path = TOP;
     while (!path.empty()) {
         const size_t stop = std::min(path.find_first_of(".["), path.size());
@@ -294,9 +316,9 @@ Assignment assignment_of(const string_view text)
         else if (!path.empty())
             throw UsageError(set.name + ": '" + string(path) + "' cannot be read");
     }
-    const string value(text.substr(end + 1));
-    set.from_file = value.starts_with('@');
-    set.value = set.from_file ? value_in_file(set, value.c_str() + 1) : value;
+    set.value = text.substr(end + 1);
+    set.from_file = set.value.starts_with('@');
+    set.from_input = set.value == "@-";
     return set;
 }
 
@@ -351,6 +373,34 @@ string document_text(const Assignment &set, const ConfigKey *key, DeviceKind kin
     }
 }
 
+// What the selectors of a --set compare has to be there, and to be no secret.
+void Reader::check_selectors(const Assignment &set, DeviceKind kind)
+{
+    const SettingTable *table = &setting_table(kind);
+    string path(TOP);
+    for (size_t i = 0, selector = 0; i < set.names.size(); i++) {
+        path += "." + set.names[i];
+        if (!set.is_array[i])
+            continue;
+        path += "[]";
+        const size_t column = table->find_path(path);
+        if (column == SettingTable::NONE || table->columns[column].table == nullptr)
+            return; // which is refused otherwise
+        table = table->columns[column].table.get();
+        const Selector &one = set.selectors[selector++];
+        if (one.kind != Selector::matching)
+            continue;
+        const size_t member = table->find(one.member);
+        const bool is_setting =
+            member != SettingTable::NONE && table->columns[member].key != nullptr;
+        if (!is_setting)
+            throw UsageError(set.name + ": " + path + " has no '" + one.member +
+                             "' to be chosen by");
+        if (table->columns[member].has_mark(MARK_SECRET))
+            throw UsageError("--set: elements cannot be chosen by " + one.member + ", a secret");
+    }
+}
+
 void Reader::check_marks(const Assignment &set, const ConfigKey &key, bool is_alone)
 {
     if ((key.marks & MARK_SECRET) != 0 && !set.from_file)
@@ -376,23 +426,31 @@ void Reader::add_kind_of_set(const Assignment &set, DeviceKind kind)
     made.selectors = set.selectors;
     size_t begin = 0;
     for (const SentItem &item : checker_.items()) {
-        if (item.row == key)
+        if (key != nullptr && item.row == key)
             made.items = checker_.buffer().bytes().substr(begin, item.end - begin);
         begin = item.end;
     }
     if (key != nullptr && (key->marks & MARK_UNREADABLE) != 0)
         made.refusal = "that cannot be compared, since no record has it: send it by zov cfg";
     show_diagnostics(false);
+    if (made.items.empty() && !has_errors_)
+        refuse(set.name, "there is no such setting");
     sources_.sets.push_back(std::move(made));
 }
 
 void Reader::add_set(const char *text)
 {
-    const Assignment set = assignment_of(text);
+    Assignment set = assignment_of(text);
+    if (set.from_input && std::exchange(has_input_, true))
+        throw UsageError("standard input can be read once only");
+    if (set.from_file)
+        set.value = value_in_file(set, set.value.c_str() + 1);
     std::vector<DeviceKind> kinds;
     for (const DeviceKind kind : {DEVICE_ACCESS_POINT, DEVICE_SWITCH})
         if (key_of(set, kind) != nullptr)
             kinds.push_back(kind);
+    for (const DeviceKind kind : kinds)
+        check_selectors(set, kind);
     for (const DeviceKind kind : kinds)
         check_marks(set, *key_of(set, kind), kinds.size() == 1);
     if (kinds.empty()) {
@@ -429,7 +487,5 @@ Sources read_sources(const ApplySettings &settings, const std::vector<const char
 {
     if (settings.undo == nullptr)
         return Reader(settings).read(operands);
-    Sources sources;
-    sources.own = read_undo(settings.undo);
-    return sources;
+    return read_undo(settings);
 }

@@ -5,6 +5,7 @@
 #include "apply/merge.h"
 #include "common/address_text.h"
 #include "common/device_names.h"
+#include "common/output_file.h"
 #include "common/plain_text.h"
 #include "common/trusted_files.h"
 #include "documents/value_json.h"
@@ -20,7 +21,12 @@ using std::string;
 using std::string_view;
 using Json = nlohmann::ordered_json;
 
-enum : mode_t { MODE_OWN_FILE = 0600, MODE_OWN_DIRECTORY = 0700, MODE_OF_OTHERS = 077 };
+enum : mode_t {
+    MODE_OWN_FILE = 0600,
+    MODE_OWN_DIRECTORY = 0700,
+    MODE_OF_OTHERS = 077,
+    MODE_WRITE_OF_OTHERS = 022,
+};
 
 // --- Where it is ---------------------------------------------------------------------------------
 
@@ -90,12 +96,8 @@ static string hex_of(string_view bytes)
 // The saved settings as a reader wants them, without secrets.
 static Json texts_of(const SavedDevice &device)
 {
-    Document saved;
-    saved.items = device.items;
-    saved.is_undo = true;
     const ConfigRow nothing(setting_table(device.kind));
-    ConfigRow row = nothing;
-    lay_over(row, {&saved}, device.kind);
+    const ConfigRow row = row_of_items(device.items, device.kind);
     Json texts = Json::object();
     for (const Difference &one : compare(nothing, row, device.kind))
         if (one.column->table == nullptr)
@@ -117,18 +119,36 @@ static string dumped(const Json &json)
     return json.dump(-1, ' ', true, Json::error_handler_t::replace);
 }
 
+// The whole file, piece by piece.
+template <class Put>
+static void put_file(const ApplySettings &settings, const std::vector<SavedDevice> &devices,
+                     Put put)
+{
+    put("{\n\"document\": \"undo\",\n\"controller\": " +
+        dumped(settings.address + (":" + std::to_string(settings.port))) + ",\n\"time\": \"" +
+        time_text("%Y-%m-%dT%H:%M:%S") + "\",\n\"devices\": [\n");
+    for (size_t i = 0; i < devices.size(); i++)
+        put((i == 0 ? "" : ",\n") + dumped(json_of(devices[i])));
+    put("\n]}\n");
+}
+
 static int write_file(const Descriptor &file, const ApplySettings &settings,
                       const std::vector<SavedDevice> &devices)
 {
-    string text = "{\n\"document\": \"undo\",\n\"controller\": " +
-                  dumped(settings.address + (":" + std::to_string(settings.port))) +
-                  ",\n\"time\": \"" + time_text("%Y-%m-%dT%H:%M:%S") + "\",\n\"devices\": [\n";
-    int error = write_all(file.get(), text);
-    for (size_t i = 0; i < devices.size() && error == 0; i++)
-        error = write_all(file.get(), (i == 0 ? "" : ",\n") + dumped(json_of(devices[i])));
-    if (error == 0)
-        error = write_all(file.get(), "\n]}\n");
+    int error = 0;
+    put_file(settings, devices, [&](const string &piece) {
+        if (error == 0)
+            error = write_all(file.get(), piece);
+    });
     return error == 0 && fsync(file.get()) != 0 ? errno : error;
+}
+
+void rewrite_undo(const string &path, const ApplySettings &settings,
+                  const std::vector<SavedDevice> &devices)
+{
+    OutputFile file(path.c_str(), MODE_OWN_FILE);
+    put_file(settings, devices, [&](const string &piece) { file.put(piece); });
+    file.finish();
 }
 
 void write_undo(const string &path, const ApplySettings &settings,
@@ -138,7 +158,9 @@ void write_undo(const string &path, const ApplySettings &settings,
     const string above = slash == string::npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
     if (settings.save == nullptr)
         make_state_directory(above);
-    const Descriptor directory(open(above.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const Descriptor found = find_file(AT_FDCWD, above, above); // through no link of others
+    const Descriptor directory(found ? openat(found.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)
+                                     : -1);
     if (!directory)
         throw Failure(with_reason("cannot open " + above, errno));
     const string name = path.substr(slash == string::npos ? 0 : slash + 1);
@@ -189,30 +211,43 @@ static bool without_texts(int, Json::parse_event_t event, Json &parsed)
     return event != Json::parse_event_t::key || parsed != "settings";
 }
 
-std::map<Mac, std::vector<Document>> read_undo(const char *path)
+static string text_of_file(const char *path)
 {
     const Descriptor file(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat found = {};
     if (!file || fstat(file.get(), &found) != 0)
         throw UsageError(with_reason(string("cannot open ") + path, errno));
-    if (!S_ISREG(found.st_mode) || (found.st_uid != geteuid() && found.st_uid != 0))
-        throw UsageError(string(path) + " is no file of yours");
+    const bool is_safe = (found.st_uid == geteuid() || found.st_uid == 0) &&
+                         (found.st_mode & MODE_WRITE_OF_OTHERS) == 0;
+    if (!S_ISREG(found.st_mode) || !is_safe)
+        throw UsageError(string(path) + " is no regular file that you alone can write to");
     string text(static_cast<size_t>(found.st_size), '\0');
     if (read(file.get(), text.data(), text.size()) != static_cast<ssize_t>(text.size()))
         throw UsageError(string("cannot read ") + path);
-    std::map<Mac, std::vector<Document>> own;
+    return text;
+}
+
+Sources read_undo(const ApplySettings &settings)
+{
+    const string path = settings.undo;
+    const string text = text_of_file(settings.undo);
+    const string controller = settings.address + (":" + std::to_string(settings.port));
+    Sources sources;
     try {
         const Json document = Json::parse(text, without_texts);
-        if (document.at("document") != "undo")
+        if (document.at("document") != "undo" || document.at("devices").empty())
             throw UsageError("another document");
+        if (document.at("controller") != controller)
+            sources.notes.push_back(path + " was saved from the controller at " +
+                                    document.at("controller").get<string>());
         for (const Json &device : document.at("devices")) {
             Mac mac;
-            Document made = document_of(device, path, mac);
-            if (!own.emplace(mac, std::vector{std::move(made)}).second)
+            Document made = document_of(device, settings.undo, mac);
+            if (!sources.own.emplace(mac, std::vector{std::move(made)}).second)
                 throw UsageError("a device twice");
         }
     } catch (const std::exception &) {
-        throw UsageError(string(path) + " is no undo file, or not all of one");
+        throw UsageError(path + " is no undo file, or not all of one");
     }
-    return own;
+    return sources;
 }

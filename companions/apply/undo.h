@@ -22,6 +22,10 @@ std::string undo_path(const ApplySettings &settings);
 void write_undo(const std::string &path, const ApplySettings &settings,
                 const std::vector<SavedDevice> &devices);
 
-// The documents of such a file, each for its device. Throws UsageError for any other file, and for
-// one of another user.
-std::map<Mac, std::vector<Document>> read_undo(const char *path);
+// Replaces it by one for these devices, of those that it is for.
+void rewrite_undo(const std::string &path, const ApplySettings &settings,
+                  const std::vector<SavedDevice> &devices);
+
+// The documents of the file of --undo, each for its device. Throws UsageError for any other file,
+// and for one that others can write to.
+Sources read_undo(const ApplySettings &settings);

@@ -91,10 +91,12 @@ private:
 // Appends items, with the index key of where it is.
 class ItemWriter {
 public:
-    explicit ItemWriter(TlvBuffer &items) : items_(items) {}
+    ItemWriter(TlvBuffer &items, bool with_state) : items_(items), with_state_(with_state) {}
 
     void write(const SettingColumn &column, const ConfigCell &cell)
     {
+        if (column.has_mark(MARK_STATE) && !with_state_)
+            return;
         if (column.table == nullptr) {
             if (cell.value)
                 check(tlv_append(items_, column.key->id, key_, bytes_of(*cell.value)));
@@ -125,6 +127,7 @@ private:
     }
 
     TlvBuffer &items_;
+    bool with_state_;
     std::vector<uint8_t> key_;
 };
 
@@ -139,9 +142,10 @@ ConfigRow read_config(const WtpCfg &cfg, DeviceKind kind)
     return row;
 }
 
-void append_items(TlvBuffer &items, const SettingTable &table, const ConfigRow &row, size_t member)
+void append_items(TlvBuffer &items, const SettingTable &table, const ConfigRow &row, size_t member,
+                  bool with_state)
 {
-    ItemWriter writer(items);
+    ItemWriter writer(items, with_state);
     for (size_t i = 0; i < row.cells.size(); i++)
         if (table.columns[i].member == member)
             writer.write(table.columns[i], row.cells[i]);

@@ -28,9 +28,10 @@ struct ConfigRow {
 // A stored configuration. What records do not have is not known.
 ConfigRow read_config(const WtpCfg &cfg, DeviceKind kind);
 
-// Appends the items of a member of wtp_cfg: before the rows of a table their number. Throws
-// bad_alloc.
-void append_items(TlvBuffer &items, const SettingTable &table, const ConfigRow &row, size_t member);
+// Appends the items of a member of wtp_cfg: before the rows of a table their number; with or
+// without what the device changes by itself. Throws bad_alloc.
+void append_items(TlvBuffer &items, const SettingTable &table, const ConfigRow &row, size_t member,
+                  bool with_state);
 
 // The bytes of a number's item, in 32 bits, and back; 0 for other sizes.
 std::string number_bytes(uint32_t number);
