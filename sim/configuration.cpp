@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The controller's answers about management and configuration.
 #include "sim/controller.h"
+#include "sim/port_order.h"
 #include "sim/request_reader.h"
 #include "sim/setting.h"
 
@@ -42,24 +43,46 @@ std::vector<std::string_view> split_lists(const SetConfigRequest &request)
     return lists;
 }
 
-// Applies a list's items to the device's configuration if every one of them can be. Returns what is
-// wrong, or an empty text.
-std::string apply_items(std::string_view list, Device &device)
+// The items of a list, at most ITEMS_MAX and one.
+std::vector<Item> read_items(std::string_view list)
+{
+    std::vector<Item> items;
+    RequestReader in(list);
+    for (Item item = read_item(in); item.type != 0 && items.size() <= ITEMS_MAX;
+         item = read_item(in))
+        items.push_back(item);
+    return items;
+}
+
+// Applies a list's items to a configuration of the device. Returns what is wrong, or an empty text.
+std::string apply_items(std::string_view list, const WtpRecord &wtp, WtpCfg &cfg, Arena &memory)
+{
+    const std::vector<Item> items = read_items(list);
+    if (items.size() > ITEMS_MAX)
+        return "there are more than " + std::to_string(ITEMS_MAX) + " items";
+    std::optional<PortOrder> order;
+    if (wtp.wtp_type == DEVICE_SWITCH)
+        order.emplace(items, cfg, memory);
+    for (const Item &item : items) {
+        std::string wrong = apply_item(item, wtp, cfg, memory);
+        if (!wrong.empty())
+            return wrong;
+    }
+    if (order)
+        order->restore(cfg);
+    return "";
+}
+
+// Stores a list's items if every one of them can be applied. Returns what is wrong, or an empty
+// text.
+std::string store_items(std::string_view list, Device &device)
 {
     WtpRecord &wtp = device.record;
     Arena trial_memory;
     WtpCfg *trial = copy_configuration(*wtp.wtp_cfg, wtp.wtp_type, trial_memory);
-    RequestReader in(list);
-    for (size_t count = 0;; count++) {
-        const Item item = read_item(in);
-        if (item.type == 0)
-            break;
-        if (count == ITEMS_MAX)
-            return "there are more than " + std::to_string(ITEMS_MAX) + " items";
-        std::string wrong = apply_item(item, wtp, *trial, trial_memory);
-        if (!wrong.empty())
-            return wrong;
-    }
+    std::string wrong = apply_items(list, wtp, *trial, trial_memory);
+    if (!wrong.empty())
+        return wrong;
     // Copied once more, it leaves behind what was only there for a while.
     auto memory = std::make_unique<Arena>();
     wtp.wtp_cfg = copy_configuration(*trial, wtp.wtp_type, *memory);
@@ -153,7 +176,7 @@ void Controller::answer(const SetConfigRequest &request, std::string &reply)
         if (code == RESULT_SUCCESS) {
             message = request.kind != device->record.wtp_type
                           ? "this is no device of that kind"
-                          : apply_items(lists[request.several ? i : 0], *device);
+                          : store_items(lists[request.several ? i : 0], *device);
             code = message.empty() ? RESULT_SUCCESS : RESULT_BAD_CONFIGURATION;
         }
         put(reply, code);

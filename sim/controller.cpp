@@ -17,6 +17,7 @@
 
 Controller::Controller(const ControllerOptions &options)
     : options_(options), fleet_(make_fleet(options.fleet, time(nullptr))),
+      restarts_counted_(steady_time()),
       memory_path_("/tmp/ac-sim." + std::to_string(getpid()) + ".mem")
 {
     for (const auto &device : fleet_)
@@ -88,8 +89,23 @@ void Controller::answer(std::string_view bytes, std::string &reply)
         log("%s", name);
         for (Device *device : timed_)
             follow_clock(*device, time(nullptr));
+        count_restarts(steady_time());
         answer(request, reply);
     });
+}
+
+// Now and then, the rules of a switch restart what their port feeds.
+void Controller::count_restarts(double now)
+{
+    constexpr double PERIOD = 10;
+    const auto restarts = static_cast<uint32_t>((now - restarts_counted_) / PERIOD);
+    if (restarts == 0)
+        return;
+    restarts_counted_ += restarts * PERIOD;
+    for (const auto &device : fleet_)
+        for (PdLifeguard &rule : device->record.wtp_cfg->pd_lifeguard)
+            if (device->record.state == WTP_ONLINE && rule.enable != 0)
+                rule.reboot_count += restarts;
 }
 
 Device *Controller::find(const Mac &mac) const

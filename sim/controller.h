@@ -55,6 +55,7 @@ private:
 #undef ANSWER
 
     void print(const std::string &text);
+    void count_restarts(double now);
     Device *find(const Mac &mac) const;
     uint8_t check_acting(const Mac &mac, const Device *device) const;
     template <class Action> void for_each(Macs macs, std::string &reply, Action action);
@@ -64,6 +65,7 @@ private:
     Fleet fleet_;
     std::map<Mac, Device *> by_mac_;
     std::vector<Device *> timed_; // those whose upgrades take their time
+    double restarts_counted_;     // until when, by steady_time()
     bool debug_ = false;          // set by clients: log as if verbose
     size_t largest_list_ = 0;     // bytes
     unsigned lost_lines_ = 0;     // of the log, since the last one that was written

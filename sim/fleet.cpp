@@ -206,6 +206,12 @@ double exact_time()
     return duration<double>(system_clock::now().time_since_epoch()).count();
 }
 
+double steady_time()
+{
+    using namespace std::chrono;
+    return duration<double>(steady_clock::now().time_since_epoch()).count();
+}
+
 void set_state(WtpRecord &wtp, WtpState state, time_t now)
 {
     if (wtp.state != state)

@@ -60,6 +60,9 @@ Fleet make_fleet(const FleetSize &size, time_t now);
 // The time, with its fraction of a second: an uptime counts whole seconds from the exact start.
 double exact_time();
 
+// Seconds of a clock that nobody sets.
+double steady_time();
+
 // The device joins or leaves, if it has not yet.
 void set_state(WtpRecord &wtp, WtpState state, time_t now);
 

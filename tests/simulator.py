@@ -37,6 +37,12 @@ def ac_sim(*options, stdout=subprocess.PIPE):
     return done.returncode, done.stdout, done.stderr
 
 
+def item(number, value, index=b"\0"):
+    """An item of a configuration; its value is bytes or a number of 32 bits."""
+    value = struct.pack(">I", value) if isinstance(value, int) else value
+    return struct.pack(">HH", number, len(index)) + index + struct.pack(">H", len(value)) + value
+
+
 class Controller:
     def __init__(self, *options, errors=subprocess.DEVNULL):
         self.process = subprocess.Popen([AC_SIM, "--port", "0", *options], stdout=subprocess.PIPE,
@@ -86,6 +92,12 @@ class Controller:
 
     def record(self, mac):
         return json.loads("{" + self.ok("wtps", "--json", "--password", "--mac", mac) + "}")["wtp_list"][0]
+
+    def send_items(self, mac, items, times=1):
+        """The reply to a configuration for a device that is named so many times."""
+        kind, macs = b"\2" if mac == SWITCH else b"\3", bytes.fromhex(mac.replace(":", "")) * times
+        body = struct.pack(">H", times) + macs + kind + bytes(5) + items + b"\0\0"
+        return self.replies(b"\5" + struct.pack(">I", len(body)) + body, "00")
 
     def configure(self, mac, kind, document):
         with tempfile.NamedTemporaryFile("w", suffix=".json") as file:
@@ -190,10 +202,47 @@ class Actions(unittest.TestCase):
         self.assertFalse(os.path.exists(path))
 
 
+class Configurations(unittest.TestCase):
+    def test_rows_of_ports(self):
+        with Controller() as controller:
+            def stored(name):
+                return controller.record(SWITCH)["wtp_cfg"][name]
+            # Without a number of elements, and with the port behind another setting.
+            expected = stored("poe_port")
+            controller.send_items(SWITCH, item(16, 3, b"\0") + item(14, 10, b"\0"))
+            expected[9]["priority"] = 3
+            self.assertEqual(stored("poe_port"), expected)
+            for name, elements, rows in (  # the rows that are left, by what they were before
+                    ("switch_port", [{"port": 9, "mode": 1}, {"port": 3, "mode": 2}],
+                     [(2, {"mode": 2}), (8, {"mode": 1})]),
+                    ("poe_port", [{"port": 9, "priority": 3}, {"port": 77, "enable": 0}],
+                     [(1, {"port": 77, "enable": 0}), (8, {"priority": 3})]),
+                    ("pd_lifeguard", [{"port": 5, "ping_max_count": 1}, {"port": 1, "enable": 0}],
+                     [(0, {"enable": 0}), (None, {"port": 5, "ping_max_count": 1})])):
+                before = stored(name)
+                new = {key: {int: 0, str: ""}[type(value)] for key, value in before[0].items()}
+                new |= {"specified_ip": "0.0.0.0"} if name == "pd_lifeguard" else {}
+                controller.configure(SWITCH, settings.SWITCH, {"wtp_cfg": {name: elements}})
+                self.assertEqual(stored(name), [(new if row is None else before[row]) | change
+                                                for row, change in rows], name)
+
+    def test_restarts_by_a_switch(self):
+        with Controller() as controller:
+            began, counts = time.monotonic(), [[0, 0]]
+            rules = [{"port": 1, "enable": 1}, {"port": 2, "enable": 0}]
+            controller.configure(SWITCH, settings.SWITCH, {"wtp_cfg": {"pd_lifeguard": rules}})
+            while time.monotonic() < began + 20 and counts[-1] == [0, 0]:
+                time.sleep(0.1)
+                found = controller.record(SWITCH)["wtp_cfg"]["pd_lifeguard"]
+                counts.append([rule["reboot_count"] for rule in found])
+            self.assertEqual(counts[-1], [1, 0])
+            self.assertGreater(time.monotonic(), began + 9)
+
+
 class Service(unittest.TestCase):
     def test_hundred_clients_at_once(self):
         def steady(text):
-            return re.sub(r'"uptime":\d+', "", text)
+            return re.sub(r'"(uptime|reboot_count)":\d+', "", text)
         with Controller("--aps", "20") as controller, contextlib.ExitStack() as stack:
             whole = controller.ok("wtps", "--json")
             # Into files: who waits for a reader of its output keeps the others waiting.
@@ -316,17 +365,10 @@ class Service(unittest.TestCase):
             self.assertEqual([one.recv(1) for one in lists], [b"\0", b"\0", b""])
 
     def test_items_that_ask_for_more_than_the_device_holds(self):
-        def item(number, value, index=b"\0"):
-            return struct.pack(">HH", number, len(index)) + index + struct.pack(">H", len(value)) + value
-
-        def configure(mac, items, times=1):
-            kind, macs = b"\2" if mac == SWITCH else b"\3", bytes.fromhex(mac.replace(":", "")) * times
-            body = struct.pack(">H", times) + macs + kind + bytes(5) + items + b"\0\0"
-            return controller.replies(b"\5" + struct.pack(">I", len(body)) + body, "00")
         more, bad = "asks for more than the device holds", "has a bad length or index"
         counts = ((AP, 4, 2, 3), (AP, 4, 0, 0xffffffff), (AP, 17, 16, 17), (AP, 93, 2, 3),
                   (SWITCH, 8, 10, 11), (SWITCH, 13, 10, 11), (SWITCH, 24, 10, 256), (SWITCH, 38, 10, 11))
-        rows = [(mac, number, item(number, struct.pack(">I", fits)), item(number, struct.pack(">I", wrong)), more)
+        rows = [(mac, number, item(number, fits), item(number, wrong), more)
                 for mac, number, fits, wrong in counts]
         rows += [(AP, 40, item(40, bytes(6 * 256), b"\0\0"), item(40, bytes(6 * 257), b"\0\0"), more),
                  (AP, 5, item(5, bytes(4), b"\1"), item(5, bytes(4), b"\2"), bad)]  # a third radio
@@ -334,9 +376,11 @@ class Service(unittest.TestCase):
             for mac, number, fits, wrong, why in rows:
                 with self.subTest(item=wrong[:12]):
                     before, message = controller.record(mac)["wtp_cfg"], f"item {number} {why}".encode()
-                    self.assertEqual(configure(mac, item(2, b"far", b"") + wrong), bytes([19, len(message)]) + message)
+                    self.assertEqual(controller.send_items(mac, item(2, b"far", b"") + wrong),
+                                     bytes([19, len(message)]) + message)
                     self.assertEqual(controller.record(mac)["wtp_cfg"], before)
-                    self.assertEqual(configure(mac, fits, times=2), b"\0\0\3\0")  # named twice, done once
+                    # Named twice, done once.
+                    self.assertEqual(controller.send_items(mac, fits, times=2), b"\0\0\3\0")
 
     def test_hangup_that_is_ignored_and_pid_files(self):
         self.addCleanup(signal.signal, signal.SIGHUP, signal.signal(signal.SIGHUP, signal.SIG_IGN))
