@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <set>
+#include <utility>
 
 namespace {
 
@@ -73,16 +74,21 @@ std::string apply_items(std::string_view list, const WtpRecord &wtp, WtpCfg &cfg
     return "";
 }
 
-// Stores a list's items if every one of them can be applied. Returns what is wrong, or an empty
-// text.
-std::string store_items(std::string_view list, Device &device)
+enum class Storing : uint8_t { checked, done };
+
+// Stores a list's items and the course's alterations if every item can be applied; or only checks
+// that. Returns what is wrong, or an empty text.
+std::string store_items(std::string_view list, const ConfigCourse &course, Device &device,
+                        Storing storing)
 {
     WtpRecord &wtp = device.record;
     Arena trial_memory;
     WtpCfg *trial = copy_configuration(*wtp.wtp_cfg, wtp.wtp_type, trial_memory);
     std::string wrong = apply_items(list, wtp, *trial, trial_memory);
-    if (!wrong.empty())
+    if (!wrong.empty() || storing == Storing::checked)
         return wrong;
+    for (const Alteration &alteration : course.alterations)
+        alter_setting(alteration, wtp, *trial, trial_memory);
     // Copied once more, it leaves behind what was only there for a while.
     auto memory = std::make_unique<Arena>();
     wtp.wtp_cfg = copy_configuration(*trial, wtp.wtp_type, *memory);
@@ -162,26 +168,72 @@ void Controller::answer(const DeleteRequest &request, std::string &reply)
     put(reply, code);
 }
 
+const ConfigCourse &Controller::config_course(const Mac &mac) const
+{
+    static const ConfigCourse USUAL;
+    const auto found = options_.configs.find(mac);
+    return found == options_.configs.end() ? USUAL : found->second;
+}
+
+// Stores a list's items, after which the device may be away for a while. Returns what is wrong, or
+// an empty text.
+std::string Controller::store(Device &device, std::string_view list)
+{
+    const ConfigCourse &course = config_course(device.record.mac);
+    std::string wrong = store_items(list, course, device, Storing::done);
+    if (wrong.empty() && course.outage && device.record.state == WTP_ONLINE) {
+        events_.push_back({steady_time() + *course.outage, &device, std::nullopt});
+        device.away = true;
+        set_state(device.record, WTP_OFFLINE, time(nullptr));
+    }
+    return wrong;
+}
+
+// The answer about one device; the list is null if the request has no valid one for it.
+ConfigAnswer Controller::configure(const Mac &mac, uint8_t kind, const std::string_view *list)
+{
+    const ConfigCourse &course = config_course(mac);
+    if (course.refusal)
+        return *course.refusal;
+    Device *device = find(mac);
+    const uint8_t code = check_acting(mac, device);
+    if (code != RESULT_SUCCESS)
+        return {code, ""};
+    if (list == nullptr)
+        return {RESULT_INVALID_ARGUMENT, ""};
+    if (kind != device->record.wtp_type)
+        return {RESULT_BAD_CONFIGURATION, "this is no device of that kind"};
+    std::string wrong =
+        course.late ? store_items(*list, course, *device, Storing::checked) : store(*device, *list);
+    if (wrong.empty() && course.late)
+        events_.push_back({steady_time() + *course.late, device, std::string(*list)});
+    return {wrong.empty() ? RESULT_SUCCESS : RESULT_BAD_CONFIGURATION, std::move(wrong)};
+}
+
+// Whether the reply about these devices gets lost, which it does once for each.
+bool Controller::loses_reply(Macs macs)
+{
+    bool lost = false;
+    for (const Mac &mac : macs)
+        if (const auto course = options_.configs.find(mac); course != options_.configs.end())
+            lost |= std::exchange(course->second.loses_reply, false);
+    return lost;
+}
+
 void Controller::answer(const SetConfigRequest &request, std::string &reply)
 {
     const std::vector<std::string_view> lists = split_lists(request);
     std::set<Mac> seen;
     for (size_t i = 0; i < request.wtps.size(); i++) {
         const Mac &mac = request.wtps[i];
-        Device *device = find(mac);
-        uint8_t code = check_acting(mac, device);
-        std::string message;
-        if (code == RESULT_SUCCESS && (lists.empty() || !seen.insert(mac).second))
-            code = RESULT_INVALID_ARGUMENT;
-        if (code == RESULT_SUCCESS) {
-            message = request.kind != device->record.wtp_type
-                          ? "this is no device of that kind"
-                          : store_items(lists[request.several ? i : 0], *device);
-            code = message.empty() ? RESULT_SUCCESS : RESULT_BAD_CONFIGURATION;
-        }
-        put(reply, code);
-        put(reply, static_cast<uint8_t>(message.size()));
-        reply += message;
+        const bool valid = seen.insert(mac).second && !lists.empty();
+        const ConfigAnswer answer =
+            configure(mac, request.kind, valid ? &lists[request.several ? i : 0] : nullptr);
+        put(reply, answer.code);
+        put(reply, static_cast<uint8_t>(answer.message.size()));
+        reply += answer.message;
         log("wait %d", static_cast<int32_t>(request.wait));
     }
+    if (loses_reply(request.wtps))
+        throw BadRequest("the reply is lost");
 }

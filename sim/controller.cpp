@@ -87,11 +87,33 @@ void Controller::answer(std::string_view bytes, std::string &reply)
     with_request(static_cast<uint8_t>(bytes[0]), [&](auto &request, const char *name) {
         read_request(bytes, request);
         log("%s", name);
-        for (Device *device : timed_)
-            follow_clock(*device, time(nullptr));
-        count_restarts(steady_time());
+        catch_up();
         answer(request, reply);
     });
+}
+
+// Brings what happens by the clock to where it is by now.
+void Controller::catch_up()
+{
+    for (Device *device : timed_)
+        if (!device->away)
+            follow_clock(*device, time(nullptr));
+    const double now = steady_time();
+    const auto is_due = [=](const Event &event) { return event.due <= now; };
+    for (;;) {
+        const auto next = std::find_if(events_.begin(), events_.end(), is_due);
+        if (next == events_.end())
+            break;
+        const Event event = std::move(*next);
+        events_.erase(next);
+        if (event.items) {
+            store(*event.device, *event.items);
+        } else {
+            event.device->away = false;
+            set_state(event.device->record, WTP_ONLINE, time(nullptr));
+        }
+    }
+    count_restarts(now);
 }
 
 // Now and then, the rules of a switch restart what their port feeds.

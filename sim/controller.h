@@ -4,6 +4,7 @@
 
 #include "proto/requests.h"
 #include "proto/result_code.h"
+#include "sim/config_course.h"
 #include "sim/fleet.h"
 #include "sim/record_writer.h"
 #include "util/temp_file.h"
@@ -20,6 +21,7 @@ struct ControllerOptions {
     uint32_t max_wtps = 0;
     std::map<Mac, uint8_t> results; // devices that answer every action with a code
     std::map<Mac, UpgradeCourse> upgrades;
+    std::map<Mac, ConfigCourse> configs;
     bool verbose = false; // a line on standard error for each request
 };
 
@@ -54,10 +56,22 @@ private:
     ALL_REQUESTS(ANSWER)
 #undef ANSWER
 
+    // What happens to a device by the clock.
+    struct Event {
+        double due; // steady_time()
+        Device *device;
+        std::optional<std::string> items; // that are stored; none: it comes back
+    };
+
     void print(const std::string &text);
+    void catch_up();
     void count_restarts(double now);
     Device *find(const Mac &mac) const;
     uint8_t check_acting(const Mac &mac, const Device *device) const;
+    const ConfigCourse &config_course(const Mac &mac) const;
+    std::string store(Device &device, std::string_view list);
+    ConfigAnswer configure(const Mac &mac, uint8_t kind, const std::string_view *list);
+    bool loses_reply(Macs macs);
     template <class Action> void for_each(Macs macs, std::string &reply, Action action);
     template <class Action> uint32_t for_each_radio(uint32_t band, Action action);
 
@@ -65,10 +79,11 @@ private:
     Fleet fleet_;
     std::map<Mac, Device *> by_mac_;
     std::vector<Device *> timed_; // those whose upgrades take their time
-    double restarts_counted_;     // until when, by steady_time()
-    bool debug_ = false;          // set by clients: log as if verbose
-    size_t largest_list_ = 0;     // bytes
-    unsigned lost_lines_ = 0;     // of the log, since the last one that was written
+    std::vector<Event> events_;
+    double restarts_counted_; // until when, by steady_time()
+    bool debug_ = false;      // set by clients: log as if verbose
+    size_t largest_list_ = 0; // bytes
+    unsigned lost_lines_ = 0; // of the log, since the last one that was written
     const std::string memory_path_;
     std::optional<TempFile> memory_file_; // the records written last
 };

@@ -41,6 +41,7 @@ struct Device {
     double started = 0; // what its uptime counts from, in seconds since 1970
     UpgradeCourse course;
     std::chrono::steady_clock::time_point upgrade_started;
+    bool away = false; // offline because of a configuration
 };
 
 using Fleet = std::vector<std::unique_ptr<Device>>;

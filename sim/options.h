@@ -64,6 +64,13 @@ inline bool take_upgrade(const char *text, ControllerOptions &options)
            (take_number(value, course.seconds) && course.seconds > 0);
 }
 
+inline bool take_config(const char *text, ControllerOptions &options)
+{
+    Mac mac;
+    const char *how = take_mac(text, mac);
+    return how != nullptr && parse_config_course(how, options.configs[mac]);
+}
+
 // clang-format off
 inline constexpr Option<SimOptions> SIM_OPTIONS[] = {
     {{.name = "port", .argument = "N",
@@ -120,6 +127,12 @@ inline constexpr Option<SimOptions> SIM_OPTIONS[] = {
       .help = "a device whose upgrades fail, hang or take a time; repeatable", .repeatable = true,
       .expected = "MAC=fail, MAC=hang or MAC=SECONDS"},
      [](const char *text, SimOptions &to) { return take_upgrade(text, to.controller); }},
+    {{.name = "config", .argument = "MAC=HOW",
+      .help = "a device that refuses, changes or delays configurations; repeatable",
+      .repeatable = true,
+      .expected = "MAC= and refuse:CODE:TEXT, alter:PATH=VALUE, late:SECONDS, offline:SECONDS, "
+                  "offline:never or lose"},
+     [](const char *text, SimOptions &to) { return take_config(text, to.controller); }},
 };
 // clang-format on
 

@@ -59,12 +59,13 @@ private:
 };
 
 // The visitor of the configuration's layout that sets one field: the one whose name is the rest of
-// the setting's path. Where a name is a table's, the index key tells the row.
+// the setting's path. Where a name is a table's, the index key tells the row; one that is not there
+// is added, if it may be.
 class FieldSetter {
 public:
     FieldSetter(Arena &memory, const WtpRecord &wtp, std::string_view path, std::string_view index,
-                std::string_view value)
-        : memory_(memory), wtp_(wtp), path_(path), index_(index), value_(value)
+                std::string_view value, bool may_add)
+        : memory_(memory), wtp_(wtp), path_(path), index_(index), value_(value), may_add_(may_add)
     {
     }
 
@@ -103,13 +104,13 @@ private:
 
     template <class Row> void set_in_row(ArrayView<Row> &table, std::string_view rest)
     {
-        if (index_.empty() || position() >= rows_max<Row>()) {
+        if (index_.empty() || position() >= (may_add_ ? rows_max<Row>() : table.size())) {
             wrong_ = BAD_LENGTH;
             return;
         }
         if (position() >= table.size())
             resize(memory_, table, position() + 1);
-        FieldSetter inner(memory_, wtp_, rest, index_.substr(1), value_);
+        FieldSetter inner(memory_, wtp_, rest, index_.substr(1), value_, may_add_);
         visit_fields(inner, table[position()]);
         wrong_ = inner.wrong_;
     }
@@ -152,6 +153,7 @@ private:
     std::string_view path_;
     std::string_view index_;
     std::string_view value_;
+    bool may_add_;
     size_t element_ = 0;
     const char *wrong_ = nullptr;
 };
@@ -167,29 +169,51 @@ std::string_view path_of(uint16_t id, DeviceKind kind)
     return {};
 }
 
+// A configuration that is changed.
+struct Target {
+    const WtpRecord &wtp;
+    WtpCfg &cfg;
+    Arena &memory;
+};
+
+// Sets what the path of a row stands for. Returns what is wrong, or null.
+const char *set_setting(std::string_view path, std::string_view index, std::string_view value,
+                        const Target &target, bool may_add)
+{
+    const char *wrong = nullptr;
+    const auto set = [&](std::string_view field, std::string_view bytes) {
+        FieldSetter setter(target.memory, target.wtp, field, index, bytes, may_add);
+        visit_fields(setter, target.cfg, target.wtp.wtp_type);
+        wrong = setter.wrong();
+    };
+    path.remove_prefix(std::strlen("wtp_cfg."));
+    if (path != "ipv4")
+        set(path, value);
+    else if (value.size() != 3 * sizeof(Ipv4))
+        wrong = BAD_LENGTH;
+    else
+        for (size_t i = 0; const char *field : {"ip", "mask", "gateway"})
+            set(field, value.substr(sizeof(Ipv4) * i++, sizeof(Ipv4)));
+    return wrong;
+}
+
 } // namespace
 
 std::string apply_item(const Item &item, const WtpRecord &wtp, WtpCfg &cfg, Arena &memory)
 {
     const std::string name = "item " + std::to_string(item.type);
-    std::string_view path = path_of(item.type, static_cast<DeviceKind>(wtp.wtp_type));
+    const std::string_view path = path_of(item.type, static_cast<DeviceKind>(wtp.wtp_type));
     if (path.empty())
         return name + " is unknown";
-    path.remove_prefix(std::strlen("wtp_cfg."));
-    const char *wrong = nullptr;
-    const auto set = [&](std::string_view field, std::string_view value) {
-        FieldSetter setter(memory, wtp, field, item.index, value);
-        visit_fields(setter, cfg, wtp.wtp_type);
-        wrong = setter.wrong();
-    };
-    if (path != "ipv4")
-        set(path, item.value);
-    else if (item.value.size() != 3 * sizeof(Ipv4))
-        wrong = BAD_LENGTH;
-    else
-        for (size_t i = 0; const char *field : {"ip", "mask", "gateway"})
-            set(field, item.value.substr(sizeof(Ipv4) * i++, sizeof(Ipv4)));
+    const char *wrong =
+        set_setting(path, item.index, item.value, {.wtp = wtp, .cfg = cfg, .memory = memory}, true);
     return wrong == nullptr ? "" : name + " " + wrong;
+}
+
+void alter_setting(const Alteration &alteration, const WtpRecord &wtp, WtpCfg &cfg, Arena &memory)
+{
+    set_setting(alteration.path, alteration.index, alteration.value,
+                {.wtp = wtp, .cfg = cfg, .memory = memory}, false);
 }
 
 WtpCfg *copy_configuration(const WtpCfg &from, uint8_t wtp_type, Arena &memory)

@@ -26,6 +26,21 @@ from harness import main
 ZOV, AC_SIM, SOURCE = sys.argv[1:4]
 AP, SWITCH = "02:A3:00:00:00:01", "02:A2:00:00:00:01"
 
+# Of --config.
+BAD_CONFIGS = [
+    "lose:", "loses", "refuse", "refuse:19", "refuse:0:", "refuse:256:", "refuse:x:",
+    f"refuse:1:{'x' * 256}", "late", "late:", "late:0", "late:-1", "late:inf", "late:1s", "offline",
+    "offline:0", "offline:ever", "alter", *(f"alter:{how}" for how in (
+        "", "name", "=x", "colour=1", "radio.tx_power=1", "radio[].tx_power=1", "radio[0=1",
+        "radio[256].tx_power=1", "radio[0]=1", "radio[0]tx_power=1", "radio[0].tx_power=",
+        "radio[0].tx_power=4294967296", "radio[0].tx_power=-2147483649", "radio=x",
+        "radio[0].portal.port=65536", "dns1=1.2.3", "ipv4=1.2.3.4/255.0.0.0", "ac_list[0]=x",
+        f"ac_list={'x' * 256}", "manage_mac_list=2:0:0:0:0:1x", "manage_mac_list=2:0:0:0:0:1:7",
+        "manage_mac_list=x,2:0:0:0:0:1",
+        "password=ab", f"password={'0g' * 16}", "radio[0].data_rate=x",
+        "radio[0].wlan[0].wep.key=x"))]
+
+
 def end_with_test(prctl=ctypes.CDLL(None).prctl, PR_SET_PDEATHSIG=1):
     """Lets the system end a program that was started when this test ends, however it does."""
     prctl(PR_SET_PDEATHSIG, signal.SIGKILL)
@@ -203,6 +218,62 @@ class Actions(unittest.TestCase):
 
 
 class Configurations(unittest.TestCase):
+    maxDiff = None
+    NEAR = item(2, b"near", b"")
+
+    def test_refused_altered_and_without_a_reply(self):
+        hows = ("location=a=[b]", "timezone=-300", "wtp_cfg.radio[1].tx_power=4294967295",
+                "radio[1].portal.port=65535", "radio[1].portal.radius_server=1.2.3.4",
+                "radio[1].data_rate=5.5M", "radio[0].wlan[3].wep.key[3]=abc",
+                "radio[0].wlan[0].acl.mac=", "radio[0].wlan[1].acl.mac=2:0:0:0:0:1,2:0:0:0:0:2",
+                "password=00112233445566778899AABBCCDDEEFF", "ac_list=a,b", "lan_port=1",
+                "ipv4=10.9.9.2/255.255.255.0/10.9.9.1",
+                # What the device does not have.
+                "radio[2].tx_power=1", "radio[0].wlan[4].enable=1", "poe_port[0].enable=0",
+                "radio[0].wlan[3].wep.key[4]=x", "radio=3")
+        with Controller(*(f"--config={AP}=alter:{how}" for how in hows)) as controller:
+            expected = controller.record(AP)["wtp_cfg"]
+            first, second = expected["radio"]
+            expected |= {
+                "location": "a=[b]", "timezone": -300, "ipv4": "10.9.9.2/255.255.255.0/10.9.9.1",
+                "password_md5": "00112233445566778899aabbccddeeff", "ac_list": ["a", "b"],
+                "lan_port": expected["lan_port"][:1], "name": "new"}
+            second |= {"tx_power": 4294967295, "data_rate": "5.5M"}
+            second["portal"] |= {"port": 65535, "radius_server": "1.2.3.4"}
+            first["wlan"][3]["wep"]["key"][3] = "abc"
+            first["wlan"][0]["acl"]["mac"] = []
+            first["wlan"][1]["acl"]["mac"] = ["02:00:00:00:00:01", "02:00:00:00:00:02"]
+            reply = controller.send_items(AP, item(1, b"new", b"") + self.NEAR)
+            self.assertEqual((reply, controller.record(AP)["wtp_cfg"]), (b"\0\0", expected))
+        for how, replies, place in (("refuse:19:no: a:b", [b"\x13\7no: a:b"] * 2, "Floor 1"),
+                                    ("refuse:255:", [b"\xff\0"], "Floor 1"),
+                                    ("lose", [b"", b"\0\0"], "near")):
+            with self.subTest(how), Controller(f"--config={AP}={how}") as controller:
+                for reply in replies:
+                    self.assertEqual(controller.send_items(AP, self.NEAR), reply)
+                    self.assertEqual(controller.record(AP)["wtp_cfg"]["location"], place)
+
+    def test_late_and_offline(self):
+        hows = (f"{AP}=late:1", f"{AP}=alter:name=x", f"{AP}=offline:1", f"{SWITCH}=offline:never")
+        with Controller(*(f"--config={how}" for how in hows)) as controller:
+            def look(mac):
+                record = controller.record(mac)
+                return (record["state"], record["wtp_cfg"]["name"], record["wtp_cfg"]["location"],
+                        record["change_time"] >= began)
+            began, sent, seen, back = int(time.time()), time.monotonic(), [], (5, "x", "near", True)
+            self.assertEqual(controller.send_items(AP, self.NEAR + item(46, b"", b"")),
+                             b"\x13\x21item 46 has a bad length or index")
+            self.assertEqual(controller.send_items(AP, self.NEAR), b"\0\0")
+            while time.monotonic() < sent + 20 and seen[-1:] != [back]:
+                seen.append(look(AP))
+                if [state for state, *_ in seen[-2:]] == [5, 0]:
+                    self.assertEqual(controller.send_items(AP, self.NEAR)[:1], b"\x0c")
+            self.assertEqual(list(dict.fromkeys(seen)), [
+                (5, "ap-floor1-01", "Floor 1", False), (0, "x", "near", True), back])
+            self.assertGreaterEqual(time.monotonic(), sent + 2)
+            self.assertEqual(controller.send_items(SWITCH, self.NEAR), b"\0\0")
+            self.assertEqual(look(SWITCH), (0, "sw-floor1", "near", True))
+
     def test_rows_of_ports(self):
         with Controller() as controller:
             def stored(name):
@@ -422,6 +493,7 @@ class Service(unittest.TestCase):
             "pid-file": [""], "aps": few, "switches": few, "others": few, "seed": many,
             "max-wtps": many, "refuse": ["", "1", "0x2", "2147483648"],
             "cut": ["", "-1", "1k", "18446744073709551616"], "result": [*macs, f"{AP}=256"],
+            "config": [*macs, *(f"{AP}={how}" for how in BAD_CONFIGS)],
             "upgrade": [*macs, *(f"{AP}={how}" for how in ("0", "inf", "nan", "2s", "fails"))]}
         for name, argument in re.findall(r"^  --([\w-]+)( [A-Z])?", ac_sim("--help")[1], re.M):
             for value in refused[name] if argument else ["1"]:
