@@ -111,7 +111,7 @@ static std::vector<std::string> totals(const ApplyPlan &plan)
         lines.push_back(number_of(not_ready, "device") + " of these cannot be changed now");
     if (plan.removals() > 0)
         lines.push_back(number_of(plan.removals(), "element") +
-                        " will be removed, with all settings in it");
+                        " will be removed, with all their settings");
     if (risks > 0)
         lines.push_back(number_of(risks, "change") + " may cut something off");
     return lines;
