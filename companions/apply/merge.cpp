@@ -101,6 +101,16 @@ void Merger::find_ports(const Document &document)
     }
 }
 
+// A row that a device does not have yet: of its lists of texts all elements are there.
+ConfigRow &add_row(ConfigCell &cell, const SettingTable &table)
+{
+    ConfigRow &row = cell.rows.emplace_back(table);
+    for (size_t i = 0; i < row.cells.size(); i++)
+        if (table.columns[i].texts > 0)
+            row.cells[i].rows.assign(table.columns[i].texts, ConfigRow(*table.columns[i].table));
+    return row;
+}
+
 ConfigRow *Merger::find_port(ConfigCell &cell, const SettingColumn &column, const string &port)
 {
     for (ConfigRow &row : cell.rows)
@@ -108,7 +118,7 @@ ConfigRow *Merger::find_port(ConfigCell &cell, const SettingColumn &column, cons
             return &row;
     if (!column.has_mark(MARK_GROWS))
         return nullptr;
-    ConfigRow &added = cell.rows.emplace_back(*column.table);
+    ConfigRow &added = add_row(cell, *column.table);
     added.cells[column.table->port].value = port;
     return &added;
 }
@@ -119,9 +129,7 @@ ConfigRow *Merger::find_row(ConfigCell &cell, const SettingColumn &column, size_
     if (column.table->port == SettingTable::NONE) {
         const size_t size = cell.rows.size();
         if (position == size && column.has_mark(MARK_GROWS))
-            cell.rows.emplace_back(*column.table);
-        while (column.count == nullptr && cell.rows.size() <= position) // keys of a new WLAN
-            cell.rows.emplace_back(*column.table);
+            add_row(cell, *column.table);
         if (position < cell.rows.size())
             return &cell.rows[position];
         complain(path + "[" + std::to_string(column.has_mark(MARK_GROWS) ? size : position) + "]");

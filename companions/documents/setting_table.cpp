@@ -53,8 +53,10 @@ static void add_columns(SettingTable &table, const SettingNode &object, size_t p
         } else {
             column.count = config_array_find(node.path);
             column.table = make_table(node, table.kind, node.path.size() + 1);
-            if (column.count == nullptr)
-                column.name += "[]"; // a list of texts, an item each
+            if (column.count == nullptr) { // a list of texts, an item each
+                column.name += "[]";
+                column.texts = node.elements_max();
+            }
         }
     }
 }

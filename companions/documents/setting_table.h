@@ -21,6 +21,7 @@ struct SettingColumn {
     size_t member = 0;                         // the member of wtp_cfg that it belongs to
     const ConfigKey *key = nullptr;            // of a setting; a list that is one setting is one
     const ConfigArray *count = nullptr;        // of a table whose length is an item
+    size_t texts = 0;                          // of a table that is a list of texts: how many
     std::unique_ptr<const SettingTable> table; // null: a setting
 
     [[nodiscard]] bool has_mark(ConfigMark mark) const
