@@ -383,7 +383,7 @@ class Run:
                 except Lacks:
                     failed[n] += 1
                     made[mac] = None
-        return made, not tried or any(self.documents[n] and tried[n] == failed[n] for n in tried)
+        return made, not made or any(self.documents[n] and tried[n] == failed[n] for n in tried)
 
     def apply(self, *words):
         LOCKS.add(self.controller.port)
