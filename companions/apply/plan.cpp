@@ -324,7 +324,7 @@ void Planner::check_takers() const
 {
     for (const auto &[name, refusal] : refusers_)
         if (takers_.count(name) == 0)
-            throw Failure("no device can have " + name + ": " + refusal);
+            throw Failure(std::string("no device can have ").append(name) + ": " + refusal);
 }
 
 void Planner::find_topology()
