@@ -339,6 +339,22 @@ class Simulated(unittest.TestCase):
             1, f"zov-apply: cannot make {saved}: File exists"))
         self.assertEqual(self.controller.record(AP)["wtp_cfg"], made)
 
+    def test_devices_that_take_settings_otherwise(self):
+        for how, options, status, result in (
+                ("refuse:19:no room", (), 1, "Incorrect configuration for device .*: no room$"),
+                ("alter:radio[0].tx_power=9", ("--begin", "0.3"), 1,
+                 r"radio\[0\].tx_power is not as wanted"),
+                ("alter:radio[1].tx_power=9", ("--begin", "0.3"), 1,
+                 r"changed more than was asked: radio\[1\].tx_power was 20, is 9"),
+                ("late:0.4", (), 0, "done"), ("offline:0.4", (), 0, "done"),
+                ("offline:never", ("--deadline", "0.5"), 1, "timed out: offline"),
+                ("lose", (), 0, "done")):
+            with self.subTest(how), Controller("--config", f"{AP}={how}") as controller:
+                got, out, err = run(controller.port, "--mac", AP, "--set", f"{PATH}=17",
+                                    "--no-save", *options)
+                self.assertEqual(got, status, err)
+                self.assertRegex(results(out)[0], result)
+
     def test_question(self):
         words = ("--mac", f"{AP},{SWITCH}", "--set", "location=x", "--no-save")
         question = "Change 1 setting on 2 devices in 2 batches? [y/N] "
