@@ -187,6 +187,22 @@ class Scripted(unittest.TestCase):
         self.assertIn(bytes.fromhex("003e 0001 00 0004 00000004"), first)  # what is carried along
         self.assertIn(bytes.fromhex("0011 0002 0000 0004 00000002"), first)  # two WLANs
 
+    def test_a_log_that_ends_before_the_request(self):
+        script, lists = Script(["0 0 1"]), []
+        with tempfile.TemporaryDirectory() as folder:
+            os.mkfifo(f"{folder}/log")
+            reader = os.open(f"{folder}/log", os.O_RDONLY | os.O_NONBLOCK)
+            answer = script.answer
+
+            def closing(request):
+                lists.append(request and request[0] == 1 and request[4] & 8)
+                if lists.count(8) == 2 and lists[-1]:
+                    os.close(reader)
+                return answer(request)
+            script.answer = closing
+            status, out, err = run(script.port, *SET, "--log", f"{folder}/log")
+        self.assertEqual((status, results(out), script.times), (1, ["not started"], []), err)
+
     def test_signals_at_random_moments(self):
         rng = random.Random(seed := int(os.environ.get("ZOV_SEED", time.time_ns() % 10**9)))
         during, count = 0, 200 if os.environ.get("ZOV_LONG") else 5
@@ -249,6 +265,9 @@ class Simulated(unittest.TestCase):
                          ["B: settings are overridden by --set timezone",
                           "B: settings are overridden by files of devices"])
         self.assertEqual([one["mac"] for one in self.plan(f"{self.folder}/d")["devices"]], [AP])
+        gone = self.file("d/02-00-00-00-00-99.json", {"location": "gone"})
+        self.assertEqual(self.plan("--all-managed", f"{self.folder}/d")["notes"],
+                         [f"{gone} can be deleted: 02:00:00:00:00:99 is not in the list"])
         # A file with one radio keeps the others; WLANs and rules can be added.
         self.assertEqual(self.differences(AP, "--mac", AP, self.file(
             "l.json", {"radio": [{"comment": 1}, {"tx_power": 5}]})), [
@@ -284,6 +303,8 @@ class Simulated(unittest.TestCase):
                 (("--set", "radio[0].wlan[0].wpa.passphrase=hunter22", *all_managed), 2,
                  "a secret"),
                 (("--set", f"password=@{secret}", "--mac", SWITCH), 2, "send it by zov cfg"),
+                ((self.file(f"{SWITCH.replace(':', '-')}.json", {"name": "x", "password": "y"}),),
+                 2, "send it by zov cfg"),
                 (("--set", "pdl_status[0].state=1", *all_managed), 2, "change that by themselves"),
                 (("--set", "poe_port[port=1].port=2", *all_managed), 2, "told apart by it"),
                 (("--set", "radio[x].tx_power=1", *all_managed), 2, "none of"),

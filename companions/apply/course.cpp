@@ -10,6 +10,7 @@
 #include "proto/result_code.h"
 
 #include <cmath>
+#include <set>
 
 static std::vector<ApplyDevice> devices_of(const ApplyPlan &plan)
 {
@@ -190,10 +191,10 @@ ApplyLook ApplyCourse::look_at(const WtpRecord &wtp)
 void ApplyCourse::look()
 {
     const std::vector<Mac> watched = apply_.watched();
+    const std::set<Mac> wanted(watched.begin(), watched.end());
     std::map<Mac, ApplyLook> seen;
     list_configurations(settings_, watched, [&](const WtpRecord &wtp) {
-        if (std::find(watched.begin(), watched.end(), wtp.mac) != watched.end() &&
-            seen.count(wtp.mac) == 0)
+        if (wanted.count(wtp.mac) != 0 && seen.count(wtp.mac) == 0)
             seen[wtp.mac] = look_at(wtp);
     });
     apply_.look(seen, seconds_now());
@@ -205,6 +206,8 @@ std::vector<Mac> ApplyCourse::choose()
 {
     if (stop_wanted())
         apply_.halt(Halt::signal);
+    if (reporter_.log_failed())
+        apply_.halt(Halt::log);
     std::vector<Mac> macs = apply_.pending();
     apply_.ask(macs, seconds_now());
     return macs;

@@ -101,6 +101,8 @@ private:
     bool is_unmentioned(const PlannedDevice &device) const;
     void drop_unmentioned();
     size_t count_kind(uint8_t kind) const;
+    void note_gone(const std::set<Mac> &listed);
+    void check_refusals() const;
     void check_reach();
     void compare_all();
     void compare_one(const WtpRecord &wtp, PlannedDevice &device);
@@ -154,12 +156,15 @@ std::string other_kind_text(const Sources &sources, const Mac &mac, uint8_t kind
 void Planner::read_list()
 {
     SelectionCheck check(settings_);
+    std::set<Mac> listed;
     ask([&] {
         plan_.devices.clear();
         switches_.clear();
+        listed.clear();
         check = SelectionCheck(settings_);
         list_devices(settings_, {}, [&](const WtpRecord &wtp) {
             check.saw(wtp);
+            listed.insert(wtp.mac);
             if (wtp.wtp_type == DEVICE_SWITCH)
                 switches_.push_back(wtp.mac);
             if (settings_.includes(wtp))
@@ -170,15 +175,23 @@ void Planner::read_list()
     for (const Mac &mac : check.missing_macs()) {
         PlannedDevice &device = plan_.devices.emplace_back();
         device.mac = mac;
-        const std::string file = sources_.own_name(mac);
-        device.problem =
-            "not in the list" +
-            (file.empty() || settings_.undo != nullptr ? "" : ": " + file + " can be deleted");
+        device.problem = "not in the list";
     }
+    if (settings_.undo == nullptr)
+        note_gone(listed);
     order_as_chosen(plan_.devices, settings_);
     for (PlannedDevice &device : plan_.devices)
         if (device.problem.empty())
             device.problem = other_kind_text(sources_, device.mac, device.kind);
+}
+
+// Files of devices that the controller does not know, chosen or not.
+void Planner::note_gone(const std::set<Mac> &listed)
+{
+    for (const auto &[mac, documents] : sources_.own)
+        if (listed.count(mac) == 0)
+            plan_.notes.push_back(documents.front().name + " can be deleted: " + mac_name(mac) +
+                                  " is not in the list");
 }
 
 // Devices for which nothing is given are passed over, unless they were named one by one.
@@ -223,6 +236,17 @@ size_t Planner::count_kind(uint8_t kind) const
         }));
 }
 
+// None of the documents for a device has what could not be compared.
+void Planner::check_refusals() const
+{
+    for (const PlannedDevice &device : plan_.devices)
+        if (device.problem.empty())
+            for (const Document *document :
+                 sources_.of(device.mac, static_cast<DeviceKind>(device.kind)))
+                if (!document->refusal.empty())
+                    throw UsageError(document->name + ": " + document->refusal);
+}
+
 // Each layer and each --set reaches a device, and no more than one with what can be one's only.
 void Planner::check_reach()
 {
@@ -236,8 +260,6 @@ void Planner::check_reach()
     for (const Document *document : documents) {
         if (count_kind(document->kind) == 0)
             continue;
-        if (!document->refusal.empty())
-            throw UsageError(document->name + ": " + document->refusal);
         const char *personal = personal_setting(*document);
         if (personal != nullptr && reached[document->name] > 1)
             throw UsageError(document->name + " would give " + personal + " to " +
@@ -372,12 +394,13 @@ void Planner::set_batches()
 ApplyPlan Planner::make()
 {
     read_list();
+    check_refusals();
     check_reach();
     drop_unmentioned();
     compare_all();
     check_takers();
     set_batches();
-    plan_.notes = sources_.notes;
+    plan_.notes.insert(plan_.notes.begin(), sources_.notes.begin(), sources_.notes.end());
     for (const auto &[text, macs] : overridden_)
         plan_.notes.push_back(text + " (devices: " + std::to_string(macs.size()) + ", first " +
                               mac_name(*macs.begin()) + ")");

@@ -276,9 +276,11 @@ string value_in_file(const Assignment &set, const char *path)
     string value(reinterpret_cast<const char *>(bytes.data()), bytes.size());
     if (value.empty() && strcmp(path, "-") == 0)
         throw UsageError(set.name + ": standard input is empty");
-    for (const char end : {'\n', '\r'})
-        if (value.ends_with(end))
-            value.pop_back();
+    for (const string_view end : {"\r\n", "\n"})
+        if (value.ends_with(end)) {
+            value.resize(value.size() - end.size());
+            break;
+        }
     return value;
 }
 
