@@ -150,9 +150,9 @@ void Merger::set_count(ConfigCell &cell, const SettingColumn &column, size_t cou
     if (column.table->port == SettingTable::NONE) {
         if (!grows && count > cell.rows.size())
             return complain(path + "[" + std::to_string(count - 1) + "]");
-        if (grows && document.is_own && count < cell.rows.size())
+        if (grows && document.role == Document::own && count < cell.rows.size())
             cell.rows.resize(count, ConfigRow(*column.table));
-    } else if (grows && document.is_own) {
+    } else if (grows && document.role == Document::own) {
         const auto &ports = ports_[&column];
         std::erase_if(cell.rows, [&](const ConfigRow &row) {
             return std::none_of(ports.begin(), ports.end(), [&](const auto &port) {
@@ -323,11 +323,11 @@ MergeResult lay_over(ConfigRow &row, const std::vector<const Document *> &docume
     unsigned source = 0;
     for (const Document *document : documents) {
         source++;
-        if (document->is_undo) {
+        if (document->role == Document::undo) {
             const ConfigRow stored = row;
             restore(row, *document, kind);
             take_state(row, stored, setting_table(kind));
-        } else if (document->is_set) {
+        } else if (document->role == Document::set) {
             Merger(kind, source, result).add_set(row, *document);
         } else {
             Merger(kind, source, result).add_file(row, *document);

@@ -277,7 +277,7 @@ void Planner::note_overridden(const std::vector<const Document *> &documents,
     for (const auto &[pair, count] : wanted.merged.overridden) {
         const Document &by = *documents[pair.by - 1];
         overridden_[documents[pair.what - 1]->name + ": settings are overridden by " +
-                    (by.is_own ? "files of devices" : by.name)]
+                    (by.role == Document::own ? "files of devices" : by.name)]
             .insert(mac);
     }
 }
@@ -290,9 +290,9 @@ void Planner::note_takers(const std::vector<const Document *> &documents,
     for (const MergeProblem &problem : wanted.merged.problems)
         refused[problem.source - 1] = &problem.text;
     for (size_t i = 0; i < documents.size(); i++)
-        if (!documents[i]->is_own && refused[i] == nullptr)
+        if (documents[i]->is_for_several() && refused[i] == nullptr)
             takers_[documents[i]->name]++;
-        else if (!documents[i]->is_own)
+        else if (documents[i]->is_for_several())
             refusers_.emplace(documents[i]->name, mac_name(device.mac) + " " +
                                                       name_text(device.name) + " " + *refused[i]);
 }

@@ -12,7 +12,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <nlohmann/json.hpp>
-#include <set>
+#include <span>
 
 using std::string;
 using std::string_view;
@@ -42,6 +42,8 @@ string Sources::own_name(const Mac &mac) const
 namespace {
 
 constexpr string_view TOP = "wtp_cfg";
+constexpr const char *INCOMPARABLE =
+    " cannot be compared, since no record has it: send it by zov cfg";
 
 // The address that a file is named by, "02-A3-00-00-00-01.json"; false for other names.
 bool address_of(const string &path, Mac &mac)
@@ -70,17 +72,6 @@ bool begins_with_address(const string &path)
            parse_mac(name.c_str(), mac);
 }
 
-// A --set, taken apart.
-struct Assignment {
-    string name;                // for messages: the option and its path
-    std::vector<string> names;  // of the members on the way, without brackets
-    std::vector<bool> is_array; // whether a member has a selector
-    std::vector<Selector> selectors;
-    string path; // as the settings' table has it, [] for each selector
-    string value;
-    bool from_file = false, from_input = false;
-};
-
 class Reader {
 public:
     explicit Reader(const ApplySettings &settings) : settings_(settings) {}
@@ -93,9 +84,8 @@ private:
     void add_set(const char *text);
     void add_kind_of_set(const Assignment &set, DeviceKind kind);
     std::vector<DeviceKind> kinds_of(const string &name, const json_value &root);
-    Document document(const string &name, DeviceKind kind, bool is_alone);
-    void check_selectors(const Assignment &set, DeviceKind kind);
-    void check_marks(const Assignment &set, const ConfigKey &key, bool is_alone);
+    Document document(const string &name, DeviceKind kind);
+    void refuse_incomparable(std::span<const Document> documents);
     void show_diagnostics(bool has_lines);
     void refuse(const string &name, const string &why);
 
@@ -151,7 +141,7 @@ std::vector<DeviceKind> Reader::kinds_of(const string &name, const json_value &r
 }
 
 // What the checker has made of a file, without what devices change by themselves.
-Document Reader::document(const string &name, DeviceKind kind, bool is_alone)
+Document Reader::document(const string &name, DeviceKind kind)
 {
     Document made;
     made.name = name;
@@ -165,10 +155,7 @@ Document Reader::document(const string &name, DeviceKind kind, bool is_alone)
                                : array != nullptr  ? array->marks
                                                    : 0U;
         if ((marks & MARK_UNREADABLE) != 0) {
-            made.refusal = string(item.path) + " cannot be compared, since no record has it: send "
-                                               "it by zov cfg";
-            if (is_alone)
-                refuse(name, made.refusal);
+            made.refusal = string(item.path) + INCOMPARABLE;
         } else if ((marks & MARK_STATE) != 0) {
             has_state = true;
         } else {
@@ -182,6 +169,13 @@ Document Reader::document(const string &name, DeviceKind kind, bool is_alone)
         first = count++ == 0 ? name : first;
     }
     return made;
+}
+
+// What is for one kind of device only. If it is for both, the chosen devices decide.
+void Reader::refuse_incomparable(std::span<const Document> documents)
+{
+    if (documents.size() == 1 && !documents.front().refusal.empty())
+        refuse(documents.front().name, documents.front().refusal);
 }
 
 void Reader::add_file(const string &path)
@@ -199,13 +193,14 @@ void Reader::add_file(const string &path)
         const std::vector<DeviceKind> kinds = kinds_of(path, *root);
         for (const DeviceKind kind : kinds) {
             checker_.check(kind);
-            made.push_back(document(path, kind, kinds.size() == 1));
-            made.back().is_own = is_own;
+            made.push_back(document(path, kind));
+            made.back().role = is_own ? Document::own : Document::layer;
             if (checker_.items().empty())
                 break; // with what is wrong, which is said once
         }
     }
     show_diagnostics(true);
+    refuse_incomparable(made);
     if (is_own)
         sources_.own[mac] = std::move(made);
     else
@@ -236,195 +231,15 @@ void Reader::add_directory(const string &path)
             refuse(name, "it is not named by an address, such as 02-A3-00-00-00-01.json");
 }
 
-// --- Settings of the command line ----------------------------------------------------------------
-
-Selector selector_of(const string &name, string_view text)
-{
-    Selector made;
-    made.text = text;
-    const size_t equals = text.find('=');
-    if (text == "*") {
-        made.kind = Selector::every;
-    } else if (equals != string_view::npos && equals > 0) {
-        made.kind = Selector::matching;
-        made.member = text.substr(0, equals);
-        made.value = text.substr(equals + 1);
-    } else if (!take_number<size_t>(made.text.c_str(), 0, CONFIG_ELEMENTS_MAX, made.number)) {
-        throw UsageError(name + ": [" + made.text + "] is none of [N], [*] and [MEMBER=VALUE]");
-    }
-    return made;
-}
-
-// Where the value begins: behind the first = that is in no brackets.
-size_t end_of_path(string_view text)
-{
-    bool in_brackets = false;
-    for (size_t i = 0; i < text.size(); i++) {
-        if (text[i] == '=' && !in_brackets)
-            return i;
-        in_brackets = (in_brackets || text[i] == '[') && text[i] != ']';
-    }
-    return string_view::npos;
-}
-
-string value_in_file(const Assignment &set, const char *path)
-{
-    Bytes bytes;
-    StoredMessage message;
-    if (config_file_read(strcmp(path, "-") == 0 ? "/dev/stdin" : path, bytes, message.sink()) != 0)
-        throw UsageError(set.name + ": cannot read " + path);
-    string value(reinterpret_cast<const char *>(bytes.data()), bytes.size());
-    if (value.empty() && strcmp(path, "-") == 0)
-        throw UsageError(set.name + ": standard input is empty");
-    for (const string_view end : {"\r\n", "\n"})
-        if (value.ends_with(end)) {
-            value.resize(value.size() - end.size());
-            break;
-        }
-    return value;
-}
-
-Assignment assignment_of(const string_view text)
-{
-    const size_t end = end_of_path(text);
-    Assignment set;
-    string_view path = text.substr(0, end);
-    set.name = "--set " + string(path);
-    if (path.starts_with("wtp_cfg."))
-        path.remove_prefix(TOP.size() + 1);
-    if (end == string_view::npos || path.empty())
-        throw UsageError(set.name + ": no PATH=VALUE");
-    if (path.size() > JsonIterStack::PATH_MAX_BYTES)
-        throw UsageError("--set: no setting has a path of " + std::to_string(path.size()) +
-                         " bytes");
-    set.path = TOP;
-    while (!path.empty()) {
-        const size_t stop = std::min(path.find_first_of(".["), path.size());
-        set.names.emplace_back(path.substr(0, stop));
-        set.path += "." + set.names.back();
-        const bool has_selector = stop < path.size() && path[stop] == '[';
-        path.remove_prefix(stop);
-        if (has_selector) {
-            const size_t close = path.find(']');
-            if (close == string_view::npos)
-                throw UsageError(set.name + ": a bracket is not closed");
-            set.selectors.push_back(selector_of(set.name, path.substr(1, close - 1)));
-            set.path += "[]";
-            path.remove_prefix(close + 1);
-        }
-        set.is_array.push_back(has_selector);
-        if (path.starts_with('.') && path.size() > 1)
-            path.remove_prefix(1);
-        else if (!path.empty())
-            throw UsageError(set.name + ": '" + string(path) + "' cannot be read");
-    }
-    set.value = text.substr(end + 1);
-    set.from_file = set.value.starts_with('@');
-    set.from_input = set.value == "@-";
-    return set;
-}
-
-// The row of a setting, with the path as it stands or as a list; null: that kind does not have it.
-const ConfigKey *key_of(const Assignment &set, DeviceKind kind)
-{
-    const ConfigKey *key = config_key_find(config_keys(kind), set.path);
-    const ConfigKey *list = config_key_find(config_keys(kind), set.path + "[]");
-    return key != nullptr && key->element_size() == 0    ? key
-           : list != nullptr && list->element_size() > 0 ? list
-                                                         : nullptr;
-}
-
-// The value as the setting's row has it; any other than a number stays a text, which is refused.
-Json value_of(const Assignment &set, const ConfigKey *key)
-{
-    int64_t number = 0;
-    if (key != nullptr && key->kind() == json_integer && take_number(set.value.c_str(), number))
-        return number;
-    if (key == nullptr || key->element_size() == 0)
-        return set.value;
-    Json list = Json::array();
-    for (size_t from = 0, comma = 0; !set.value.empty() && comma != string::npos;
-         from = comma + 1) {
-        comma = set.value.find(',', from);
-        list.push_back(set.value.substr(from, comma - from));
-    }
-    return list;
-}
-
-// The document that has the one setting, in the first element of each array.
-string document_text(const Assignment &set, const ConfigKey *key, DeviceKind kind)
-{
-    Json node = value_of(set, key);
-    for (size_t i = set.names.size(); i > 0; i--) {
-        if (set.is_array[i - 1]) {
-            const size_t top = setting_table(kind).find(set.names.front());
-            const bool is_by_port =
-                i == 1 && top != SettingTable::NONE &&
-                setting_table(kind).columns[top].table != nullptr &&
-                setting_table(kind).columns[top].table->port != SettingTable::NONE;
-            if (is_by_port && node.is_object() && !node.contains("port"))
-                node["port"] = 1;
-            node = Json::array({node});
-        }
-        node = Json{{set.names[i - 1], node}};
-    }
-    try {
-        return Json{{TOP, node}}.dump();
-    } catch (const Json::type_error &) {
-        throw UsageError(set.name + ": the value is no UTF-8");
-    }
-}
-
-// What the selectors of a --set compare has to be there, and to be no secret.
-void Reader::check_selectors(const Assignment &set, DeviceKind kind)
-{
-    const SettingTable *table = &setting_table(kind);
-    string path(TOP);
-    for (size_t i = 0, selector = 0; i < set.names.size(); i++) {
-        path += "." + set.names[i];
-        if (!set.is_array[i])
-            continue;
-        path += "[]";
-        const size_t column = table->find_path(path);
-        if (column == SettingTable::NONE || table->columns[column].table == nullptr)
-            return; // which is refused otherwise
-        table = table->columns[column].table.get();
-        const Selector &one = set.selectors[selector++];
-        if (one.kind != Selector::matching)
-            continue;
-        const size_t member = table->find(one.member);
-        const bool is_setting =
-            member != SettingTable::NONE && table->columns[member].key != nullptr;
-        if (!is_setting)
-            throw UsageError(set.name + ": " + path + " has no '" + one.member +
-                             "' to be chosen by");
-        if (table->columns[member].has_mark(MARK_SECRET))
-            throw UsageError("--set: elements cannot be chosen by " + one.member + ", a secret");
-    }
-}
-
-void Reader::check_marks(const Assignment &set, const ConfigKey &key, bool is_alone)
-{
-    if ((key.marks & MARK_SECRET) != 0 && !set.from_file)
-        throw UsageError(set.name + ": write a secret into a file, and give PATH=@FILE");
-    if ((key.marks & MARK_STATE) != 0)
-        throw UsageError(set.name + ": devices change that by themselves");
-    if ((key.marks & MARK_UNREADABLE) != 0 && is_alone)
-        throw UsageError(set.name + ": that cannot be compared, since no record has it: send it by "
-                                    "zov cfg");
-    if (key.path.ends_with("[].port"))
-        throw UsageError(set.name + ": elements are told apart by it");
-}
-
 void Reader::add_kind_of_set(const Assignment &set, DeviceKind kind)
 {
-    const ConfigKey *key = key_of(set, kind);
-    if (checker_.open_text(set.name, document_text(set, key, kind)) != nullptr)
+    const ConfigKey *key = set.key(kind);
+    if (checker_.open_text(set.name, set.document(key, kind)) != nullptr)
         checker_.check(kind);
     Document made;
     made.name = set.name;
     made.kind = kind;
-    made.is_set = true;
+    made.role = Document::set;
     made.selectors = set.selectors;
     size_t begin = 0;
     for (const SentItem &item : checker_.items()) {
@@ -433,7 +248,7 @@ void Reader::add_kind_of_set(const Assignment &set, DeviceKind kind)
         begin = item.end;
     }
     if (key != nullptr && (key->marks & MARK_UNREADABLE) != 0)
-        made.refusal = "that cannot be compared, since no record has it: send it by zov cfg";
+        made.refusal = string("that") + INCOMPARABLE;
     show_diagnostics(false);
     if (made.items.empty() && !has_errors_)
         refuse(set.name, "there is no such setting");
@@ -442,27 +257,27 @@ void Reader::add_kind_of_set(const Assignment &set, DeviceKind kind)
 
 void Reader::add_set(const char *text)
 {
-    Assignment set = assignment_of(text);
+    Assignment set = parse_assignment(text);
     if (set.from_input && std::exchange(has_input_, true))
         throw UsageError("standard input can be read once only");
     if (set.from_file)
-        set.value = value_in_file(set, set.value.c_str() + 1);
+        read_value(set);
     std::vector<DeviceKind> kinds;
     for (const DeviceKind kind : {DEVICE_ACCESS_POINT, DEVICE_SWITCH})
-        if (key_of(set, kind) != nullptr)
+        if (set.key(kind) != nullptr)
             kinds.push_back(kind);
     for (const DeviceKind kind : kinds)
-        check_selectors(set, kind);
-    for (const DeviceKind kind : kinds)
-        check_marks(set, *key_of(set, kind), kinds.size() == 1);
+        set.check(*set.key(kind), kind);
+    const size_t first = sources_.sets.size();
     if (kinds.empty()) {
         const bool of_switch =
-            settings_tree(DEVICE_SWITCH).find(TOP)->find(set.names.front()) != nullptr;
+            settings_tree(DEVICE_SWITCH).find(TOP)->find(set.parts.front().name) != nullptr;
         kinds = {of_switch ? DEVICE_SWITCH : DEVICE_ACCESS_POINT};
     }
     for (const DeviceKind kind : kinds)
         if (add_kind_of_set(set, kind); sources_.sets.back().items.empty())
             break; // what is wrong is said once
+    refuse_incomparable(std::span(sources_.sets).subspan(first));
 }
 
 Sources Reader::read(const std::vector<const char *> &operands)

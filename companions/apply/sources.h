@@ -2,31 +2,24 @@
 // What devices are to have: files and --set options, read and checked before a controller is asked.
 #pragma once
 
+#include "apply/assignment.h"
 #include "apply/options.h"
-#include "documents/setting_table.h"
 
 #include <map>
 #include <string>
 #include <vector>
 
-// Which elements of an array a --set is for.
-struct Selector {
-    enum Kind : uint8_t { position, every, matching } kind = position;
-    size_t number = 0;         // of position
-    std::string member, value; // of matching: the name below the element, and its value as text
-    std::string text;          // as it was given, without brackets
-};
-
 // The settings of a file, or one that a --set gives, for a kind of device.
 struct Document {
+    // For all chosen devices of its kind; for one device; of a --set; what a device had before.
+    enum Role : uint8_t { layer, own, set, undo } role = layer;
     std::string name; // for messages
     DeviceKind kind = DEVICE_ACCESS_POINT;
     std::string items;               // in wire form, with the positions in the file
     std::string refusal;             // why no device can have it; empty: they can
-    bool is_own = false;             // for one device
-    bool is_set = false;             // of a --set; its positions are nothing, see `selectors`
-    bool is_undo = false;            // all of its members, as they were
-    std::vector<Selector> selectors; // one for each array on the way
+    std::vector<Selector> selectors; // of a --set, whose positions are nothing: one for each array
+
+    [[nodiscard]] bool is_for_several() const { return role == layer || role == set; }
 };
 
 struct Sources {

@@ -195,7 +195,7 @@ static Document document_of(const Json &device, const char *path, Mac &mac)
 {
     Document made;
     made.name = path;
-    made.is_own = made.is_undo = true;
+    made.role = Document::undo;
     const string kind = device.at("kind");
     made.kind = kind == kind_name(DEVICE_SWITCH) ? DEVICE_SWITCH : DEVICE_ACCESS_POINT;
     made.items = bytes_of_hex(device.at("items"));
