@@ -6,12 +6,10 @@ import os
 import pty
 import re
 import select
-import signal
 import struct
 import subprocess
 import sys
 import termios
-import time
 from pathlib import Path
 
 from simulator import end_with_test
@@ -53,22 +51,6 @@ def results(table):
     return [row[-1] for row in rows(table).values()]
 
 
-def lead_session():
-    """Makes the program's parent the leader of its session: at the end of a leader the terminal is
-    hung up, and what was not read yet is lost."""
-    end_with_test()
-    fcntl.ioctl(0, termios.TIOCSCTTY, 0)
-    child = os.fork()
-    if child == 0:
-        return
-    os.closerange(3, 1024)
-    for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
-        signal.signal(number, signal.SIG_IGN)
-    status = os.waitstatus_to_exitcode(os.waitpid(child, 0)[1])
-    time.sleep(0.3)
-    os._exit(status)
-
-
 def ask(port, answer, *options, columns=80):
     """Runs it on a terminal; what that shows, the exit status and standard output."""
     PORTS.add(port)
@@ -77,7 +59,7 @@ def ask(port, answer, *options, columns=80):
     process = subprocess.Popen(
         [PROGRAM, "--acport", str(port), *FAST[:-1], *options], stdin=theirs, stderr=theirs,
         stdout=subprocess.PIPE, start_new_session=True,
-        preexec_fn=lead_session)
+        preexec_fn=lambda: (end_with_test(), fcntl.ioctl(0, termios.TIOCSCTTY, 0)))
     os.close(theirs)
     shown = b""
     try:
@@ -87,7 +69,7 @@ def ask(port, answer, *options, columns=80):
                 if isinstance(answer, bytes):
                     os.write(ours, answer)
                 else:
-                    os.killpg(process.pid, answer)
+                    process.send_signal(answer)
                 answer = None
     except OSError:  # it has ended
         pass

@@ -12,52 +12,19 @@ enum : unsigned { LOSSES_MAX = 2 }; // a request is sent once more
 constexpr const char *UNREADABLE = "its configuration cannot be read any more";
 constexpr const char *BUT_STORED = ", but stored: a plan will not show it";
 
-Apply::Apply(std::vector<ApplyDevice> devices, const ApplyLimits &limits, Listener &listener)
-    : devices_(std::move(devices)), limits_(limits), listener_(listener)
-{
-    for (const ApplyDevice &device : devices_) {
-        by_mac_[device.mac] = static_cast<size_t>(&device - devices_.data());
-        batches_ = std::max(batches_, device.batch);
-    }
-}
-
-const ApplyDevice *Apply::find(const Mac &mac) const
-{
-    const auto found = by_mac_.find(mac);
-    return found == by_mac_.end() ? nullptr : &devices_[found->second];
-}
-
-size_t Apply::count(ApplyStage stage) const
-{
-    return static_cast<size_t>(
-        std::count_if(devices_.begin(), devices_.end(),
-                      [=](const ApplyDevice &device) { return device.stage == stage; }));
-}
-
 size_t Apply::failures() const
 {
     return count(failed) + count(timed_out) + count(unknown);
-}
-
-void Apply::halt(Halt why)
-{
-    if (halted_ != Halt::none)
-        return;
-    halted_ = why;
-    settle_batch();
 }
 
 bool Apply::begin_batch(double now)
 {
     if (failures() > limits_.max_failures)
         halt(Halt::failures);
-    if (batch_ == batches_ || !may_begin())
+    if (!next_batch(now))
         return false;
-    batch_++;
-    now_ = now;
-    clock_.answered(now);
     for (ApplyDevice &device : devices_)
-        if (device.batch == batch_)
+        if (runs(device))
             device.entered = clock_.time(now_);
     return true;
 }
@@ -66,21 +33,15 @@ std::vector<Mac> Apply::watched() const
 {
     std::vector<Mac> macs;
     for (const ApplyDevice &device : devices_)
-        if (device.batch == batch_ && !device.finished())
+        if (runs(device))
             macs.push_back(device.mac);
     return macs;
-}
-
-bool Apply::is_running() const
-{
-    return !watched().empty();
 }
 
 // What was not answered is sent once more, by a stop too, where nobody else has changed it.
 bool Apply::wants_request(const ApplyDevice &device) const
 {
-    if (device.batch != batch_ || device.finished() || device.awaits || !device.looked ||
-        !device.at_rest())
+    if (!runs(device) || device.awaits || !device.looked || !device.at_rest())
         return false;
     if (device.stage == waiting)
         return may_begin() && device.last.stored == Stored::as_confirmed;
@@ -98,21 +59,10 @@ std::vector<Mac> Apply::pending() const
     return macs;
 }
 
-// A device that the present batch waits for; null for all others.
-ApplyDevice *Apply::running(const Mac &mac)
-{
-    const auto found = by_mac_.find(mac);
-    if (found == by_mac_.end())
-        return nullptr;
-    ApplyDevice &device = devices_[found->second];
-    return device.batch == batch_ && !device.finished() ? &device : nullptr;
-}
-
 void Apply::enter(ApplyDevice &device, ApplyStage stage)
 {
-    device.stage = stage;
     device.entered = clock_.time(now_);
-    listener_.changed(device);
+    BatchMachine::enter(device, stage);
 }
 
 void Apply::end(ApplyDevice &device, ApplyStage stage, const std::string &reason)
@@ -260,7 +210,7 @@ void Apply::see_settling(ApplyDevice &device)
     if (device.held_since < 0)
         device.held_since = now;
     if (now - device.held_since >= limits_.settle)
-        end(device, done);
+        end(device, done, "");
 }
 
 static std::string absence_text(const ApplyDevice &device)
@@ -312,38 +262,12 @@ void Apply::settle_batch()
     if (may_begin())
         return;
     for (ApplyDevice &device : devices_)
-        if (device.batch == batch_ && device.stage == waiting && !device.awaits)
+        if (device.batch == batch() && device.stage == waiting && !device.awaits)
             device.batch = 0;
 }
 
-void Apply::silent(double since, double now)
+unsigned Apply::percent(const ApplyDevice &device) const
 {
-    now_ = now;
-    clock_.silent(since);
-    if (clock_.silence(now) < limits_.outage)
-        return;
-    halt(Halt::silence);
-    abandon(now, "the controller did not answer");
-}
-
-void Apply::abandon(double now, const std::string &reason)
-{
-    now_ = now;
-    halt(Halt::signal);
-    for (ApplyDevice &device : devices_)
-        if (device.batch == batch_ && batch_ > 0 && !device.finished())
-            end(device, unknown, reason);
-}
-
-unsigned Apply::progress(size_t first, size_t last) const
-{
-    static constexpr unsigned PERCENT[] = {0, 30, 60, 100, 100, 100, 100, 100};
-    size_t count = 0, sum = 0;
-    for (const ApplyDevice &device : devices_) {
-        if (device.batch < first || device.batch > last)
-            continue;
-        count++;
-        sum += PERCENT[static_cast<size_t>(device.stage)];
-    }
-    return count == 0 ? 100 : static_cast<unsigned>(sum / count);
+    enum : unsigned { SENT = 30, STORED = 60 };
+    return device.stage == waiting ? 0U : device.stage == sent ? SENT : STORED;
 }

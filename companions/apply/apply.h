@@ -25,7 +25,7 @@
 // Everything ends: each stage has a limit, and the silence of the controller has one.
 #pragma once
 
-#include "course/driver.h"
+#include "course/batch_machine.h"
 #include "util/mac.h"
 
 #include <cstdint>
@@ -84,72 +84,44 @@ struct ApplyLimits {
     double deadline = 900, begin = 60, settle = 30, outage = 900; // seconds
 };
 
-class Apply {
+class Apply final : public BatchMachine<ApplyDevice> {
 public:
-    // Is told of each device whose stage has changed.
-    struct Listener {
-        virtual void changed(const ApplyDevice &device) = 0;
-
-    protected:
-        ~Listener() = default;
-    };
-
     // Devices have their batches already.
-    Apply(std::vector<ApplyDevice> devices, const ApplyLimits &limits, Listener &listener);
+    Apply(std::vector<ApplyDevice> devices, const ApplyLimits &limits, Listener &listener)
+        : BatchMachine(std::move(devices), limits.outage, listener), limits_(limits)
+    {
+    }
 
-    const std::vector<ApplyDevice> &devices() const { return devices_; }
-    const ApplyDevice *find(const Mac &mac) const;
-    size_t batches() const { return batches_; }
-    size_t batch() const { return batch_; } // the present one, 0 before the first
-    size_t count(ApplyStage stage) const;
     size_t failures() const;
-    Halt halted() const { return halted_; }
 
     // Begins the next batch; false when there is none, or none may begin.
     bool begin_batch(double now);
 
     // Those of the batch that are to be looked at, and those that are to be sent their settings by
-    // what was seen. The batch ends when nothing is running any more.
+    // what was seen.
     std::vector<Mac> watched() const;
     std::vector<Mac> pending() const;
-    bool is_running() const;
 
-    // A look at all that are watched; and one, begun at `since`, that had no answer.
+    // A look at all that are watched.
     void look(const std::map<Mac, ApplyLook> &seen, double now);
-    void silent(double since, double now);
 
     // A request is sent to those devices; what it was answered for one, or that there was no
     // answer. `text` says the code in words, and is empty for success.
     void ask(const std::vector<Mac> &macs, double now);
     void answered(const Mac &mac, uint8_t code, const std::string &text, double now);
     void unanswered(const std::vector<Mac> &macs, double now);
-    void halt(Halt why);
-    void abandon(double now, const std::string &reason);
-
-    // Percent of the batch's work, and of all.
-    unsigned batch_progress() const { return progress(batch_, batch_); }
-    unsigned whole_progress() const { return progress(1, batches_); }
 
 private:
-    ApplyDevice *running(const Mac &mac);
-    bool may_begin() const { return halted_ == Halt::none; }
     bool wants_request(const ApplyDevice &device) const;
     void enter(ApplyDevice &device, ApplyStage stage);
-    void end(ApplyDevice &device, ApplyStage stage, const std::string &reason = {});
+    void end(ApplyDevice &device, ApplyStage stage, const std::string &reason) override;
     void see(ApplyDevice &device, const ApplyLook &seen);
     void see_waiting(ApplyDevice &device);
     void see_sent(ApplyDevice &device);
     void see_settling(ApplyDevice &device);
     void check_limits(ApplyDevice &device);
-    void settle_batch();
-    unsigned progress(size_t first, size_t last) const;
+    void settle_batch() override;
+    unsigned percent(const ApplyDevice &device) const override;
 
-    std::vector<ApplyDevice> devices_;
-    std::map<Mac, size_t> by_mac_;
     ApplyLimits limits_;
-    Listener &listener_;
-    size_t batches_ = 0, batch_ = 0;
-    ServiceClock clock_;
-    double now_ = 0; // of the event that is worked on
-    Halt halted_ = Halt::none;
 };

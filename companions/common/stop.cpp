@@ -107,7 +107,7 @@ static int wait(int file, short events, double seconds, bool returns_early)
             return -1;
         if (count > 0 && ready[1].revents != 0) {
             notice();
-            if (signals_seen >= enough_signals) {
+            if (waits && signals_seen >= enough_signals) {
                 errno = ECANCELED;
                 return -1;
             }

@@ -11,20 +11,10 @@ using enum UpgradeStage;
 enum : unsigned { LOOKS_TO_BE_ASKED = 2 };
 
 Roll::Roll(std::vector<RollDevice> devices, const RollLimits &limits, Listener &listener)
-    : devices_(std::move(devices)), limits_(limits), listener_(listener)
+    : BatchMachine(std::move(devices), limits.outage, listener), limits_(limits)
 {
-    for (RollDevice &device : devices_) {
-        by_mac_[device.mac] = static_cast<size_t>(&device - devices_.data());
-        batches_ = std::max(batches_, device.batch);
+    for (RollDevice &device : devices_)
         device.step.start = device.from;
-    }
-}
-
-size_t Roll::count(UpgradeStage stage) const
-{
-    return static_cast<size_t>(
-        std::count_if(devices_.begin(), devices_.end(),
-                      [=](const RollDevice &device) { return device.stage == stage; }));
 }
 
 static bool is_failure(const RollDevice &device)
@@ -38,28 +28,23 @@ size_t Roll::failures() const
     return static_cast<size_t>(std::count_if(devices_.begin(), devices_.end(), is_failure));
 }
 
-void Roll::halt(Halt why, const std::string &reason)
+void Roll::halt_for(const std::string &reason)
 {
-    if (halted_ != Halt::none)
-        return;
-    halted_ = why;
-    halt_reason_ = reason;
-    settle_batch();
+    if (may_begin())
+        halt_reason_ = reason;
+    halt(Halt::differs);
 }
 
 bool Roll::begin_batch(double now)
 {
     if (failures() > limits_.max_failures)
         halt(Halt::failures);
-    if (batch_ == batches_ || !may_begin())
+    if (!next_batch(now))
         return false;
     for (RollDevice &device : devices_)
         device.late = false;
-    batch_++;
-    now_ = now;
-    clock_.answered(now);
     for (RollDevice &device : devices_) {
-        if (device.batch != batch_ || device.finished())
+        if (!runs(device))
             continue;
         device.step.entered = clock_.time(now_);
         if (device.stage == upgrading) {
@@ -75,23 +60,16 @@ std::vector<Mac> Roll::watched() const
 {
     std::vector<Mac> macs;
     for (const RollDevice &device : devices_)
-        if (device.batch == batch_ && (!device.finished() || device.late))
+        if (device.batch == batch() && (!device.finished() || device.late))
             macs.push_back(device.mac);
     return macs;
-}
-
-bool Roll::is_running() const
-{
-    return std::any_of(devices_.begin(), devices_.end(), [this](const RollDevice &device) {
-        return device.batch == batch_ && !device.finished();
-    });
 }
 
 std::vector<Mac> Roll::unclear() const
 {
     std::vector<Mac> macs;
     for (const RollDevice &device : devices_)
-        if (device.batch == batch_ && !device.finished() && device.step.check && device.at_rest())
+        if (runs(device) && device.step.check && device.at_rest())
             macs.push_back(device.mac);
     return macs;
 }
@@ -99,7 +77,7 @@ std::vector<Mac> Roll::unclear() const
 // After halt() only what follows on a step that was done goes on.
 bool Roll::wants_request(const RollDevice &device) const
 {
-    if (device.batch != batch_ || !device.at_rest() || !device.last.managed || device.step.check ||
+    if (device.batch != batch() || !device.at_rest() || !device.last.managed || device.step.check ||
         device.step.awaits)
         return false;
     if (device.stage == waiting)
@@ -113,7 +91,7 @@ size_t Roll::in_flight() const
 {
     return static_cast<size_t>(
         std::count_if(devices_.begin(), devices_.end(), [this](const RollDevice &device) {
-            return device.batch == batch_ && device.asked && (!device.finished() || device.late);
+            return device.batch == batch() && device.asked && (!device.finished() || device.late);
         }));
 }
 
@@ -122,7 +100,7 @@ size_t Roll::capacity() const
 {
     const bool follows =
         std::any_of(devices_.begin(), devices_.end(), [this](const RollDevice &device) {
-            return device.batch == batch_ && device.followed;
+            return device.batch == batch() && device.followed;
         });
     return follows ? limits_.follow : devices_.size();
 }
@@ -139,22 +117,6 @@ std::vector<Mac> Roll::pending() const
         macs.push_back(device.mac);
     }
     return macs;
-}
-
-// A device that the present batch waits for; null for all others.
-RollDevice *Roll::find(const Mac &mac)
-{
-    const auto found = by_mac_.find(mac);
-    if (found == by_mac_.end())
-        return nullptr;
-    RollDevice &device = devices_[found->second];
-    return device.batch == batch_ && !device.finished() ? &device : nullptr;
-}
-
-void Roll::enter(RollDevice &device, UpgradeStage stage)
-{
-    device.stage = stage;
-    listener_.changed(device);
 }
 
 void Roll::end(RollDevice &device, UpgradeStage stage, const std::string &reason)
@@ -190,7 +152,7 @@ void Roll::look(const std::map<Mac, Observation> &seen, double since, double now
         see(devices_[by_mac_.at(mac)], found == seen.end() ? Observation() : found->second);
     }
     for (RollDevice &device : devices_)
-        if (device.batch == batch_ && !device.finished())
+        if (runs(device))
             check_limits(device);
     check_failures();
     settle_batch();
@@ -208,7 +170,7 @@ void Roll::check_failures()
 
 void Roll::answered(const Mac &mac, uint8_t code, double now)
 {
-    RollDevice *device = find(mac);
+    RollDevice *device = running(mac);
     if (device == nullptr || !device->step.awaits)
         return;
     now_ = now;
@@ -254,7 +216,7 @@ void Roll::answered(const Mac &mac, uint8_t code, double now)
 void Roll::ask(const std::vector<Mac> &macs)
 {
     for (const Mac &mac : macs)
-        if (RollDevice *device = find(mac))
+        if (RollDevice *device = running(mac))
             device->step.awaits = true;
 }
 
@@ -262,7 +224,7 @@ void Roll::unanswered(const std::vector<Mac> &macs, double now)
 {
     now_ = now;
     for (const Mac &mac : macs) {
-        RollDevice *device = find(mac);
+        RollDevice *device = running(mac);
         if (device == nullptr || !device->step.awaits)
             continue;
         set_asked(*device);
@@ -315,7 +277,7 @@ void Roll::settle_batch()
 {
     bool waits = false, flies = false;
     for (RollDevice &device : devices_) {
-        if (device.batch != batch_ || device.finished())
+        if (device.batch != batch() || device.finished())
             continue;
         const bool begins = device.stage == waiting && !device.step.awaits &&
                             !(device.asked && device.steps_done > 0);
@@ -329,34 +291,8 @@ void Roll::settle_batch()
             device.late = false;
 }
 
-void Roll::silent(double since, double now)
+unsigned Roll::percent(const RollDevice &device) const
 {
-    now_ = now;
-    clock_.silent(since);
-    if (clock_.silence(now) < limits_.outage)
-        return;
-    halt(Halt::silence);
-    abandon(now, "the controller did not answer");
-}
-
-void Roll::abandon(double now, const std::string &reason)
-{
-    now_ = now;
-    halt(Halt::signal);
-    for (RollDevice &device : devices_)
-        if (device.batch == batch_ && batch_ > 0 && !device.finished())
-            end(device, unknown, reason);
-}
-
-unsigned Roll::progress(size_t first, size_t last) const
-{
-    size_t count = 0, sum = 0;
-    for (const RollDevice &device : devices_) {
-        if (device.batch < first || device.batch > last)
-            continue;
-        const unsigned steps = device.steps_done + std::max(device.steps_left, 1U);
-        count++;
-        sum += device.finished() ? 100 : (device.steps_done * 100 + device.progress) / steps;
-    }
-    return count == 0 ? 100 : static_cast<unsigned>(sum / count);
+    const unsigned steps = device.steps_done + std::max(device.steps_left, 1U);
+    return (device.steps_done * 100 + device.progress) / steps;
 }

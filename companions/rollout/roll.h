@@ -25,7 +25,7 @@
 // limit, and the silence of the controller has one.
 #pragma once
 
-#include "course/driver.h"
+#include "course/batch_machine.h"
 #include "util/mac.h"
 
 #include <cstdint>
@@ -114,66 +114,42 @@ struct RollLimits {
     bool allow_older = false;
 };
 
-class Roll {
+class Roll final : public BatchMachine<RollDevice> {
 public:
-    // Is told of each device whose stage has changed.
-    struct Listener {
-        virtual void changed(const RollDevice &device) = 0;
-
-    protected:
-        ~Listener() = default;
-    };
-
     // Devices have their batches already; those that upgrade already are in one of their own, the
     // first.
     Roll(std::vector<RollDevice> devices, const RollLimits &limits, Listener &listener);
 
-    const std::vector<RollDevice> &devices() const { return devices_; }
-    size_t batches() const { return batches_; }
-    size_t batch() const { return batch_; } // the present one, 0 before the first
-    size_t count(UpgradeStage stage) const;
     size_t failures() const; // of devices that this roll-out has asked
-    Halt halted() const { return halted_; }
     const std::string &target() const { return limits_.to; } // of all; may be empty
     const std::map<std::string, Announcement> &announced() const { return announced_; }
-    double lost_time() const { return clock_.lost(); }              // of the service clock
     const std::string &halt_reason() const { return halt_reason_; } // where there is more to say
 
     // Begins the next batch; false when there is none, or none may begin.
     bool begin_batch(double now);
 
     // Those of the batch that are to be looked at; that are to be asked about the steps left; and
-    // that are to be asked to upgrade. The batch ends when nothing is running any more.
+    // that are to be asked to upgrade.
     std::vector<Mac> watched() const;
     std::vector<Mac> unclear() const;
     std::vector<Mac> pending() const;
-    bool is_running() const;
 
-    // A look at all that are watched, which began at `since`; and one that had no answer.
+    // A look at all that are watched, which began at `since`.
     void look(const std::map<Mac, Observation> &seen, double since, double now);
-    void silent(double since, double now);
 
     // A request is sent to those devices; what it was answered for each, or that there was none.
     void ask(const std::vector<Mac> &macs);
     void answered(const Mac &mac, uint8_t code, double now);
     void unanswered(const std::vector<Mac> &macs, double now);
     void steps_known(const Mac &mac, unsigned left, double now); // 0: nothing is newer
-    void halt(Halt why, const std::string &reason = {});
-    void abandon(double now, const std::string &reason);
-
-    // Percent of the batch's work, and of all.
-    unsigned batch_progress() const { return progress(batch_, batch_); }
-    unsigned whole_progress() const { return progress(1, batches_); }
 
 private:
-    RollDevice *find(const Mac &mac);
-    bool may_begin() const { return halted_ == Halt::none; }
+    void halt_for(const std::string &reason);
     bool wants_request(const RollDevice &device) const;
     size_t in_flight() const;
     size_t capacity() const;
     bool is_last(const RollDevice &device) const;
-    void enter(RollDevice &device, UpgradeStage stage);
-    void end(RollDevice &device, UpgradeStage stage, const std::string &reason = {});
+    void end(RollDevice &device, UpgradeStage stage, const std::string &reason) override;
     void set_asked(RollDevice &device);
     void see(RollDevice &device, const Observation &seen);
     void see_busy(RollDevice &device);
@@ -184,20 +160,14 @@ private:
     void finish_step(RollDevice &device, unsigned steps_left);
     void hold(RollDevice &device);
     void check_limits(RollDevice &device);
-    void settle_batch();
+    void settle_batch() override;
     void check_failures();
     bool has_target(RollDevice &device);
     void end_unmanaged(RollDevice &device);
-    unsigned progress(size_t first, size_t last) const;
+    unsigned percent(const RollDevice &device) const override;
 
-    std::vector<RollDevice> devices_;
-    std::map<Mac, size_t> by_mac_;
     RollLimits limits_;
-    Listener &listener_;
-    size_t batches_ = 0, batch_ = 0;
-    ServiceClock clock_;
-    double now_ = 0, looked_ = 0; // of the event that is worked on, and when its look began
-    Halt halted_ = Halt::none;
+    double looked_ = 0; // when the look that is worked on began
     std::string halt_reason_;
     std::map<std::string, Announcement> announced_; // for each model
 };

@@ -106,7 +106,7 @@ void Roll::judge_announcement(RollDevice &device)
     const std::string version = device.to;
     const auto stop = [&](const std::string &what) {
         end(device, failed, what);
-        halt(Halt::differs, std::string(mac_to_text(device.mac)) + " " + what);
+        halt_for(std::string(mac_to_text(device.mac)) + " " + what);
     };
     const std::string text = version_text(version);
     if (is_older(version, device.step.start) && !limits_.allow_older)
@@ -119,11 +119,10 @@ void Roll::judge_announcement(RollDevice &device)
         return;
     }
     const Announcement &first =
-        announced_.emplace(device.model, Announcement{version, batch_}).first->second;
-    if (first.version != version && first.batch < batch_)
-        halt(Halt::differs, std::string(mac_to_text(device.mac)) + " announces version " + text +
-                                " where it was " + version_text(first.version) +
-                                ": the image was replaced");
+        announced_.emplace(device.model, Announcement{version, batch()}).first->second;
+    if (first.version != version && first.batch < batch())
+        halt_for(std::string(mac_to_text(device.mac)) + " announces version " + text +
+                 " where it was " + version_text(first.version) + ": the image was replaced");
 }
 
 void Roll::see_at_rest(RollDevice &device)
@@ -197,7 +196,7 @@ void Roll::see_other(RollDevice &device)
                                      : "came back with its old version";
         end(device, failed, text);
         if (changed && is_last(device) && !limits_.to.empty())
-            halt(Halt::differs, std::string(mac_to_text(device.mac)) + " " + text);
+            halt_for(std::string(mac_to_text(device.mac)) + " " + text);
     } else if (step.looks >= LOOKS_TO_BEGIN && now - step.asked >= limits_.begin) {
         end(device, failed, device.reason.empty() ? "did not begin" : std::string(device.reason));
         device.late = true;
@@ -214,7 +213,7 @@ void Roll::hold(RollDevice &device)
     }
     if (now - step.held_since >= limits_.settle) {
         device.steps_done++;
-        end(device, done);
+        end(device, done, "");
     } else if (device.stage != settling) {
         enter(device, settling);
     }
@@ -236,7 +235,7 @@ void Roll::finish_step(RollDevice &device, unsigned steps_left)
 
 void Roll::steps_known(const Mac &mac, unsigned left, double now)
 {
-    RollDevice *device = find(mac);
+    RollDevice *device = running(mac);
     if (device == nullptr || !device->step.check || !device->at_rest())
         return;
     now_ = now;
