@@ -15,10 +15,11 @@ import time
 import unittest
 from pathlib import Path
 
+import changer
 import fields
 import jsonschema
 from changer import SOURCE, ask, results, run, start
-from harness import Player, main
+from harness import main
 from simulator import AP, SWITCH, Controller
 
 SCHEMA = json.loads(Path(SOURCE, "companions/apply/apply.schema.json").read_text())
@@ -27,47 +28,27 @@ PATH = "radio[0].tx_power"
 SET = ("--set", f"{PATH}=17", "--name", "*", "--no-save")
 
 
-class Script:
-    """A controller whose devices show one look after the other as their configurations are listed,
-    the last for ever. A look says what is stored - 0 what was, 1 what is wanted, 2 another value,
-    3 what is wanted and another setting, 4 a radio less - behind marks: o offline, u unmanaged,
-    b upgrading, c state changed; - is not listed, X nobody is admitted. `answers` are those to
-    requests, CODE:TEXT, x is none. Requests to change are kept."""
+class Script(changer.Script):
+    """A look says what is stored - 0 what was, 1 what is wanted, 2 another value, 3 what is wanted
+    and another setting, 4 a radio less - behind marks: o offline, u unmanaged, b upgrading, c state
+    changed; one is taken as configurations are listed. `answers` are those to requests, CODE:TEXT,
+    x is none. Requests to change are kept."""
 
     def __init__(self, looks, answers="0"):
-        self.looks = [look.split() for look in looks]
-        self.answers, self.times = answers.split(), []
+        self.times = []
         self.stored = fields.Maker(1, counts=(2,), words=[b"w"]).record(3, cfg=True)
-        self.player = Player(answer=lambda request: self.answer(request))
-        self.port = self.player.port
-
-    def mac(self, n):
-        return bytes((2, 0, 0, 0, 0, n + 1))
-
-    def take(self, tokens):
-        return tokens.pop(0) if len(tokens) > 1 else tokens[0]
+        super().__init__(looks, answers)
 
     def answer(self, request):
-        if request is None:
-            gone = self.looks[0][0] == "X"
-            if gone:
-                self.take(self.looks[0])
-            return -1 if gone else b""
         if request[0] == 1:
             is_whole = request[4] & 8
-            macs = [request[i:i + 6] for i in range(7, len(request), 6)]
-            looks = {n: self.take(looks) if is_whole else looks[0]
-                     for n, looks in enumerate(self.looks) if not macs or self.mac(n) in macs}
-            return fields.reply([self.record(n, look, is_whole) for n, look in looks.items()
-                                 if look != "-"])
+            return fields.reply([self.record(n, look, is_whole)
+                                 for n, look in self.shown(request, is_whole).items()])
         count = struct.unpack_from(">H", request, 5)[0]
         self.times.append((time.monotonic(), request))
         answer = self.take(self.answers)
-        if answer == "x":
-            return b""
         code, _, text = answer.partition(":")
-        return bytes([int(code), len(text)]) * count if not text else (
-            bytes([int(code), len(text)]) + text.encode()) * count
+        return b"" if answer == "x" else (bytes([int(code), len(text)]) + text.encode()) * count
 
     def changed(self):
         """The devices that requests to change were for."""
@@ -195,7 +176,7 @@ class Scripted(unittest.TestCase):
             answer = script.answer
 
             def closing(request):
-                lists.append(request and request[0] == 1 and request[4] & 8)
+                lists.append(request[0] == 1 and request[4] & 8)
                 if lists.count(8) == 2 and lists[-1]:
                     os.close(reader)
                 return answer(request)

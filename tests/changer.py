@@ -12,6 +12,7 @@ import sys
 import termios
 from pathlib import Path
 
+from harness import Player
 from simulator import end_with_test
 
 SOURCE, PROGRAM = sys.argv[3:5]
@@ -49,6 +50,41 @@ def rows(table):
 
 def results(table):
     return [row[-1] for row in rows(table).values()]
+
+
+class Script:
+    """A controller whose devices show one look after the other as they are listed, the last for
+    ever; - when it is not listed, X when nobody is admitted. What a look says, and what requests
+    are answered, is the derived class's."""
+
+    def __init__(self, looks, answers):
+        self.looks, self.answers = [look.split() for look in looks], answers.split()
+        self.player = Player(answer=self.play)
+        self.port = self.player.port
+
+    def play(self, request):
+        if request is not None:
+            return self.answer(request)
+        gone = self.looks[0][0] == "X"
+        if gone:
+            self.take(self.looks[0])
+        return -1 if gone else b""
+
+    def mac(self, n):
+        return bytes((2, 0, 0, 0, 0, n + 1))
+
+    def macs(self, data):
+        return [data[i:i + 6] for i in range(0, len(data), 6)]
+
+    def take(self, tokens):
+        return tokens.pop(0) if len(tokens) > 1 else tokens[0]
+
+    def shown(self, request, takes=True):
+        """The looks that a list request gets, by number; without taking them if so wanted."""
+        macs = self.macs(request[7:])
+        looks = {n: self.take(looks) if takes else looks[0] for n, looks in enumerate(self.looks)
+                 if not macs or self.mac(n) in macs}
+        return {n: look for n, look in looks.items() if look != "-"}
 
 
 def ask(port, answer, *options, columns=80):

@@ -17,52 +17,35 @@ import time
 import unittest
 from pathlib import Path
 
+import changer
 import jsonschema
 from changer import NO_TERMINAL, PROGRAM, SOURCE, ask, results, rows, run, start
-from harness import Player, main
+from harness import main
 from simulator import Controller, end_with_test
 
 AP1, AP2, AP3 = (f"02:A3:00:00:00:0{n}" for n in (1, 2, 3))  # one step from the newest, two, one
 FIRST = "02:00:00:00:00:01"
 
 
-class Script:
-    """A controller whose devices show one look after the other as they are listed, the last for
-    ever. A look is a version and marks: r restarted, o offline, u unmanaged, c state changed, eN
-    upgrade state N, bV busy with version V announced; or - when it is not listed, X when nobody is
-    admitted. `steps` are the upgrades left at each question (a digit for all devices or each), ?
-    is success in neither list; `answers` those to requests, x is none. Requests are kept."""
+class Script(changer.Script):
+    """A look is a version and marks: r restarted, o offline, u unmanaged, c state changed, eN
+    upgrade state N, bV busy with version V announced. `steps` are the upgrades left at each
+    question (a digit for all devices or each), ? is success in neither list; `answers` those to
+    requests, x is none. Requests are kept."""
 
     def __init__(self, looks, steps="1 0", answers="0"):
-        self.looks = [look.split() for look in looks]
-        self.steps, self.answers, self.number = steps.split(), answers.split(), 0  # of lists
-        self.player = Player(answer=lambda request: self.answer(request))
-
-    def mac(self, n):
-        return bytes((2, 0, 0, 0, 0, n + 1))
-
-    def take(self, tokens):
-        return tokens.pop(0) if len(tokens) > 1 else tokens[0]
+        self.steps, self.number = steps.split(), 0  # of lists
+        super().__init__(looks, answers)
 
     def answer(self, request):
-        if request is None:
-            gone = self.looks[0][0] == "X"
-            if gone:
-                self.take(self.looks[0])
-            return -1 if gone else b""
         if request[0] == 1:
             self.number += 1
-            macs = self.macs(request[7:])
-            return b"".join(self.record(n, look) for n, look in (
-                (n, self.take(looks)) for n, looks in enumerate(self.looks)
-                if not macs or self.mac(n) in macs) if look != "-") + b"\1"
+            return b"".join(self.record(n, look)
+                            for n, look in self.shown(request).items()) + b"\1"
         if request[0] == 19:
             return self.answer_steps(self.macs(request[5:]))
         answer = self.take(self.answers)
         return b"" if answer == "x" else bytes([int(answer)]) * len(self.macs(request[13:]))
-
-    def macs(self, data):
-        return [data[i:i + 6] for i in range(0, len(data), 6)]
 
     def answer_steps(self, macs):
         token = self.take(self.steps)
@@ -166,7 +149,7 @@ class Scripted(unittest.TestCase):
             with self.subTest(case.what):
                 script = Script(case.looks, **case.script)
                 selection = () if "--name" in case.options else ("--all-managed",)
-                status, out, err = run(script.player.port, *selection, *case.options)
+                status, out, err = run(script.port, *selection, *case.options)
                 self.assertEqual((results(out), status), (case.expected, case.status), err)
                 self.assertRegex(err, re.compile(case.says, re.S))
                 if case.requests is not None:
@@ -174,7 +157,7 @@ class Scripted(unittest.TestCase):
 
     def test_the_request(self):
         script = Script(["1 1 1b2 1o 2r"])
-        run(script.player.port, "--mac", "02:00:00:00:00:01", "--period", "300", "--type", "1")
+        run(script.port, "--mac", "02:00:00:00:00:01", "--period", "300", "--type", "1")
         mac, everything = script.mac(0), bytes.fromhex("01 00000007 0000")
         self.assertEqual(script.player.requests[:4], [
             everything, bytes.fromhex("13 0008 0001") + mac,
@@ -186,11 +169,11 @@ class Scripted(unittest.TestCase):
         release = script.answer
 
         def slow(request):
-            if request and request[0] == 1 and script.number >= 4:
+            if request[0] == 1 and script.number >= 4:
                 time.sleep(1.5)  # the reply is awaited
             return release(request)
         script.answer = slow
-        process = start(script.player.port, "--all-managed", "--batch", "1")
+        process = start(script.port, "--all-managed", "--batch", "1")
         while script.number < 4:
             time.sleep(0.02)
         asked = time.monotonic()
@@ -207,8 +190,8 @@ class Scripted(unittest.TestCase):
         script = Script(["1 1 1b2 1b2 1o 2r", "1"])
         answer = script.answer
         script.answer = lambda request: (
-            time.sleep(0.7 if request and request[0] == 2 else 0), answer(request))[1]
-        process = start(script.player.port, "--all-managed", "--batch", "1")
+            time.sleep(0.7 if request[0] == 2 else 0), answer(request))[1]
+        process = start(script.port, "--all-managed", "--batch", "1")
         while 2 not in script.requests():
             time.sleep(0.02)
         process.send_signal(signal.SIGINT)
@@ -220,7 +203,7 @@ class Scripted(unittest.TestCase):
         during, count = 0, 200 if os.environ.get("ZOV_LONG") else 6
         for number in range(count):
             script = Script(["1 1 1 1b2 1b2 1o 2r"] * 5, answers="x 0", steps="1")
-            process = start(script.player.port, "--all-managed", "--batch", "1")
+            process = start(script.port, "--all-managed", "--batch", "1")
             time.sleep(rng.uniform(0, 1.4))
             process.send_signal(rng.choice((signal.SIGINT, signal.SIGTERM, signal.SIGHUP)))
             sent = script.requests().count(2)
@@ -235,20 +218,20 @@ class Scripted(unittest.TestCase):
 
     def test_one_at_a_time(self):
         script = Script(["1 1 1b2"])
-        first = start(script.player.port, "--all-managed", "--deadline", "9")
+        first = start(script.port, "--all-managed", "--deadline", "9")
         self.assertTrue(any(b"asked to upgrade" in line for line in first.stderr))
-        status, _, err = run(script.player.port, "--all-managed")
-        path = f"/run/lock/zov-127.0.0.1-{script.player.port}"
+        status, _, err = run(script.port, "--all-managed")
+        path = f"/run/lock/zov-127.0.0.1-{script.port}"
         self.assertEqual((status, err), (1, f"zov-rollout: process {first.pid} is changing devices "
-                         f"of the controller at 127.0.0.1:{script.player.port}, see {path}\n"))
-        self.assertEqual(run(script.player.port, "--all-managed", "--plan")[0], 0)
+                         f"of the controller at 127.0.0.1:{script.port}, see {path}\n"))
+        self.assertEqual(run(script.port, "--all-managed", "--plan")[0], 0)
         first.kill()
         first.communicate()
         self.assertEqual(os.stat(path).st_mode & 0o777, 0o644)
         os.unlink(path)
         os.symlink("/dev/null", path)
         self.addCleanup(os.unlink, path)
-        status, _, err = run(script.player.port, "--all-managed")
+        status, _, err = run(script.port, "--all-managed")
         self.assertEqual((status, err), (1, f"zov-rollout: cannot lock {path}: it is no regular "
                                             f"file, and belongs to user {os.geteuid()}\n"))
 
@@ -259,7 +242,7 @@ class Scripted(unittest.TestCase):
             self.assertEqual((status, out, err), (1, "", "zov-rollout: the controller at 127.0.0.1:"
                                                          f"{port} does not answer within 0.5 s\n"))
         self.assertEqual(run(port, "--all-managed")[0], 1)  # nobody listens: at once
-        self.assertEqual(run(Script(["X"]).player.port, "--all-managed", "--timeout", "0.7")[0], 1)
+        self.assertEqual(run(Script(["X"]).port, "--all-managed", "--timeout", "0.7")[0], 1)
         self.assertLess(time.monotonic() - began, 5)
 
     def test_hostile_texts(self):
@@ -268,14 +251,14 @@ class Scripted(unittest.TestCase):
         script = Script(["1"] * len(texts), answers="14")
         script.name = lambda n: texts[n]
         with tempfile.TemporaryDirectory() as folder:
-            plan = run(script.player.port, "--all-managed", "--plan")[1]
-            _, out, err = run(script.player.port, "--all-managed", "--log", f"{folder}/log")
+            plan = run(script.port, "--all-managed", "--plan")[1]
+            _, out, err = run(script.port, "--all-managed", "--log", f"{folder}/log")
             log = Path(f"{folder}/log").read_text()
         for text in (plan, out, err, log):
             self.assertNotRegex(text, "[\0-\x09\x0b-\x1f\x7f-\x9f\u202e\ufffd]")
             self.assertLess(max(map(len, text.splitlines())), 250)
         self.assertIn("\u20ac" * 29 + "...  ", plan)
-        document = json.loads(run(script.player.port, "--all-managed", "--plan", "--json")[1])
+        document = json.loads(run(script.port, "--all-managed", "--plan", "--json")[1])
         self.assertEqual([device["name"] for device in document["devices"]], texts)
 
 
