@@ -3,18 +3,15 @@
 // happen. With ZOV_EXPLORE=all until no new state appears, else a few thousand of them.
 #include "apply/apply.h"
 #include "proto/result_code.h"
+#include "tests/unit/state_space.h"
 
-#include <cstdlib>
-#include <deque>
 #include <gtest/gtest.h>
 #include <iostream>
-#include <unordered_set>
 
 namespace {
 
 constexpr double SETTLE = 2, BEGIN = 2, DEADLINE = 5, OUTAGE = 2;
 constexpr double TIMES[] = {1, DEADLINE};
-constexpr size_t STATES_USUAL = 8000;
 constexpr int LOST = -1;
 constexpr int CODES[] = {RESULT_SUCCESS, RESULT_BUSY, RESULT_NO_RESPONSE, RESULT_BAD_CONFIGURATION,
                          LOST};
@@ -82,17 +79,11 @@ public:
         State first{.apply = Apply(devices_, {1, DEADLINE, BEGIN, SETTLE, OUTAGE}, nobody)};
         first.watch.resize(devices_.size());
         add(std::move(first));
-        while (!states_.empty() && known_.size() < most && !::testing::Test::HasFailure()) {
-            // The newest and the oldest in turn: a part of the states has short and long ways.
-            const bool newest = known_.size() % 2 == 0;
-            const State state = std::move(newest ? states_.back() : states_.front());
-            newest ? states_.pop_back() : states_.pop_front();
-            expand(state);
-        }
-        return known_.size();
+        space_.run(most, [this](const State &state) { expand(state); });
+        return space_.size();
     }
 
-    bool is_complete() const { return states_.empty(); }
+    bool is_complete() const { return space_.is_complete(); }
 
 private:
     std::string key_of(const State &state) const;
@@ -106,15 +97,8 @@ private:
 
     std::vector<ApplyDevice> devices_;
     size_t largest_; // batch
-    std::unordered_set<std::string> known_;
-    std::deque<State> states_;
+    StateSpace<State> space_;
 };
-
-// A time counts as far as its limit.
-std::string key_of_time(double since, double now, double limit)
-{
-    return std::to_string(static_cast<int>(std::min(now - since, limit))) + ",";
-}
 
 std::string Explorer::key_of(const State &state) const
 {
@@ -152,11 +136,11 @@ void Explorer::add(State state)
     check_done(state);
     while (!state.apply.is_running() && state.apply.begin_batch(state.now))
         state.silent_since = -1;
-    if (!known_.insert(key_of(state)).second)
+    if (!space_.is_new(key_of(state)))
         return;
     check(state);
     if (state.apply.is_running())
-        states_.push_back(std::move(state));
+        space_.keep(std::move(state));
 }
 
 void Explorer::look(State &state, const std::map<Mac, ApplyLook> &list) const
@@ -279,7 +263,7 @@ void Explorer::check(const State &state) const
         EXPECT_TRUE(!is_halted || watch.lost == 1) << "begun after the stop";
     }
     check_end(state, nullptr, 0);
-    if (known_.size() % 16 == 0)
+    if (space_.size() % 16 == 0)
         for (const size_t sight : {1U, 2U, 5U, 6U})
             for (const int code : {int{RESULT_BUSY}, LOST, int{RESULT_SUCCESS}})
                 check_end(state, &SIGHTS[sight], code);
@@ -330,14 +314,13 @@ TEST(ApplyExploration, EveryOrderOfEvents)
         {{device(0, 1), device(1, 1)}, 2, 1300000},
         {{device(0, 1), device(1, 1), device(2, 2)}, 2, 200000},
     };
-    const bool is_whole = getenv("ZOV_EXPLORE") != nullptr;
     for (const Fleet &fleet : fleets) {
         Explorer explorer(fleet.devices, fleet.largest);
-        const size_t states = explorer.run(!is_whole                ? STATES_USUAL
+        const size_t states = explorer.run(!is_whole()              ? STATES_USUAL
                                            : fleet.states == 200000 ? fleet.states
                                                                     : SIZE_MAX);
         std::cout << states << " states, " << (explorer.is_complete() ? "all" : "of more")
                   << std::endl;
-        EXPECT_GE(states, std::min(is_whole ? fleet.states : STATES_USUAL, fleet.states));
+        EXPECT_GE(states, std::min(is_whole() ? fleet.states : STATES_USUAL, fleet.states));
     }
 }

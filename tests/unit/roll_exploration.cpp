@@ -3,12 +3,10 @@
 // happen. With ZOV_EXPLORE=all until no new state appears, else a few thousand of them.
 #include "proto/result_code.h"
 #include "rollout/roll.h"
+#include "tests/unit/state_space.h"
 
-#include <cstdlib>
-#include <deque>
 #include <gtest/gtest.h>
 #include <iostream>
-#include <unordered_set>
 
 namespace {
 
@@ -90,7 +88,6 @@ struct Fleet {
     std::vector<size_t> sights;
     size_t states; // at least so many there are
 };
-constexpr size_t STATES_USUAL = 8000;
 
 // Each fleet shows some of the sights; together they show all.
 const std::vector<size_t> USUAL = {0, 1, 3, 4, 7, 8, 9, 10};
@@ -110,17 +107,11 @@ public:
             first.watch.back().uptime = device.last.uptime;
         }
         add(std::move(first));
-        while (!states_.empty() && known_.size() < most && !::testing::Test::HasFailure()) {
-            // The newest and the oldest in turn: a part of the states has short and long ways.
-            const bool newest = known_.size() % 2 == 0;
-            const State state = std::move(newest ? states_.back() : states_.front());
-            newest ? states_.pop_back() : states_.pop_front();
-            expand(state);
-        }
-        return known_.size();
+        space_.run(most, [this](const State &state) { expand(state); });
+        return space_.size();
     }
 
-    bool is_complete() const { return states_.empty(); }
+    bool is_complete() const { return space_.is_complete(); }
 
 private:
     std::string key_of(const State &state) const;
@@ -137,14 +128,13 @@ private:
     Watch &watch(State &state, const Mac &mac) const { return state.watch[mac.byte[5]]; }
 
     const Fleet &fleet_;
-    std::unordered_set<std::string> known_;
-    std::deque<State> states_;
+    StateSpace<State> space_;
 };
 
-// A time counts as far as its limit, and while something depends on it.
+// A time, while something depends on it.
 std::string key_of_time(bool matters, double since, double now, double limit)
 {
-    return matters ? std::to_string(static_cast<int>(std::min(now - since, limit))) + "," : ",";
+    return matters ? ::key_of_time(since, now, limit) : ",";
 }
 
 std::string Explorer::key_of(const State &state) const
@@ -217,11 +207,11 @@ void Explorer::add(State state)
             if (Watch &device = watch(state, mac); device.last.busy)
                 device.announced = device.last.announced;
     }
-    if (!known_.insert(key_of(state)).second)
+    if (!space_.is_new(key_of(state)))
         return;
     check(state);
     if (state.roll.is_running())
-        states_.push_back(std::move(state));
+        space_.keep(std::move(state));
 }
 
 void Explorer::look(State &state, const std::map<Mac, Observation> &list) const
@@ -382,7 +372,7 @@ void Explorer::check(const State &state) const
     EXPECT_LE(in_flight, fleet_.largest) << "too many in flight";
     check_pending(state);
     check_end(state, nullptr, 0);
-    if (known_.size() % 16 != 0)
+    if (space_.size() % 16 != 0)
         return;
     for (const size_t sight : {size_t{1}, size_t{4}, size_t{7}, size_t{9}})
         for (const int code : {int{RESULT_BUSY}, -1, int{RESULT_SUCCESS}})
@@ -433,11 +423,6 @@ RollDevice device(uint8_t number, size_t batch, unsigned steps, bool followed = 
 RollLimits limits(const char *to = "", bool allow_older = false)
 {
     return {1, 1, DEADLINE, BEGIN, SETTLE, OUTAGE, RETURN, to, allow_older};
-}
-
-bool is_whole()
-{
-    return getenv("ZOV_EXPLORE") != nullptr;
 }
 
 } // namespace
