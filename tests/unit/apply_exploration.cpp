@@ -148,7 +148,7 @@ void Explorer::look(State &state, const std::map<Mac, ApplyLook> &list) const
     const double passed = state.served - state.served_at_look;
     for (const Mac &mac : state.apply.watched()) {
         Watch &device = state.of(mac);
-        const ApplyLook sight = list.at(mac);
+        const ApplyLook &sight = list.at(mac);
         const bool is_so =
             sight.listed && sight.online && !sight.busy && sight.stored == Stored::as_wanted;
         const bool was_so = device.held >= 0 && sight.change_time == device.last.change_time;

@@ -219,7 +219,7 @@ void Explorer::look(State &state, const std::map<Mac, Observation> &list) const
     const double passed = state.served - state.served_at_look;
     for (const Mac &mac : state.roll.watched()) {
         Watch &device = watch(state, mac);
-        const Observation sight = list.at(mac);
+        const Observation &sight = list.at(mac);
         const bool rests = sight.listed && sight.online && !sight.busy;
         if (sight.listed && (!sight.online || sight.uptime < device.uptime ||
                              sight.uptime + 1 <= state.now - device.asked_at))
