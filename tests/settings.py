@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
-"""Configuration files through zov cfg: every setting of settings.txt at its bounds and beyond, random
-documents, lists, index bytes, nesting. What has to be sent is worked out by a walk of this file's own.
+"""Configuration files through zov cfg: every setting of settings.txt at its bounds and beyond,
+random documents, lists, index bytes, nesting. What has to be sent is worked out by a walk of this
+file's own.
 
 The first argument is the program; ZOV_LONG=1 asks for more documents.
 """
@@ -24,11 +25,11 @@ EMPTY_LISTS = {"wtp_cfg.manage_mac_list[]": {SWITCH: 20}, "wtp_cfg.ac_list[]": {
                "wtp_cfg.radio[].wlan[].acl.mac[]": {SWITCH: 40, AP: 40},
                "wtp_cfg.radio[].wlan[].l2macWlist[]": {SWITCH: 161, AP: 161}}
 RATES = {"auto": 0, "MCS0": 1, "MCS7": 8, "MCS31": 32, "VHTMCS0": 101, "VHTMCS9": 110, "1M": 1000,
-         "5.5M": 5500, "11M": 11000, "6M.5": 6500, "1.25M": 3500, "-1M": -1000, "xMCS4": 5, "MCSx": 1, 
-         "999999M": 999999000, "M.": 0}
+         "5.5M": 5500, "11M": 11000, "6M.5": 6500, "1.25M": 3500, "-1M": -1000, "xMCS4": 5,
+         "MCSx": 1, "999999M": 999999000, "M.": 0}
 REPORTED_RATES = ["auto", "MCS7", "MCS31", "VHTMCS9", "5.5M", "11M"]
 LISTS = ("macs", "hosts")
-DEVICE = "00:11:22:33:44:55"
+DEVICE, DEVICE_BYTES = "00:11:22:33:44:55", bytes.fromhex("001122334455")
 
 
 class Setting(NamedTuple):
@@ -41,7 +42,7 @@ class Setting(NamedTuple):
 
     @property
     def is_number(self):
-        """Whether JSON has it as a number; all others are texts, and the bounds are of their lengths."""
+        """Whether JSON has it as a number; all others are texts, with bounds of their lengths."""
         return self.form in ("u32", "u16")
 
 
@@ -66,8 +67,8 @@ TABLE = load()
 def program_paths(kind):
     """The paths of the program's own table."""
     rows = Path(__file__).parents[1].joinpath("src/config/settings.def").read_text()
-    return set(re.findall(r'^%s\(\d+, \w+, -?\d+, -?\d+,\s+"([^"]+)"' % {SWITCH: "SWITCH", AP: "AP"}[kind],
-                          rows, re.M))
+    name = {SWITCH: "SWITCH", AP: "AP"}[kind]
+    return set(re.findall(rf'^{name}\(\d+, \w+, -?\d+, -?\d+,\s+"([^"]+)"', rows, re.M))
 
 
 def quads(text):
@@ -78,7 +79,7 @@ def quads(text):
 def encoded(row, value):
     """The wire form of a value that is good."""
     if row.is_number:
-        return struct.pack(">I", value % 2 ** 32) if row.form == "u32" else struct.pack(">H", value % 2 ** 16)
+        return (value % 2 ** 32).to_bytes(4, "big")[0 if row.form == "u32" else 2:]
     if row.form == "digest":
         return hashlib.md5(value.encode() + b"\n").digest()
     if row.form == "rate":
@@ -89,22 +90,24 @@ def encoded(row, value):
 
 
 class Walk:
-    """Turns a document into items. `positions` has one entry a level, and keeps what was there before."""
+    """Turns a document into items. `positions` keeps, for each level, what was there before."""
 
     def __init__(self, kind):
         self.kind, self.items, self.positions = kind, b"", [0] * 64
 
     def item(self, number, key, value):
         """Appends an item."""
-        self.items += struct.pack(">HH", number, len(key)) + key + struct.pack(">H", len(value)) + value
+        self.items += struct.pack(">HH", number, len(key)) + key
+        self.items += struct.pack(">H", len(value)) + value
 
     def walk(self, value, path="", arrays=(), depth=0, above=None):
-        """Walks a value that stands in these arrays (their levels); above: the value that holds it."""
+        """Walks a value in these arrays (their levels); above: the value that holds it."""
         def key():
             return bytes(self.positions[level] for level in arrays)
         if isinstance(value, dict):
             for self.positions[depth], (name, member) in enumerate(value.items()):
-                self.walk(member, f"{path}.{name}" if depth else name, arrays, depth + 1, value)
+                below = f"{path}.{name}" if depth else name
+                self.walk(member, below, arrays, depth + 1, value)
         elif isinstance(value, list):
             path, arrays = f"{path}[]", (*arrays, depth)
             if path in COUNTS:
@@ -133,13 +136,14 @@ def split(items):
 
 
 def document(*pairs, before=0):
-    """A document with these (path, value); `before`: elements that stand before the one with the value."""
+    """A document with these (path, value); `before`: elements before the one with the value."""
     root = {}
     for path, value in pairs:
         node, (*groups, name) = root, path.split(".")
         for group in groups:
             is_array = group.endswith("[]")
-            node = node.setdefault(group.removesuffix("[]"), [{"-": 0}] * before + [{}] if is_array else {})
+            new = [{"-": 0}] * before + [{}] if is_array else {}
+            node = node.setdefault(group.removesuffix("[]"), new)
             node = node[-1] if is_array else node
         is_element = name.endswith("[]") and not isinstance(value, list)
         node[name.removesuffix("[]")] = [value] if is_element else value
@@ -157,10 +161,13 @@ def with_ports(made):
 def extremes(row):
     """The smallest and the largest value that a setting takes."""
     texts = {"ipv4": ("1.2.3.4", "255.255.255.255"), "server": ("", "255.255.255.255"),
-             "ipset": ("0.0.0.0/0.0.0.0/0.0.0.0", "123.124.125.126/255.255.255.000/123.124.125.130"),
+             "ipset": ("0.0.0.0/0.0.0.0/0.0.0.0",
+                       "123.124.125.126/255.255.255.000/123.124.125.130"),
              "macs": ("2:0:0:0:0:1", "FE:ff:fF:ff:ff:ff"), "rate": ("1M", "VHTMCS9")}
+    if row.is_number:
+        return row.low, row.high
     longest = 1000 if row.high is None else row.high
-    return (row.low, row.high) if row.is_number else texts.get(row.form, ("x" * row.low, "y" * longest))
+    return texts.get(row.form, ("x" * row.low, "y" * longest))
 
 
 def words(kind):
@@ -170,8 +177,7 @@ def words(kind):
 
 def script(kind, items):
     """The request with these items, and its reply."""
-    device = bytes.fromhex(DEVICE.replace(":", ""))
-    request = b"\0\1" + device + bytes([kind, 0, 0, 0, 0, 0]) + items + b"\0\0"
+    request = b"\0\1" + DEVICE_BYTES + bytes([kind, 0, 0, 0, 0, 0]) + items + b"\0\0"
     return [(">", struct.pack(">BI", 5, len(request)) + request), ("<", b"\0\0")]
 
 
@@ -188,7 +194,7 @@ class Settings(Case):
             self.expect(self.cfg(kind, content, script(kind, items)))
 
     def refuses(self, kind, content, message):
-        """The file is refused with this message or, if that is empty, in silence, and nothing is sent."""
+        """The file is refused with this message, or in silence, and nothing is sent."""
         with self.subTest(content=str(content)[:300], kind=kind):
             err = f"ERROR: {message}\n".encode() if message else b""
             self.expect(self.cfg(kind, content), err=err, status=1)
@@ -201,29 +207,28 @@ class Settings(Case):
                 self.takes(kind, document(*pairs, before=2 * which))
 
     def test_every_setting_beyond_its_bounds(self):
-        for kind, rows in TABLE.items():
-            for turn, row in enumerate(rows.values()):
-                if row.is_number:
-                    far = (2 ** 32 + row.low, 1 - 2 ** 63, 2 ** 63 - 1, row.low - 2 ** 32)[turn % 4]
-                    values, wrong = [row.low - 1, row.high + 1, far], [str(row.low), True, row.low + .5, None]
-                    message = "config value '{}' is out of range ({} to {}) for '{}'."
-                else:
-                    values = ["z" * n for n in (row.low - 1, (row.high or -2) + 1) if n >= 0]
-                    values += ["\u00e9" * (row.high // 2 + 1)] if row.high else []  # of two bytes each
-                    wrong = [1, False, 1e2, None]
-                    message = "config string length '{}' is out of range ({}-{}) for '{}'."
-                for value in values:
-                    shown = value if row.is_number else len(value.encode())
-                    self.refuses(kind, document((row.path, value)),
-                                 message.format(shown, row.low, row.high, row.path))
-                for value in (wrong[0], wrong[1 + turn % 3]):
-                    self.refuses(kind, document((row.path, value)),
-                                 f"json config value is not matched for '{row.path}'")
-                for value in {"ipv4": ["", "1.2.3", "1.2.3.256"], "ipset": ["9.9.9.9/255.255.255.0/1"],
-                              "rate": ["54", "mcs7", "Auto", "11m"],
-                              "macs": ["", "3:0:0:0:0:1", "0:0:0:0:0:0", "2:0:0:0:0:100"]}.get(row.form, []):
-                    self.refuses(kind, document((row.path, value)),
-                                 f"Invalid config value '{value}' for '{row.path}'.")
+        bad_texts = {"ipv4": ["", "1.2.3", "1.2.3.256"], "ipset": ["9.9.9.9/255.255.255.0/1"],
+                     "rate": ["54", "mcs7", "Auto", "11m"],
+                     "macs": ["", "3:0:0:0:0:1", "0:0:0:0:0:0", "2:0:0:0:0:100"]}
+        for turn, (kind, row) in enumerate((kind, row) for kind, rows in TABLE.items()
+                                           for row in rows.values()):
+            if row.is_number:
+                far = (2 ** 32 + row.low, 1 - 2 ** 63, 2 ** 63 - 1, row.low - 2 ** 32)[turn % 4]
+                values, wrong = [row.low - 1, row.high + 1, far], [str(row.low), True, 0.5, None]
+                message = "config value '{}' is out of range ({} to {}) for '{}'."
+            else:
+                values = ["z" * n for n in (row.low - 1, (row.high or -2) + 1) if n >= 0]
+                values += ["\u00e9" * (row.high // 2 + 1)] if row.high else []  # of two bytes each
+                wrong = [1, False, 1e2, None]
+                message = "config string length '{}' is out of range ({}-{}) for '{}'."
+            cases = [(value, message.format(value if row.is_number else len(value.encode()),
+                                            row.low, row.high, row.path)) for value in values]
+            cases += [(value, f"json config value is not matched for '{row.path}'")
+                      for value in (wrong[0], wrong[1 + turn % 3])]
+            cases += [(value, f"Invalid config value '{value}' for '{row.path}'.")
+                      for value in bad_texts.get(row.form, [])]
+            for value, refusal in cases:
+                self.refuses(kind, document((row.path, value)), refusal)
 
     def test_random_documents(self):
         for seed in range(400 if os.environ.get("ZOV_LONG") else 40):
@@ -232,13 +237,15 @@ class Settings(Case):
 
     def test_forms_of_values(self):
         for rate in RATES:
-            self.takes(AP, document(("wtp_cfg.radio[].data_rate", rate)) if len(rate) > 1 else {"x": 1})
+            self.takes(AP, document(("wtp_cfg.radio[].data_rate", rate)))
         for password in ("secret", "it's; `rm` $(x) \"q\" \\n %s", "-n", "caf\u00e9", "y" * 200):
             self.takes(AP, document(("wtp_cfg.password", password)))
-        for server, sent in (("", bytes(4)), ("none", bytes(4)), ("1.2.3", bytes(4)), ("1.2.3.256", bytes(4)),
-                             ("10.1.2.3x", b"\x0a\1\2\3")):
+        # One radio, its one WLAN, the server.
+        counts = "0004 0001 00 0004 00000001 0011 0002 0000 0004 00000001 007d 0002 0000 0004"
+        for server, sent in (("", "00000000"), ("none", "00000000"), ("1.2.3", "00000000"),
+                             ("1.2.3.256", "00000000"), ("10.1.2.3x", "0a010203")):
             self.takes(AP, document(("wtp_cfg.radio[].wlan[].portal.radius_server", server)),
-                       bytes.fromhex("0004000100000400000001001100020000000400000001007d000200000004") + sent)
+                       bytes.fromhex(counts + sent))
         portal = "wtp_cfg.radio[].portal."
         self.takes(AP, document((portal + "radius_port", 70000), (portal + "port", 65536)))
         for address, sent in (("8.8.4.4x", b"\x08\x08\4\4"), ("008.8.8.8 9", b"\x08" * 4)):
@@ -248,30 +255,31 @@ class Settings(Case):
                    b"\0\1\0\0\0\4\xc3\xa9\"/" + b"\0\1\0\0\0\5again")
 
     def test_address_settings(self):
-        good = (
-            "192.168.1.10/255.255.255.0/192.168.1.1", "10.0.0.1/255.0.0.0/0.0.0.0",
-            "0.0.0.0/0.0.0.0/0.0.0.0", "191.254.0.1/255.255.0.0/191.254.255.254",
-            "192.168.1.9/255.255.255.252/192.168.1.10", "223.1.1.1/255.255.0.0/0.0.0.0",
-            "240.0.0.1/255.0.0.0/240.0.0.2", "1.0.0.1/128.0.0.0/126.0.0.1",
-            "126.9.9.9/255.255.254.0/126.9.8.1", "190.255.0.1/255.255.0.0/0.0.0.0",
-            "1.0.0.1/128.0.0.0/0.0.0.9")
-        bad = (
-            "192.168.1.10/255.0.255.0/192.168.1.1", "10.0.0.1/255.255.160.0/0.0.0.0",
-            "1.2.3.4/24/1.2.3.1/1.2.3.4", "192.168.1.0/255.255.255.0/0.0.0.0",
-            "192.168.1.255/255.255.255.0/0.0.0.0", "192.168.1.10/255.255.255.0/192.168.2.1",
-            "10.0.0.1/255.0.0.0/11.0.0.1", "10.0.0.256/255.0.0.0/0.0.0.0", "127.0.0.5/255.0.0.0/0.0.0.0",
-            "224.0.0.1/255.0.0.0/0.0.0.0", "239.9.9.9/255.0.0.0/0.0.0.0",
-            "191.255.1.1/255.255.0.0/0.0.0.0", "255.0.0.5/255.0.0.0/0.0.0.0",
-            "0.0.0.5/255.255.255.0/0.0.0.0", "255.255.255.255/255.0.0.0/0.0.0.0",
-            "10.0.0.1/255.255.255.255/0.0.0.0", "10.0.0.1/0.0.0.0/0.0.0.0/9.9",
-            "10.0.0.1/255.255.255.254/0.0.0.0", "0.0.0.0/0.0.0.0/10.0.0.1",
-            "10.0.0.1/255.0.0.0/255.255.255.255", "10.0.0.1/255.0.0.0/10.0.0.0",
-            "10.0.0.1/255.0.0.0/10.255.255.255", "1.0.0.1/128.0.0.0/127.0.0.1",
-            "200.0.0.1/192.0.0.0/224.0.0.1", "190.0.0.1/192.0.0.0/191.255.0.1",
-            "0.0.0.0/255.0.0.0/0.0.0.0", "10.0.0.1 /255.0.0.0/10.0.0.2", "200.0.0.1/128.0.0.0/239.0.0.1",
-            "10.0.0.1/127.255.255.0/0.0.0.0", "10.0.0.1/255.255.255.1/0.0.0.0", "10.0.4.1/255.255.252.0/10.0.8.1",
-            "254.0.0.1/254.0.0.0/255.0.0.1", "192.168.1.10/255.255.255.0/192.168.1.255",
-            "0.9.0.0/0.0.0.0/0.0.0.0", "0.0.9.0/0.0.0.0/0.0.0.0", "0.0.0.0/0.0.0.0/0.9.0.0")
+        good = """
+            192.168.1.10/255.255.255.0/192.168.1.1 10.0.0.1/255.0.0.0/0.0.0.0
+            0.0.0.0/0.0.0.0/0.0.0.0 191.254.0.1/255.255.0.0/191.254.255.254
+            192.168.1.9/255.255.255.252/192.168.1.10 223.1.1.1/255.255.0.0/0.0.0.0
+            240.0.0.1/255.0.0.0/240.0.0.2 1.0.0.1/128.0.0.0/126.0.0.1
+            126.9.9.9/255.255.254.0/126.9.8.1 190.255.0.1/255.255.0.0/0.0.0.0
+            1.0.0.1/128.0.0.0/0.0.0.9""".split()
+        bad = ["10.0.0.1 /255.0.0.0/10.0.0.2", *"""
+            192.168.1.10/255.0.255.0/192.168.1.1 10.0.0.1/255.255.160.0/0.0.0.0
+            1.2.3.4/24/1.2.3.1/1.2.3.4 192.168.1.0/255.255.255.0/0.0.0.0
+            192.168.1.255/255.255.255.0/0.0.0.0 192.168.1.10/255.255.255.0/192.168.2.1
+            10.0.0.1/255.0.0.0/11.0.0.1 10.0.0.256/255.0.0.0/0.0.0.0 127.0.0.5/255.0.0.0/0.0.0.0
+            224.0.0.1/255.0.0.0/0.0.0.0 239.9.9.9/255.0.0.0/0.0.0.0
+            191.255.1.1/255.255.0.0/0.0.0.0 255.0.0.5/255.0.0.0/0.0.0.0
+            0.0.0.5/255.255.255.0/0.0.0.0 255.255.255.255/255.0.0.0/0.0.0.0
+            10.0.0.1/255.255.255.255/0.0.0.0 10.0.0.1/0.0.0.0/0.0.0.0/9.9
+            10.0.0.1/255.255.255.254/0.0.0.0 0.0.0.0/0.0.0.0/10.0.0.1
+            10.0.0.1/255.0.0.0/255.255.255.255 10.0.0.1/255.0.0.0/10.0.0.0
+            10.0.0.1/255.0.0.0/10.255.255.255 1.0.0.1/128.0.0.0/127.0.0.1
+            200.0.0.1/192.0.0.0/224.0.0.1 190.0.0.1/192.0.0.0/191.255.0.1
+            0.0.0.0/255.0.0.0/0.0.0.0 200.0.0.1/128.0.0.0/239.0.0.1
+            10.0.0.1/127.255.255.0/0.0.0.0 10.0.0.1/255.255.255.1/0.0.0.0
+            10.0.4.1/255.255.252.0/10.0.8.1 254.0.0.1/254.0.0.0/255.0.0.1
+            192.168.1.10/255.255.255.0/192.168.1.255 0.9.0.0/0.0.0.0/0.0.0.0
+            0.0.9.0/0.0.0.0/0.0.0.0 0.0.0.0/0.0.0.0/0.9.0.0""".split()]
         for kind in TABLE:
             for text in (*good, good[0] + "9x/"):
                 sent = quads(text.removesuffix("x/"))
@@ -279,33 +287,38 @@ class Settings(Case):
             for text in bad:
                 self.refuses(kind, document(("wtp_cfg.ipv4", text)),
                              f"Invalid config value '{text}' for 'wtp_cfg.ipv4'.")
-        # The same rules hold for --ip, which knows name servers as well and does without what is at the end.
-        servers = ("9.0.0.0", "9.0.0.255", "127.0.0.1", "255.255.255.255", "224.0.0.1", "191.255.0.1", "1.1")
-        more = [f"{good[0]}/{first}{server}" for server in servers for first in ("", "8.8.8.8/", "0.0.0.0/")]
-        more += ["9.0.0.1", "0.0.0", "9.0.0.1/255.255.255", "9.0.0.1/255.0.0.0/1", "0.0.0.0/" * 4 + "9.9.9.9"]
-        for text in (*good, good[0] + "/9.9.9.9", good[0] + "/0.0.0.0/8.0.0.1", good[1][:18]):
+        # The same rules hold for --ip, which knows name servers too, and may end early.
+        servers = "9.0.0.0 9.0.0.255 127.0.0.1 255.255.255.255 224.0.0.1 191.255.0.1 1.1".split()
+        bad += [f"{good[0]}/{first}{server}" for server in servers
+                for first in ("", "8.8.8.8/", "0.0.0.0/")]
+        bad += ["9.0.0.1", "0.0.0", "9.0.0.1/255.255.255", "9.0.0.1/255.0.0.0/1",
+                "0.0.0.0/" * 4 + "9.9.9.9"]
+        good += [good[0] + "/9.9.9.9", good[0] + "/0.0.0.0/8.0.0.1", good[1][:18]]
+        for text in good:
             with self.subTest(text=text):
                 item = struct.pack(">HHHH", 26, 3, 0, 20) + quads(text).ljust(20, b"\0")
-                steps = [(">", b"\3" + bytes.fromhex(DEVICE.replace(":", "")) + item), ("<", b"\0")]
+                steps = [(">", b"\3" + DEVICE_BYTES + item), ("<", b"\0")]
                 self.expect(run(["cfg", "--mac", DEVICE, "--add", "--ip", text], steps))
-        for text in (*bad, *more):
+        for text in bad:
             with self.subTest(text=text):
                 self.expect(run(["cfg", "--mac", DEVICE, "--ip", text]),
                             err=f"ERROR: Invalid --ip argument '{text}'.\n".encode())
 
     def test_lists(self):
-        rows = [(kind, row) for kind, rows in TABLE.items() for row in rows.values() if row.form in LISTS]
-        self.assertEqual(len(rows), 5)
-        for kind, (_, path, form, *_) in rows:
-            made = [f"2:0:0:0:{n >> 8:x}:{n & 255:x}" if form == "macs" else f"h{n}" for n in range(257)]
-            most = 256 if form == "macs" else 255
+        lists = [(kind, path, row.form == "macs") for kind, rows in TABLE.items()
+                 for path, row in rows.items() if row.form in LISTS]
+        self.assertEqual(len(lists), 5)
+        for kind, path, is_macs in lists:
+            made = [f"2:0:0:0:{n >> 8:x}:{n & 255:x}" if is_macs else f"h{n}" for n in range(257)]
+            most = 256 if is_macs else 255
             for few in ([], made[:1], made[:3], made[:most]):
                 self.takes(kind, document((path, few), before=1))
             for many in (most + 1, 65537):
-                self.refuses(kind, document((path, (made * 256)[:many])),
-                             f"config array of {many} elements is too long ({most} at most) for '{path}'.")
-            doubles = made[:2] + [made[0].upper()] if form == "macs" else ["", "x", "X", ""]
-            if form == "macs":
+                too_long = f"config array of {many} elements is too long ({most} at most)"
+                many_texts = (made * 256)[:many]
+                self.refuses(kind, document((path, many_texts)), f"{too_long} for '{path}'.")
+            doubles = made[:2] + [made[0].upper()] if is_macs else ["", "x", "X", ""]
+            if is_macs:
                 self.refuses(kind, document((path, doubles)), f"Duplicate MACs in '{path}'.")
                 self.refuses(kind, document((path, doubles + ["3::"])),
                              f"Invalid config value '3::' for '{path}'.")
@@ -322,12 +335,12 @@ class Settings(Case):
 
     def test_sizes_of_arrays(self):
         for kind, rows in TABLE.items():
-            arrays = {path[:at + 2] for path in rows for at in range(len(path)) if path[at:at + 2] == "[]"}
+            arrays = {path[:found.end()] for path in rows for found in re.finditer(r"\[\]", path)}
             arrays -= {path for path, row in rows.items() if row.form in LISTS}
+            too_long = "config array of 257 elements is too long (256 at most)"
             for path in arrays:
                 self.takes(kind, document((path, [{"x": 1}] * 256)))
-                self.refuses(kind, document((path, [{"x": 1}] * 257)),
-                             f"config array of 257 elements is too long (256 at most) for '{path}'.")
+                self.refuses(kind, document((path, [{"x": 1}] * 257)), f"{too_long} for '{path}'.")
         self.takes(AP, document(("wtp_cfg.radio[]", [{"op_mode": n % 3} for n in range(256)])))
         self.takes(AP, document(("wtp_cfg.colour[]", [1] * 300)))
         hotspot = "wtp_cfg.radio[].wlan[].hotspot20"
@@ -336,17 +349,20 @@ class Settings(Case):
                      f"config value of 65536 bytes is too long (65535 at most) for '{hotspot}'.")
 
     def test_what_is_no_setting(self):
-        for value in ({"colour": "red", "Name": 1, "name ": [True], "name": {"x": None}}, [1, {"x": 1}], "x"):
+        members = {"colour": "red", "Name": 1, "name ": [True], "name": {"x": None}}
+        for value in (members, [1, {"x": 1}], "x"):
             for kind in TABLE:
                 self.takes(kind, {"wtp_cfg": value}, b"")
-        long = {"x" * 300: {"x": 1}, "wtp_cfg": {"n" * 247: 1, "m" * 248: [2, {"x": [2]}], "k" * 243: {"a": [2]}}}
-        for text in ("[]", '[[],["wtp_cfg"],{"wtp_cfg":1}]', '{"version":[1,2]}', "3", '"wtp_cfg"', "null",
-                     "", '{"name":"x"}'):
+        for text in ("[]", '[[],["wtp_cfg"],{"wtp_cfg":1}]', '{"version":[1,2]}', "3", '"wtp_cfg"',
+                     "null", "", '{"name":"x"}'):
             self.takes(AP, text, b"")
-        self.takes(AP, {**long, "wtp_cfg": {**long["wtp_cfg"], "name": "n"}}, b"\0\1\0\0\0\1n")
-        for text in ("{}", '{"wtp_cfg":{}}', '{"wtp_cfg":{"%s":{}}}' % ("n" * 248), '{"wtp_cfg":{"name":"a"},"notes":[{"x":{}}]}'):
+        long = {"n" * 247: 1, "m" * 248: [2, {"x": [2]}], "k" * 243: {"a": [2]}, "name": "n"}
+        self.takes(AP, {"x" * 300: {"x": 1}, "wtp_cfg": long}, b"\0\1\0\0\0\1n")
+        for text in ("{}", '{"wtp_cfg":{}}', '{"wtp_cfg":{"%s":{}}}' % ("n" * 248),
+                     '{"wtp_cfg":{"name":"a"},"notes":[{"x":{}}]}'):
             self.refuses(AP, text, "")
-        for text in ('{"wtp_cfg":{"name":"a"}', "wtp_cfg.name=a", "{'a':1}", '{"a":1}x', '{"a":1 /**/}', " "):
+        for text in ('{"wtp_cfg":{"name":"a"}', "wtp_cfg.name=a", "{'a':1}", '{"a":1}x',
+                     '{"a":1 /**/}', " "):
             self.refuses(AP, text, "Invalid config file f.")
         # A member named like a list's element is in no list.
         self.refuses(AP, '{"wtp_cfg":{"ac_list":["a",{"x":1}],"ac_list[]":"x"}}',
@@ -354,7 +370,8 @@ class Settings(Case):
 
     def test_nesting(self):
         for levels in range(61, 66):
-            for text in ("[" * levels + "]" * levels, '{"a":' * (levels - 1) + "1" + "}" * (levels - 1)):
+            objects = levels - 1
+            for text in ("[" * levels + "]" * levels, '{"a":' * objects + "1" + "}" * objects):
                 if levels <= 63:
                     self.takes(AP, text, b"")
                 else:
@@ -362,9 +379,9 @@ class Settings(Case):
 
 
 class Documents:
-    """Makes random documents of good settings. With `rows`, the elements of each array by its path (3 of
-    others), they hold every setting, and what a report can show as it was sent; else some, with members
-    that are none and arrays of any length."""
+    """Makes random documents of good settings. With `rows`, the elements of each array by its path
+    (3 of others), they hold every setting, and what a report can show as it was sent; else some,
+    with members that are none and arrays of any length."""
 
     def __init__(self, seed, kind, rows=None):
         self.random, self.kind, self.rows = random.Random(seed), kind, rows
@@ -374,9 +391,10 @@ class Documents:
         """A good value of a setting."""
         chance, whole = self.random, self.rows
         if row.is_number:
-            return chance.randint(row.low, min(row.high, 65535) if whole and row.form == "u16" else row.high)
+            is_short = whole and row.form == "u16"
+            return chance.randint(row.low, min(row.high, 65535) if is_short else row.high)
         if row.form == "rate":
-            return chance.choice(REPORTED_RATES if whole else [rate for rate in RATES if len(rate) > 1])
+            return chance.choice(REPORTED_RATES if whole else list(RATES))
         if row.path.endswith(".hotspot20"):
             return json.dumps({"enable": chance.randint(0, 1), "name": 'a "b"'})
         if whole and row.path.endswith(".ssid"):  # the report escapes it, and no other
@@ -390,8 +408,8 @@ class Documents:
 
     def noise(self, depth=0):
         """A value that is no setting."""
-        makers = [lambda: 1.5, lambda: None, lambda: "x", list, lambda: [self.noise(depth + 1)] * 2,
-                  lambda: {"n": self.noise(depth + 1), "m": 1}]
+        makers = [lambda: 1.5, lambda: None, lambda: "x", list,
+                  lambda: [self.noise(depth + 1)] * 2, lambda: {"n": self.noise(depth + 1), "m": 1}]
         return self.random.choice(makers if depth < 4 else makers[:4])()
 
     def group(self, above="wtp_cfg"):
@@ -408,7 +426,8 @@ class Documents:
             if not self.rows and chance.random() < 0.1:
                 members[f"x{len(members)}"] = self.noise()
             if not name.endswith("[]"):
-                members[plain] = self.value(self.paths[path]) if path in self.paths else self.group(path)
+                is_value = path in self.paths
+                members[plain] = self.value(self.paths[path]) if is_value else self.group(path)
             elif path in self.paths:
                 few = [self.value(self.paths[path]) for _ in range(count)]
                 members[plain] = list({text.lower(): text for text in few}.values())
@@ -418,11 +437,13 @@ class Documents:
 
 
 def write_documents(folder, examples):
-    """Writes seeds for fuzzing: documents, each behind a character for the kind: 0 access point, 1 switch."""
+    """Writes seeds for fuzzing: documents, each behind a character for the kind: 0 access point,
+    1 switch."""
     folder.mkdir(parents=True, exist_ok=True)
     texts = [path.read_text() for path in sorted(examples.iterdir())]
     for kind, rows in TABLE.items():
-        made = [document(*((row.path, extremes(row)[which]) for row in rows.values())) for which in (0, 1)]
+        made = [document(*((row.path, extremes(row)[which]) for row in rows.values()))
+                for which in (0, 1)]
         made += [{"wtp_cfg": Documents(seed, kind).group()} for seed in range(20)]
         for number, text in enumerate([*texts, *map(json.dumps, made)]):
             (folder / f"{kind}.{number}").write_text(f"{AP - kind}{text}")
