@@ -1,7 +1,9 @@
 # SPDX-License-Identifier: MIT
-"""Device records, made from the table in fields.txt: their bytes on the wire, and what is reported of them.
+"""Device records, made from the table in fields.txt: their bytes on the wire, and what is reported
+of them.
 
-fields.py FOLDER writes replies with many sorts of values as files, for cutting, changing and fuzzing.
+fields.py FOLDER writes replies with many sorts of values as files, for cutting, changing and
+fuzzing.
 """
 import random
 import re
@@ -36,7 +38,8 @@ def load():
             section = sections[line.strip("[]")] = {"wire": [], "json": [], "text": []}
         elif line.startswith("|"):
             condition, row = re.fullmatch(r"\|(?:\?([a-z,]+):)?(.*)", line).groups()
-            row = "".join(f"{part}\n" for part in row.split(" |")).replace("\\t", "\t").replace("\\c\n", "")
+            row = "".join(f"{part}\n" for part in row.split(" |"))
+            row = row.replace("\\t", "\t").replace("\\c\n", "")
             section["text"].append((set((condition or "").split(",")) - {""}, row))
         elif line and line[0] in "wj ":
             words = line.split()
@@ -102,10 +105,10 @@ def data_rate(code):
 def shown(value, mark=""):
     """A value in the form that its mark asks for."""
     if isinstance(value, int):
-        signed = value - (value >> 31 << 32)
+        signed, minutes = value - (value >> 31 << 32), value // 60
         return {"": value, "-": signed, "'": value - (value >> 15 << 16), "@": data_rate(signed),
                 "!": time.asctime(time.gmtime(value + 5400)) if value else "",
-                "+": f"{value // 86400}d:{value // 3600 % 24}h:{value // 60 % 60}m:{value % 60}s"}[mark]
+                "+": f"{minutes // 1440}d:{minutes // 60 % 24}h:{minutes % 60}m:{value % 60}s"}[mark]
     if isinstance(value, Ip):
         return ".".join(map(str, value))
     if isinstance(value, Mac):
@@ -129,9 +132,9 @@ def fill_in(template, values, prefix=""):
 def holding(values, context):
     """The conditions of the table that hold for a structure."""
     mode = values.get("sec_mode", 0)
-    holds = {"wlan": "portal.network_type" in values, "static": any(values.get("ip", b"")), "dhcp": True,
+    static = any(values.get("ip", b""))
+    holds = {"wlan": "portal.network_type" in values, "static": static, "dhcp": not static,
              "wep": mode == 1, "wpa": 2 <= mode <= 12, "radius": mode in (5, 6, 7, 11, 12)}
-    holds["dhcp"] = not holds["static"]
     return context | {name for name, true in holds.items() if true}
 
 
@@ -145,7 +148,8 @@ def text(section, values, context):
             name = row[1:-1]
             for item in values[name]:
                 is_mac = isinstance(item, Mac)
-                out += f"        {shown(item)}\n" if is_mac else text(child(section, name), item, context)
+                out += (f"        {shown(item)}\n" if is_mac else
+                        text(child(section, name), item, context))
         else:
             out += fill_in(row, values)
     return out
@@ -184,7 +188,8 @@ def members(section, words, values, context, here, prefix="", wanted=True):
         elif rest.startswith("="):
             yield f'"{name}":{fill_in(rest[1:], values, prefix)}'
         elif rest.startswith("+"):
-            yield from members(section, iter(SECTIONS[rest[1:]]["json"]), values, context, here, prefix, on)
+            more = iter(SECTIONS[rest[1:]]["json"])
+            yield from members(section, more, values, context, here, prefix, on)
         else:
             quote = "" if isinstance(value, int) else '"'
             yield f'"{name}":{quote}{shown(value, mark)}{quote}'
@@ -192,12 +197,13 @@ def members(section, words, values, context, here, prefix="", wanted=True):
 
 # Making records.
 
-WORDS = [b"", b"", b"m", b"office 1", b'say "x" \\ a/b', b"tab\there\nline\r\x08\x0c", b"cut\0off", b"\0",
-         b"\x01\x1f\x7f", b"caf\xc3\xa9 \xff\xfe", b"5%s %n%d", b"x" * 300, b"/" * 40, b'{"a":[1,"b"]}',
-         b"\r\n", b"Switch\r\nX"]
-HOSTS = [b"", b"host", b" !~", b"a\x1f", b"\x7fb", b"c\x80", b"ok\0\x01", b'"q"/\\', b"\x01", b"t\t", b"\0x"]
-RATES = [0, 1, 2, 32, 33, 101, 110, 111, 999, 1000, 1099, 1100, 5500, 6050, 11000, 54000, 2 ** 31 - 1, -1,
-         -100, 1 - 2 ** 31]
+WORDS = [b"", b"", b"m", b"office 1", b'say "x" \\ a/b', b"tab\there\nline\r\x08\x0c",
+         b"cut\0off", b"\0", b"\x01\x1f\x7f", b"caf\xc3\xa9 \xff\xfe", b"5%s %n%d", b"x" * 300,
+         b"/" * 40, b'{"a":[1,"b"]}', b"\r\n", b"Switch\r\nX"]
+HOSTS = [b"", b"host", b" !~", b"a\x1f", b"\x7fb", b"c\x80", b"ok\0\x01", b'"q"/\\', b"\x01",
+         b"t\t", b"\0x"]
+RATES = [0, 1, 2, 32, 33, 101, 110, 111, 999, 1000, 1099, 1100, 5500, 6050, 11000, 54000,
+         2 ** 31 - 1, -1, -100, 1 - 2 ** 31]
 
 
 class Maker:
@@ -252,7 +258,7 @@ class Maker:
         return values
 
     def record(self, kind=None, cfg=None, detail=None):
-        """A record: type 3 is an access point, 2 a switch; with a configuration, with its details or not."""
+        """A record: type 3 is an access point, 2 a switch; with a configuration and details or not."""
         choose = self.random.choice
         kind = choose([1, 2, 2, 3, 3, 5, 255]) if kind is None else kind
         record = self.fill("record", {})
@@ -277,9 +283,11 @@ def record_bytes(record):
     own = {3: "ap", 2: "switch"}.get(record["wtp_type"])
     out = encode("record", record) + (encode(f"record/{own}", record) if own else b"")
     if own == "switch":
-        out += bytes([record["?status"]]) + (encode("record/status", record) if record["?status"] else b"")
+        out += bytes([record["?status"]])
+        out += encode("record/status", record) if record["?status"] else b""
     for cfg in record["wtp_cfg"]:
-        return out + b"\1" + encode("wtp_cfg", cfg) + (encode(f"wtp_cfg/{own}", cfg) if own else b"")
+        out += b"\1" + encode("wtp_cfg", cfg)
+        return out + (encode(f"wtp_cfg/{own}", cfg) if own else b"")
     return out + b"\0"
 
 
@@ -295,15 +303,17 @@ def report(records, form, *choices):
     if form == "results":
         out = "".join(fill_in("%mac=%upg_state\n", record) for record in records)
     elif form == "json":
-        out = '"wtp_list":[' + ",".join(map(json, ["record"] * len(records), records, contexts)) + "]\n"
+        objects = map(json, ["record"] * len(records), records, contexts)
+        out = f'"wtp_list":[{",".join(objects)}]\n'
     else:
-        brief = form == "brief"
-        out = "mac\t\t   address\t\tmodel\t\tmg ip fw ug\tstate\tversion\t\tuptime\n" if brief else ""
+        is_brief = form == "brief"
+        out = "mac\t\t   address\t\tmodel\t\tmg ip fw ug\tstate\tversion\t\tuptime\n" * is_brief
         for record, context in zip(records, contexts):
-            marks = [pair[bool(record[name])] for name, pair in (("managed", "ny"), ("unavaiable_addr", "ox"),
-                                                                 ("unavaiable_fw", "ox"))]
-            line = "%mac  %ip:%port\t%model\t{}  {}  {}  %upg_state\t%state/%sub_state\t%sw_ver\t%+uptime\n"
-            out += fill_in(line.format(*marks), record) if brief else text("record", record, context)
+            marks = [pair[bool(record[name])] for name, pair in (
+                ("managed", "ny"), ("unavaiable_addr", "ox"), ("unavaiable_fw", "ox"))]
+            line = (f"%mac  %ip:%port\t%model\t{'  '.join(marks)}  %upg_state\t%state/%sub_state\t"
+                    "%sw_ver\t%+uptime\n")
+            out += fill_in(line, record) if is_brief else text("record", record, context)
         out += f"-------------------------------------\nWTP count\t{len(records)}\n"
     return out.encode("latin-1")
 

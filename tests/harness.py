@@ -1,12 +1,13 @@
 # SPDX-License-Identifier: MIT
 """Plays the controller for one run of the real program, and keeps what came of it.
 
-ZOV names the program (else the first argument of the test does), ZOV_WRAPPER a command to run it under,
-such as "valgrind -q --error-exitcode=99", or an emulator "qemu-s390x -0 zov". A program outlives no test: it
-ends when its peer is gone, and has a minute of processor time at most. ZOV_PATIENCE: seconds to wait for it.
+ZOV names the program (else the first argument of the test does), ZOV_WRAPPER a command to run it
+under, such as "valgrind -q --error-exitcode=99", or an emulator "qemu-s390x -0 zov".
+ZOV_PATIENCE: seconds to wait for it.
 """
 import atexit
 import contextlib
+import ctypes
 import importlib.util
 import itertools
 import os
@@ -26,10 +27,11 @@ from dataclasses import dataclass, field
 from pathlib import Path
 
 ADMITTED = b"\0\0\0\1"
+PR_SET_PDEATHSIG, _prctl = 1, ctypes.CDLL(None).prctl  # see prctl(2)
 MINUTE = 60  # of processor time that a program may take
 TIME_ZONE = "TST-1:30"  # local time is 90 minutes ahead
 WRAPPER = os.environ.get("ZOV_WRAPPER", "").split()
-PATIENCE = int(os.environ.get("ZOV_PATIENCE", 60 if WRAPPER else 5))  # seconds that a peer may stay silent
+PATIENCE = int(os.environ.get("ZOV_PATIENCE", 60 if WRAPPER else 5))  # seconds of silence
 
 _listener = socket.create_server(("127.0.0.1", 0), backlog=8)
 _deaf = socket.socket()
@@ -41,8 +43,8 @@ atexit.register(_deaf.close)
 def option_words():
     """A command line's words for each option that there is, by its name."""
     rows = Path(__file__).parents[1].joinpath("src/options/options.h").read_text()
-    return {name: [f"--{name}", "1"][:1 + (argument == "required")] for name, argument in
-            re.findall(r'OPTION\(\w+, "(\w+)", (\w+)_argument', rows)}
+    found = re.findall(r'OPTION\(\w+, "(\w+)", (\w+)_argument', rows)
+    return {name: [f"--{name}", *["1"] * (argument == "required")] for name, argument in found}
 
 
 def program():
@@ -63,18 +65,47 @@ class Outcome:
     files: list = field(default_factory=list)  # names in the run's folder
 
 
+def start(words, prepare=None, **options):
+    """Starts a program that ends with this test, however that ends. `prepare` is called in the new
+    process."""
+    def begin():
+        _prctl(PR_SET_PDEATHSIG, signal.SIGKILL)
+        if os.getppid() != test:
+            os._exit(1)
+        if prepare:
+            prepare()
+    test = os.getpid()
+    return subprocess.Popen(words, preexec_fn=begin, **options)
+
+
+def call(*words, data=None, raw=False, timeout=60, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+         **options):
+    """Runs a program to its end, with these bytes as its input: its exit status and the texts that
+    it wrote; with `raw`, standard output is bytes."""
+    stdin = subprocess.DEVNULL if data is None else subprocess.PIPE
+    with start(list(map(str, words)), stdin=stdin, stdout=stdout, stderr=stderr,
+               **options) as process:
+        try:
+            out, err = (text or b"" for text in process.communicate(data, timeout))
+        finally:
+            process.kill()
+    return process.returncode, out if raw else out.decode(), err.decode()
+
+
 class Complaint(Exception):
     """What the controller did not get, or got instead."""
 
 
 def _receive(client, size, outcome, expected=b"\0"):
     start = len(outcome.received)
+    end = start + size
     try:
-        while (left := size + start - len(outcome.received)) and (piece := client.recv(min(left, 1 << 20))):
+        while piece := client.recv(min(end - len(outcome.received), 1 << 20)):
             outcome.received += piece
     except TimeoutError:
-        raise Complaint(f"timed out: {outcome.sent} bytes of replies were sent, then {expected.hex()} was expected "
-                        f"and {outcome.received[start:].hex() or 'nothing'} came") from None
+        came = outcome.received[start:].hex() or "nothing"
+        raise Complaint(f"timed out: {outcome.sent} bytes of replies were sent, then "
+                        f"{expected.hex()} was expected and {came} came") from None
     return outcome.received[start:]
 
 
@@ -106,21 +137,23 @@ def _serve(client, script, handshake, pieces, outcome):
         raise Complaint(f"at the end {rest.hex()} instead of {goodbye.hex()}")
 
 
-def run(words, script=(), *, handshake=ADMITTED, absent=False, pieces=False, environment=None, files=None,
-        output=None, prepare=None):
-    """Runs the program with these words, in a folder with these files (name: bytes), and plays the script.
+def run(words, script=(), *, handshake=ADMITTED, absent=False, pieces=False, environment=None,
+        files=None, output=None, prepare=None):
+    """Runs the program with these words, in a folder with these files (name: bytes), and plays the
+    script.
 
-    A script is a list of (">", bytes) to expect, ("<", bytes) to send and ("x",) to hang up; the goodbye
-    byte is expected behind it. Or it is the bytes of all replies, whatever is asked. `absent`: nobody listens.
-    `pieces`: replies go out byte by byte. `output`: a file or its descriptor that standard output is, instead of
-    being kept. `prepare` is called in the new process.
+    A script is a list of (">", bytes) to expect, ("<", bytes) to send and ("x",) to hang up; the
+    goodbye byte is expected behind it. Or it is the bytes of all replies, whatever is asked.
+    `absent`: nobody listens. `pieces`: replies go out byte by byte. `output`: a file or its
+    descriptor that standard output is, instead of being kept. `prepare` is called in the new
+    process.
     """
     outcome, zov = Outcome(), program()
     port = (_deaf if absent else _listener).getsockname()[1]
     words = [*words[:1], "--acport", str(port), *words[1:]] if words else []
-    settings = {**os.environ, "TZ": TIME_ZONE, **(environment or {})}
+    variables = {**os.environ, "TZ": TIME_ZONE, **(environment or {})}
     if WRAPPER:  # it looks for the program in PATH, by the name that the usage text shows
-        settings["PATH"] = f"{os.path.dirname(zov)}:{settings['PATH']}"
+        variables["PATH"] = f"{os.path.dirname(zov)}:{variables['PATH']}"
     with contextlib.ExitStack() as stack:
         folder = "/"
         if files is not None:
@@ -128,12 +161,13 @@ def run(words, script=(), *, handshake=ADMITTED, absent=False, pieces=False, env
         for name, content in (files or {}).items():
             with open(os.path.join(folder, name), "wb") as file:
                 file.write(content)
-        out, err = (stack.enter_context(open(os.memfd_create(name), "r+b")) for name in ("out", "err"))
+        out, err = (stack.enter_context(open(os.memfd_create(name), "r+b"))
+                    for name in ("out", "err"))
         stdout = stack.enter_context(open(output, "wb")) if output else out
         name = zov if "-0" in WRAPPER else "zov"  # an emulator is told what it calls the program
-        process = subprocess.Popen([*WRAPPER, name, *words], executable=None if WRAPPER else zov, cwd=folder,
-                                   env=settings, stdin=subprocess.DEVNULL, stdout=stdout, stderr=err,
-                                   preexec_fn=prepare, start_new_session=True)  # where a wrong kill finds no test
+        process = start([*WRAPPER, name, *words], prepare, executable=None if WRAPPER else zov,
+                        cwd=folder, env=variables, stdin=subprocess.DEVNULL, stdout=stdout,
+                        stderr=err, start_new_session=True)  # where a wrong kill finds no test
         resource.prlimit(process.pid, resource.RLIMIT_CPU, (MINUTE, MINUTE + 1))
         end = os.pidfd_open(process.pid)
         stack.callback(os.close, end)
@@ -161,17 +195,16 @@ def run(words, script=(), *, handshake=ADMITTED, absent=False, pieces=False, env
 
 
 class Player:
-    """A controller that plays to one client after the other, each the next of the answers: bytes for whatever
-    it asks, a number in place of its admission, None for neither. It ends a connection then; with `holds` it
-    leaves that to the client. Keeps the requests. Or `answer(request)` gives the reply to any request, and a
-    number for the request None refuses the client.
+    """A controller that plays to one client after the other, each the next of the answers: bytes
+    for whatever it asks, a number in place of its admission, None for neither. It ends a connection
+    then; with `holds` it leaves that to the client. Keeps the requests. Or `answer(request)` gives
+    the reply to any request, and a number for the request None refuses the client.
     """
 
     def __init__(self, *answers, holds=False, answer=None):
         self.listener, self.requests = socket.create_server(("127.0.0.1", 0), backlog=64), []
         self.port = str(self.listener.getsockname()[1])
-        self.thread = threading.Thread(target=self._play, args=(answers, holds, answer), daemon=True)
-        self.thread.start()
+        threading.Thread(target=self._play, args=(answers, holds, answer), daemon=True).start()
 
     def _play(self, answers, holds, answer):
         for fixed in answers or itertools.repeat(None):
@@ -207,7 +240,7 @@ class Case(unittest.TestCase):
             self.skipTest("the address sanitizer takes address space")
 
     def expect(self, outcome, out=b"", err=b"", status=None):
-        """Everything of an outcome; the status is 0 when nothing was complained of, unless it is told."""
+        """Everything of an outcome; the status is 1 if there is a message, unless it is told."""
         status = (1 if err else 0) if status is None else status
         if outcome.complaint and outcome.err == err:
             self.fail(outcome.complaint)
@@ -228,6 +261,6 @@ def needs(*programs, modules=()):
 
 
 def main():
-    """Runs the tests of the calling file, up to the first failure; with ZOV_KEEP_GOING=1 all of them."""
+    """Runs the tests of the calling file up to the first failure, with ZOV_KEEP_GOING=1 all."""
     signal.signal(signal.SIGPIPE, signal.SIG_IGN)
     unittest.main(argv=sys.argv[:1], verbosity=0, failfast="ZOV_KEEP_GOING" not in os.environ)

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Lists of devices through wtps, wtpflag and online, every byte compared with what the table of fields says.
+"""Lists of devices through wtps, wtpflag and online, every byte compared with what fields.txt says.
 
 The first argument is the program; ZOV_LONG=1 asks for more lists.
 """
@@ -13,13 +13,15 @@ import fields
 from harness import Case, first_difference, main, run
 
 LONG = 20 if os.environ.get("ZOV_LONG") else 1
-FILTERS = {"--unmanaged": 1, "--managed": 2, "--join": 4, "--no_cfg": 8, "--no_stainf": 32}  # bits they clear
+FILTERS = {"--unmanaged": 1, "--managed": 2, "--join": 4, "--no_cfg": 8,
+           "--no_stainf": 32}  # bits they clear
 FORMS = [  # options, filter word, form, choices
     ("", 63, "text"), ("--basic", 39, "text", "basic"), ("--password", 63, "text", "password"),
-    ("--basic --password", 39, "text", "basic", "password"), ("--no_cfg", 55, "text"), ("--json", 63, "json"),
-    ("--json --basic", 39, "json", "basic"), ("--json --password", 63, "json", "password"),
-    ("--basic --password --json", 39, "json", "basic", "password"), ("--no_stainf --json", 31, "json"),
-    ("--breif", 55, "brief"), ("--breif --basic --password", 39, "brief"), ("--fwresult", 39, "results"),
+    ("--basic --password", 39, "text", "basic", "password"), ("--no_cfg", 55, "text"),
+    ("--json", 63, "json"), ("--json --basic", 39, "json", "basic"),
+    ("--json --password", 63, "json", "password"), ("--no_stainf --json", 31, "json"),
+    ("--basic --password --json", 39, "json", "basic", "password"), ("--breif", 55, "brief"),
+    ("--breif --basic --password", 39, "brief"), ("--fwresult", 39, "results"),
     ("--json --fwresult --password", 39, "results")]
 TEXT, JSON = FORMS[2], FORMS[7]
 
@@ -34,10 +36,11 @@ class Reports(Case):
         """These records, printed in these forms."""
         for words, word, *shape in forms:
             reply, expected = fields.reply(records), fields.report(records, *shape)
-            outcome = run(["wtps", *words.split()], [request(word), ("<", reply)], **options)
+            typed = ["wtps", *words.split()]
+            outcome = run(typed, [request(word), ("<", reply)], **options)
             with self.subTest(words=words):
-                if "timed out" in outcome.complaint:  # what it reads amiss shows when the list ends somewhere
-                    longer = run(["wtps", *words.split()], [request(word), ("<", reply + bytes([1]) * 65536)])
+                if "timed out" in outcome.complaint:  # what it reads amiss shows when the list ends
+                    longer = run(typed, [request(word), ("<", reply + bytes([1]) * 65536)])
                     differs = f"the report {first_difference(longer.out, expected)}"
                     self.fail(f"{outcome.complaint}; {differs if longer.out else misread()}")
                 self.expect(outcome, expected)
@@ -50,8 +53,8 @@ class Reports(Case):
 
     def test_every_kind_security_mode_and_data_rate(self):
         for cfg, detail in itertools.product((False, True), (False, True)):
-            self.check([fields.Maker(9).record(kind, cfg, detail) for kind in (0, 1, 2, 3, 4, 5, 255)],
-                       (TEXT, JSON))
+            self.check([fields.Maker(9).record(kind, cfg, detail)
+                        for kind in (0, 1, 2, 3, 4, 5, 255)], (TEXT, JSON))
         records = [fields.rich(3, mode) for mode in range(len(fields.RATES))]
         for mode, (record, rate) in enumerate(zip(records, fields.RATES)):
             radio = record["wtp_cfg"][0]["radio"][0]
@@ -59,7 +62,8 @@ class Reports(Case):
         self.check(records, (TEXT, JSON))
 
     def test_every_byte_and_long_texts(self):
-        for text in (bytes(range(1, 256)), *(b'"' * length for length in (2047, 2048, 2049, 65535))):
+        lengths = (2047, 2048, 2049, 65535)
+        for text in (bytes(range(1, 256)), *(b'"' * length for length in lengths)):
             self.check([fields.rich(3, words=[text])], (TEXT, JSON))
 
     def test_counts_of_more_than_one_byte(self):
@@ -69,8 +73,9 @@ class Reports(Case):
             for n, (_, _, bits) in enumerate(lists(fields.rich(kind))):
                 record = fields.rich(kind)
                 values, name, _ = list(lists(record))[n]
+                items = enumerate(values[name] * min(300, 2 ** bits - 1))
                 values[name] = [{**item, "#": i + 1, "po": i} if isinstance(item, dict) else item
-                                for i, item in enumerate(values[name] * min(300, 2 ** bits - 1))]
+                                for i, item in items]
                 record["sw_max_port"] = len(record.get("switch_hw_port", []))
                 self.check([record], (TEXT, JSON))
                 tried += 1
@@ -94,8 +99,8 @@ class Requests(Case):
             word = 63 - sum(FILTERS.get(option, 0) for option in words)
             word |= 3 if {"--managed", "--unmanaged"} <= words else 0
             word &= ~(24 if {"--basic", "--fwresult"} & words else 8 if "--breif" in words else 0)
-            form = next((form for option, form in (("--fwresult", "results"), ("--json", "json"),
-                                                   ("--breif", "brief")) if option in words), "text")
+            forms = {"--fwresult": "results", "--json": "json", "--breif": "brief"}
+            form = next((form for option, form in forms.items() if option in words), "text")
             conflict = next((pair for pair in (("json", "breif"), ("basic", "no_cfg"))
                              if {f"--{name}" for name in pair} <= words), None)
             typed = ["wtps", *chance.sample(sorted(words) * 2, len(words) * 2)]
@@ -108,23 +113,24 @@ class Requests(Case):
                     self.expect(run(typed, script), fields.report([], form))
 
     def test_lists_of_addresses(self):
-        many = [f"02000000{n:04x}" for n in range(300)]
+        many = [f"00112233{n:04x}" for n in range(0x4455, 0x4455 + 300)]
         for text, *macs in (
-                ("00:11:22:aa:BB:cC", "001122aabbcc"), ("0:1:2:3:4:5", "000102030405"), ("",), (",,",),
-                (",00:11:22:33:44:55,,00:11:22:33:44:56,0:11:22:33:44:55,", "001122334455", "001122334456"),
-                (" 0:11:22:33:44:55junk:66, 0x0:0x11:22:33:44:56", "001122334455", "001122334456"),
-                ("0000:0011:22:33:44:00055;2:0:0:0:0:1", "001122334455"), ("fE:ff:ff:ff:f:0", "feffffff0f00"),
-                (",".join(f"2:0:0:0:{n >> 8:x}:{n & 255:x}" for n in range(300)), *many)):
+                ("00:11:22:aa:BB:cC", "001122aabbcc"), ("0:1:2:3:4:5", "000102030405"),
+                ("",), (",,",), ("fE:ff:ff:ff:f:0", "feffffff0f00"),
+                (",00:11:22:33:44:55,,00:11:22:33:44:56,0:11:22:33:44:55,", *many[:2]),
+                (" 0:11:22:33:44:55junk:66, 0x0:0x11:22:33:44:56", *many[:2]),
+                ("0000:0011:22:33:44:00055;2:0:0:0:0:1", many[0]),
+                (",".join(f"0:11:22:33:{mac[8:10]}:{mac[10:]}" for mac in many), *many)):
             with self.subTest(text=text):
                 script = [request(63, list(map(bytes.fromhex, macs))), ("<", b"\1")]
                 self.expect(run(["wtps", "--json", "--mac", "2:2:2:2:2:2", "--mac", text], script),
                             b'"wtp_list":[]\n')
-        for text in ("00:11:22:33:44", "00:11:22:33:44:100", "00:11:22:33:44:zz", "0:0:0:0:0:0", " ",
-                     "-1:2:3:4:5:6", "01:00:5e:00:00:01", "ff:ff:ff:ff:ff:ff", "00-11-22-33-44-55",
-                     "001122334455", "2:0:0:0:0:1,3:0:0:0:0:1", "x,2:0:0:0:0:1", "2:0:0:0:0:1,2:0:0:0:0"):
+        for text in (" ", *"""00:11:22:33:44 00:11:22:33:44:100 00:11:22:33:44:zz 0:0:0:0:0:0
+                     -1:2:3:4:5:6 01:00:5e:00:00:01 ff:ff:ff:ff:ff:ff 00-11-22-33-44-55 001122334455
+                     2:0:0:0:0:1,3:0:0:0:0:1 x,2:0:0:0:0:1 2:0:0:0:0:1,2:0:0:0:0""".split()):
             with self.subTest(text=text):
-                refusal = f"ERROR: Invalid --mac argument '{text}'.\n".encode()
-                self.expect(run(["wtps", "--mac", text, "--basic", "--no_cfg", "--wait", "1"]), err=refusal)
+                self.expect(run(["wtps", "--mac", text, "--basic", "--no_cfg", "--wait", "1"]),
+                            err=f"ERROR: Invalid --mac argument '{text}'.\n".encode())
 
     def test_counting_commands(self):
         for seed in range(20 * LONG):
@@ -138,36 +144,44 @@ class Requests(Case):
             offline = sum(record["state"] == record["sub_state"] == 0 for record in flagged)
             upgrading = sum(record["sub_state"] == 4 or record["upg_img"] > 0 for record in records)
             online = sum(record["state"] == 5 for record in records)
-            self.expect(run(["wtpflag", "--flag", "1"], [request(15), reply]),
-                        b"Waiting WTPs=%d\nAll WTPs=%d\nOffline WTPs=%d\n" % (waiting, len(flagged), offline))
-            self.expect(run(["wtpflag", "--flag", "2"], [request(15), reply]), b"%d\n" % upgrading)
-            self.expect(run(["online"], [request(7), reply]), b"online WTP: %d/%d\n" % (online, len(records)))
+            waits = f"Waiting WTPs={waiting}\nAll WTPs={len(flagged)}\nOffline WTPs={offline}\n"
+            for words, word, expected in (
+                    ("wtpflag --flag 1", 15, waits), ("wtpflag --flag 2", 15, f"{upgrading}\n"),
+                    ("online", 7, f"online WTP: {online}/{len(records)}\n")):
+                self.expect(run(words.split(), [request(word), reply]), expected.encode())
 
 
 def lists(record):
-    """Every list of a record that has one, as (the structure that holds it, its name, bits of its count)."""
+    """Every list of a record: the structure that holds it, its name, the bits of its count."""
     def below(sections, values):
-        for kind, name in (field for section in sections for field in fields.wire_fields(section)):
+        for kind, name in itertools.chain(*map(fields.wire_fields, sections)):
             if re.match(r"\??(list|macs|hosts)", kind):
                 yield values, name, int(re.sub(r"\D", "", kind) or 32)
                 for item in filter(lambda item: isinstance(item, dict), values[name]):
                     yield from below([fields.child(sections[0], name)], item)
-    status, cfg = {3: ("record/ap", "wtp_cfg/ap"), 2: ("record/status", "wtp_cfg/switch")}[record["wtp_type"]]
+    status, cfg = {3: ("record/ap", "wtp_cfg/ap"),
+                   2: ("record/status", "wtp_cfg/switch")}[record["wtp_type"]]
     yield from below([status], record)
     yield from below(["wtp_cfg", cfg], record["wtp_cfg"][0])
 
 
+def promised(record, values, name, count):
+    """What comes of a reply that ends behind a record whose list of this name has this count."""
+    key = "sw_max_port" if name == "switch_hw_port" else f"#{name}"
+    values[key] = count
+    reply = fields.reply([record], b"")
+    values[key] = 1
+    return run(["wtps"], [request(63), ("<", reply), ("x",)])
+
+
 def misread():
-    """Between which counts a record is read amiss: one that is read right can be too large for memory."""
+    """Between which counts a record is read amiss: one read right can be too large for memory."""
     for kind in (3, 2):
         record, last = fields.rich(kind), "the beginning"
         for values, name, bits in lists(record):
             if bits < 32 or name == "lan_port":
                 continue
-            key = "sw_max_port" if name == "switch_hw_port" else f"#{name}"
-            values[key] = 2 ** 32 - 1
-            outcome = run(["wtps"], [request(63), ("<", fields.reply([record], b"")), ("x",)])
-            values[key] = 1
+            outcome = promised(record, values, name, 2 ** 32 - 1)
             if b"Out of memory" not in outcome.err:
                 return f"of kind {kind}, fields behind {last} and up to {name} are read amiss"
             last = name
@@ -185,7 +199,8 @@ class TruncatedReplies(Case):
                     self.expect(run(["wtps", *words], script), status=1)
         for words, word in (("online", 7), ("wtpflag --flag 1", 15), ("wtps --breif", 55)):
             for cut in (1, len(whole) // 2, len(whole) - 1):
-                self.expect(run(words.split(), [request(word), ("<", whole[:cut]), ("x",)]), status=1)
+                script = [request(word), ("<", whole[:cut]), ("x",)]
+                self.expect(run(words.split(), script), status=1)
 
     def test_counts_that_promise_too_much(self):
         """A count beyond what comes ends as a cut reply does, or for want of memory."""
@@ -196,10 +211,7 @@ class TruncatedReplies(Case):
                 for count in (2 ** bits - 1, 2 ** (bits - 1) - 1):
                     if name == "lan_port" and count == 2 ** 32 - 1:
                         continue  # a number of LAN ports below zero is none
-                    key = "sw_max_port" if name == "switch_hw_port" else f"#{name}"
-                    values[key] = count
-                    outcome = run(["wtps"], [request(63), ("<", fields.reply([record], b"")), ("x",)])
-                    values[key] = 1
+                    outcome = promised(record, values, name, count)
                     with self.subTest(name=name, count=count):
                         if count >= 2 ** 31:  # no machine has such a table
                             which = b"(linkCount=-1)" if name == "link" else b""
