@@ -1,7 +1,8 @@
 # SPDX-License-Identifier: MIT
-"""Asks real shells what they complete: completions.py ZOV AC_SIM SOURCE_FOLDER COMPLETION_FOLDER PROGRAM...
+"""Asks real shells what they complete, with a simulated controller:
+completions.py ZOV AC_SIM SOURCE_FOLDER COMPLETION_FOLDER PROGRAM...
 
-Bash and zsh run in a terminal, where keys are sent; fish tells by itself. A simulated controller is there.
+Bash and zsh run in a terminal, where keys are sent; fish tells by itself.
 """
 import os
 import pty
@@ -9,7 +10,6 @@ import re
 import select
 import shlex
 import socket
-import subprocess
 import sys
 import tempfile
 import time
@@ -17,45 +17,63 @@ import unittest
 import unittest.mock
 from pathlib import Path
 
-from harness import needs
+from harness import call, needs
 from simulator import Controller
 
 ZOV, _, _, FOLDER, *PROGRAMS = sys.argv[1:]
-APS, SWITCH = [f"02:A3:00:00:00:0{n}" for n in (1, 2)], "02:A2:00:00:00:01"
 FILES = ["office.json", "two words.json", "sub/in.json"]
 
-# A line to complete (PORT stands for the controller's), and what is offered for its last word.
-LINES = [
-    ("zov au", ["autoch", "autotp"]), ("zov rst --f", ["--factory", "--flickreboot"]),
-    ("zov kick --radio 5", ["5g", "5g1"]), ("zov sh --type=", ["--type=0", "--type=1", "--type=2"]),
-    ("zov wtpflag --flag ", ["1", "2"]), ("zov online --", ["--acport", "--acserver"]), ("zov nothing --", []),
-    # Options are offered once.
-    ("zov rst --mac 2:0:0:0:0:1 --wait=3 --", ["--factory", "--flickreboot", "--acserver", "--acport"]),
-    ("zov-check --items --type 1 --", ["--strict", "--format", "--acserver", "--acport", "--timeout", "--help", "--version"]),
-    ("zov-rollout --all-managed --type ", ["0", "1", "2"]), ("zov-rollout --name x --max", ["--max-failures"]),
-    ("ac-sim --refuse 7 --result 2:0:0:0:0:1=1 --r", ["--result"]),
-    ("zov-export --format c", ["cfg", "csv"]), ("zov-export --output=o", ["--output=office.json"]),
-    ("zov-export --directory ", ["sub/"]), ("zov-export --acport=PORT --mac 02:A2", [SWITCH]),
-    ("zov-export --columns mac,poe_", ["mac,poe_budget", "mac,poe_used"]),
-    # Files.
-    ("zov cfg --file o", ["office.json"]), ("zov cfg --file=o", ["--file=office.json"]),
-    ("zov cfg --file tw", ["two words.json"]), ("zov cfg --file=two\\ w", ["--file=two words.json"]),
-    ("zov cfg --file two\\ words.json,o", ["two words.json,office.json"]), ("zov cfg --file sub/", ["sub/in.json"]),
-    ("zov-check ", ["office.json", "two words.json", "sub/"]), ("zov-check --items 'two", ["two words.json"]),
-    # Devices, of the controller on the line, in lists and in lower case.
-    ("zov rst --acport PORT --mac ", [*APS, SWITCH]), ("zov rst --acport=PORT --mac 02:a3:", APS),
-    ("zov rst --acport=PORT --mac=02:A2", [f"--mac={SWITCH}"]),
-    (f"zov rst --acport PORT --mac {APS[0]},02:A3", [f"{APS[0]},{APS[1]}"]),
-    (f"zov rst --acport PORT --mac={APS[0]},{SWITCH},", [f"--mac={APS[0]},{SWITCH},{APS[1]}"]),
-    # Without an answer, and without one in time, there is nothing.
-    ("zov rst --acport 1 --mac ", []), ("zov rst --acserver 127.0.0.1 --acport SILENT --mac ", []),
-]
+# A line up to the cursor, |, and what is offered for its last word. PORT is the controller's.
+LINES = r"""
+zov au|                        autoch  autotp
+zov rst --f|                   --factory  --flickreboot
+zov kick --radio 5|            5g  5g1
+zov sh --type=|                --type=0  --type=1  --type=2
+zov wtpflag --flag |           1  2
+zov online --|                 --acport  --acserver
+zov nothing --|
+Options are offered once:
+zov rst --mac 2:0:0:0:0:1 --wait=3 --|  --factory  --flickreboot  --acserver  --acport
+zov-check --items --type 1 --| \
+    --strict  --format  --acserver  --acport  --timeout  --help  --version
+zov-rollout --all-managed --type |      0  1  2
+zov-rollout --name x --max|             --max-failures
+ac-sim --refuse 7 --result 2:0:0:0:0:1=1 --r|  --result
+zov-export --format c|                  cfg  csv
+zov-export --output=o|                  --output=office.json
+zov-export --directory |                sub/
+zov-export --acport=PORT --mac 02:A2|   02:A2:00:00:00:01
+zov-export --columns mac,poe_|          mac,poe_budget  mac,poe_used
+Files:
+zov cfg --file o|                       office.json
+zov cfg --file=o|                       --file=office.json
+zov cfg --file tw|                      two words.json
+zov cfg --file=two\ w|                  --file=two words.json
+zov cfg --file two\ words.json,o|       two words.json,office.json
+zov cfg --file sub/|                    sub/in.json
+zov-check |                             office.json  two words.json  sub/
+zov-check --items 'two|                 two words.json
+Devices, of the controller on the line, in lists and in lower case:
+zov rst --acport PORT --mac |           02:A3:00:00:00:01  02:A3:00:00:00:02  02:A2:00:00:00:01
+zov rst --acport=PORT --mac 02:a3:|     02:A3:00:00:00:01  02:A3:00:00:00:02
+zov rst --acport=PORT --mac=02:A2|      --mac=02:A2:00:00:00:01
+zov rst --acport PORT --mac 02:A3:00:00:00:01,02:A3|  02:A3:00:00:00:01,02:A3:00:00:00:02
+zov rst --acport PORT --mac=02:A3:00:00:00:01,02:A2:00:00:00:01,| \
+    --mac=02:A3:00:00:00:01,02:A2:00:00:00:01,02:A3:00:00:00:02
+Without an answer, and without one in time, there is nothing:
+zov rst --acport 1 --mac |
+zov rst --acserver 127.0.0.1 --acport SILENT --mac |
+"""
+LINES = [(line, re.split("  +", words.strip()) if words.strip() else []) for line, words in
+         re.findall(r"^(.*)\|(.*)$", LINES.replace("\\\n", ""), re.M)]
 
-DESCRIPTIONS = [("zov ", ["Reset WTP", "Show firmware upgrade list"]), ("zov rst --", ["reset to factory settings",
-                "the wtp's mac address list"]), ("zov sh --t", ["specify output type. 0:all 1:stdout 2:stderr"]),
-                ("zov rst --acport PORT --mac ", ["SW-10P 10.2.0.1:5246", "AP-430 10.3.0.2:5246"]),
-                ("zov-check --", ["print what would be sent of each good file: id, index, path, value"])]
-# A timeout(1) for tests, since 300 ms can be short on a machine that has much to do; true for the silent port.
+DESCRIPTIONS = [
+    ("zov ", ["Reset WTP", "Show firmware upgrade list"]),
+    ("zov rst --", ["reset to factory settings", "the wtp's mac address list"]),
+    ("zov sh --t", ["specify output type. 0:all 1:stdout 2:stderr"]),
+    ("zov rst --acport PORT --mac ", ["SW-10P 10.2.0.1:5246", "AP-430 10.3.0.2:5246"]),
+    ("zov-check --", ["print what would be sent of each good file: id, index, path, value"])]
+# A timeout(1) for tests, since 300 ms can be short on a busy machine; true for the silent port.
 PATIENT = """#!/bin/sh
 case $* in
 *{silent}*) exec /usr/bin/timeout "$@" ;;
@@ -65,7 +83,8 @@ esac
 
 
 class Terminal:
-    """A shell in a terminal. Control-X does what the shell's start says, Control-T shows the line and clears it."""
+    """A shell in a terminal. Control-X does what the shell's start says, Control-T shows the line
+    and clears it."""
 
     def __init__(self, start, words, folder):
         home = f"{folder}.home"
@@ -92,6 +111,11 @@ class Terminal:
         os.waitpid(self.process, 0)
 
 
+def sources(shell):
+    """The lines that load all completions."""
+    return "\n".join(f"source {shlex.quote(f'{FOLDER}/{name}.{shell}')}" for name in PROGRAMS)
+
+
 def last_word(line, separators=" "):
     """Where the last word of a line begins, which may be quoted."""
     return re.search(rf"(\\.|'.*|[^{separators}\\'])*$", line).start()
@@ -99,7 +123,7 @@ def last_word(line, separators=" "):
 
 def bash(folder):
     """Asks for all that can be inserted. Bash replaces only what is behind = or : in a word."""
-    terminal = Terminal("PS1=; " + "; ".join(f"source {FOLDER}/{name}.bash" for name in PROGRAMS) + r"""
+    terminal = Terminal("PS1=\n" + sources("bash") + r"""
         bind '"\C-x": insert-completions'
         bind -x '"\C-t": printf "<<%s>>" "$READLINE_LINE"; READLINE_LINE='""",
                         ["bash", "--rcfile", "HOME/.zshrc", "-i"], folder)
@@ -112,9 +136,10 @@ def bash(folder):
 
 
 def zsh(folder):
-    """Asks for a list, which shows the last parts of words only, and for what Tab inserts if that is one word."""
+    """Asks for a list, which shows the last parts of words only, and for what Tab inserts if that
+    is one word."""
     terminal = Terminal(f"""PS1=; stty columns 200; fpath=($HOME $fpath)
-        for name in {" ".join(PROGRAMS)}; do cp {FOLDER}/$name.zsh $HOME/_$name; done
+        for name in {" ".join(PROGRAMS)}; do cp {shlex.quote(FOLDER)}/$name.zsh $HOME/_$name; done
         autoload -U compinit; compinit -u -D
         setopt no_beep no_always_last_prompt no_auto_menu; LISTMAX=1000
         list() {{ zle list-choices; zle -R }}; zle -N list; bindkey '^X' list
@@ -135,11 +160,9 @@ def zsh(folder):
 
 
 def fish(folder):
-    sources = "; ".join(f"source {FOLDER}/{name}.fish" for name in PROGRAMS)
-
     def ask(line):
-        script = f"cd {folder}; {sources}; complete -C {shlex.quote(line)}"
-        shown = subprocess.run(["fish", "--no-config", "-c", script], capture_output=True, text=True, check=True).stdout
+        script = f"{sources('fish')}\ncomplete -C {shlex.quote(line)}"
+        shown = call("fish", "--no-config", "-c", script, cwd=folder)[1]
         return [text.split("\t")[0] for text in shown.splitlines()], shown
     return (lambda: None), ask
 
@@ -151,13 +174,17 @@ def part(text):
 
 class Completions(unittest.TestCase):
     def check(self, shell):
-        with tempfile.TemporaryDirectory() as above, socket.create_server(("127.0.0.1", 0)) as silent, \
+        with tempfile.TemporaryDirectory() as above, \
+                socket.create_server(("127.0.0.1", 0)) as silent, \
                 Controller("--aps", "2", "--switches", "1", "--others", "0") as controller:
+            silent_port = str(silent.getsockname()[1])
+
             def filled(line):
-                return line.replace("PORT", controller.port).replace("SILENT", str(silent.getsockname()[1]))
-            Path(above, "timeout").write_text(PATIENT.format(silent=silent.getsockname()[1]))
+                return line.replace("PORT", controller.port).replace("SILENT", silent_port)
+            Path(above, "timeout").write_text(PATIENT.format(silent=silent_port))
             os.chmod(f"{above}/timeout", 0o755)
-            self.enterContext(unittest.mock.patch.dict(os.environ, PATH=f"{above}:{os.environ['PATH']}"))
+            path = f"{above}:{os.environ['PATH']}"
+            self.enterContext(unittest.mock.patch.dict(os.environ, PATH=path))
             folder = Path(above, "files")
             for name in FILES:
                 folder.joinpath(name).parent.mkdir(exist_ok=True, parents=True)
@@ -175,11 +202,12 @@ class Completions(unittest.TestCase):
                 shown = ask(filled(line))[1]
                 for text in texts:
                     self.assertIn(text, shown)
-            if shell is bash:  # it would offer these unquoted behind a comma, and run what they hold
+            if shell is bash:  # it would offer these unquoted behind a comma, and run them
                 odd = ["x`id`.json", "x$HOME.json"]
                 for name in odd:
                     folder.joinpath(name).touch()
-                for line, expected in (("x", odd), ("office.json,x", []), ("x\\`id\\`.json,o", [])):
+                for line, expected in (("x", odd), ("office.json,x", []),
+                                       ("x\\`id\\`.json,o", [])):
                     self.assertEqual(set(ask(f"zov cfg --file {line}")[0]), set(expected), line)
 
     @needs("bash")

@@ -105,10 +105,10 @@ def data_rate(code):
 def shown(value, mark=""):
     """A value in the form that its mark asks for."""
     if isinstance(value, int):
-        signed, minutes = value - (value >> 31 << 32), value // 60
+        signed, hours = value - (value >> 31 << 32), value // 3600
         return {"": value, "-": signed, "'": value - (value >> 15 << 16), "@": data_rate(signed),
                 "!": time.asctime(time.gmtime(value + 5400)) if value else "",
-                "+": f"{minutes // 1440}d:{minutes // 60 % 24}h:{minutes % 60}m:{value % 60}s"}[mark]
+                "+": f"{hours // 24}d:{hours % 24}h:{value // 60 % 60}m:{value % 60}s"}[mark]
     if isinstance(value, Ip):
         return ".".join(map(str, value))
     if isinstance(value, Mac):
@@ -258,7 +258,7 @@ class Maker:
         return values
 
     def record(self, kind=None, cfg=None, detail=None):
-        """A record: type 3 is an access point, 2 a switch; with a configuration and details or not."""
+        """A record: type 3 is an access point, 2 a switch; with `cfg` and `detail` or without."""
         choose = self.random.choice
         kind = choose([1, 2, 2, 3, 3, 5, 255]) if kind is None else kind
         record = self.fill("record", {})
