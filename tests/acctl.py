@@ -9,11 +9,10 @@ import os
 import resource
 import shutil
 import signal
-import subprocess
 import tempfile
 from pathlib import Path
 
-from harness import Case, main, option_words, run
+from harness import Case, main, option_words, run, start
 
 PID_FILE = Path("/var/run/ac.pid")
 
@@ -28,8 +27,8 @@ class ProcessControl(Case):
         self.start_victim()
 
     def start_victim(self):
-        """A child that waits to be ended."""
-        self.victim = subprocess.Popen(["sleep", "600"])
+        """A child that waits to be ended, a while."""
+        self.victim = start(["sleep", "120"])
         self.addCleanup(self.victim.wait)
         self.addCleanup(self.victim.kill)
 
@@ -59,7 +58,8 @@ class ProcessControl(Case):
                 self.start_victim()
 
     def test_kill_leaves_other_processes_alone(self):
-        for command in ("/usr/sbin/ac", "/usr/sbin/acx -d", "mac -d", "trac -d", "/ac\t-d", "AC -d"):
+        for command in ("/usr/sbin/ac", "/usr/sbin/acx -d", "mac -d", "trac -d", "/ac\t-d",
+                        "AC -d"):
             with self.subTest(command=command):
                 self.list_processes(f" {self.victim.pid} ?  Ss  0:00 {command}")
                 self.expect(self.zov("kill"))
@@ -69,12 +69,13 @@ class ProcessControl(Case):
         bystander = self.victim
         self.start_victim()
         other, pid = bystander.pid, self.victim.pid
-        # A name across two pieces of 511 characters is none; at the very end of the first it is one.
+        # A name across two pieces of 511 characters is none; at the end of the first it is one.
         cut = [f"{other} ".ljust(before, "x") + "/ac -d" for before in (508, 509, 510)]
         self.list_processes(
             *cut, " 0 ? S 0:00 /usr/sbin/ac -d", f" -{'0' * 30} ac -d",
-            f" 99999999999 ? S 0:00 /usr/sbin/ac {other}", f" {2**32 + other} ? S 0:00 /usr/sbin/ac -d",
-            f" {'y' * 600} ac -d", f" {pid} {'z' * 600} {other} {'z' * 600} /usr/sbin/ac -d")
+            f" 99999999999 ? S 0:00 /usr/sbin/ac {other}",
+            f" {2**32 + other} ? S 0:00 /usr/sbin/ac -d", f" {'y' * 600} ac -d",
+            f" {pid} {'z' * 600} {other} {'z' * 600} /usr/sbin/ac -d")
         self.expect(self.zov("kill"))
         self.assertEqual((self.victim.wait(10), bystander.poll()), (-signal.SIGKILL, None))
         self.start_victim()
@@ -112,7 +113,8 @@ class ProcessControl(Case):
 
     def test_kill_with_a_list_that_cannot_be_written(self):
         self.list_processes(f" {self.victim.pid} ? S 0:00 /usr/sbin/ac -d")
-        outcome = self.zov("kill", prepare=lambda: resource.setrlimit(resource.RLIMIT_NOFILE, (4, 4)))
+        few = (resource.RLIMIT_NOFILE, (4, 4))
+        outcome = self.zov("kill", prepare=lambda: resource.setrlimit(*few))
         self.assertEqual((outcome.status, outcome.out), (1, b""))
         self.assertRegex(outcome.err, rb"^ERROR: execute 'ps x > /tmp/zov\.ps\.\d+' error=512\n$")
         self.assertIsNone(self.victim.poll())
@@ -123,10 +125,11 @@ class ProcessControl(Case):
         self.assertEqual(self.victim.wait(10), -signal.SIGKILL)
 
     def test_kill_reports_a_command_that_fails(self):
-        for script, message in (("exit 3", r"ERROR: execute 'ps x > /tmp/zov\.ps\.\d+' error=768\n"),
-                                ('rm "$(readlink /proc/$$/fd/1)"', r"open /tmp/zov\.ps\.\d+ failed\n"),
-                                ("echo ' 99999999 ?  Ss  0:00 /usr/sbin/ac -d'",
-                                 r"(?s:.*\n)?ERROR: execute 'kill -9 99999999' error=256\n")):
+        for script, message in (
+                ("exit 3", r"ERROR: execute 'ps x > /tmp/zov\.ps\.\d+' error=768\n"),
+                ('rm "$(readlink /proc/$$/fd/1)"', r"open /tmp/zov\.ps\.\d+ failed\n"),
+                ("echo ' 99999999 ?  Ss  0:00 /usr/sbin/ac -d'",
+                 r"(?s:.*\n)?ERROR: execute 'kill -9 99999999' error=256\n")):
             with self.subTest(script=script):
                 self.fake_ps(script)
                 outcome = self.zov("kill")

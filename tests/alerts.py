@@ -1,16 +1,15 @@
 # SPDX-License-Identifier: MIT
-"""The alerts, judged by promtool: alerts.py PROMTOOL SOURCE_FOLDER
+"""The alerts, judged by promtool: alerts.py ZOV
 
 Each has series that trigger it when its time is over, and not before; and series that do not.
 """
 import json
-import subprocess
-import sys
 import tempfile
 import unittest
 from pathlib import Path
 
-PROMTOOL, SOURCE = sys.argv[1:3]
+from harness import SOURCE, call, main, needs
+
 RULES = f"{SOURCE}/companions/export/zov.rules.yml"
 
 # Alert, series of one value a minute that trigger it (a+bxN: from a, N times b more), the minute
@@ -51,10 +50,6 @@ INFO = {"series": 'zov_device_info{mac="M",name="ap",kind="access_point",job="j"
         "values": f"1x{NEVER}"}
 
 
-def promtool(*words):
-    return subprocess.run([PROMTOOL, *words], capture_output=True, text=True, timeout=60)
-
-
 def fires(lines, minutes, alert):
     """Whether promtool finds the alert at any of the minutes: it compares with none."""
     tests = {"rule_files": [RULES], "evaluation_interval": "1m", "tests": [
@@ -64,17 +59,17 @@ def fires(lines, minutes, alert):
     with tempfile.NamedTemporaryFile("w", suffix=".yml") as file:
         json.dump(tests, file)
         file.flush()
-        done = promtool("test", "rules", file.name)
-    if done.returncode != 0 and "got:[" not in done.stdout + done.stderr:
-        raise AssertionError(done.stdout + done.stderr)
-    return done.returncode != 0
+        status, out, err = call("promtool", "test", "rules", file.name)
+    assert status == 0 or "got:[" in out + err, out + err
+    return status != 0
 
 
+@needs("promtool")
 class Alerts(unittest.TestCase):
     def test_rules_are_valid_and_have_texts(self):
-        done = promtool("check", "rules", RULES)
-        self.assertEqual((done.returncode, done.stderr), (0, ""))
-        self.assertIn(f"{len(CASES)} rules found", done.stdout)
+        status, out, err = call("promtool", "check", "rules", RULES)
+        self.assertEqual((status, err), (0, ""))
+        self.assertIn(f"{len(CASES)} rules found", out)
         text = Path(RULES).read_text()
         for word in ("summary:", "description:", "severity:"):
             self.assertEqual(text.count(word), len(CASES))
@@ -88,4 +83,4 @@ class Alerts(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1], verbosity=0)
+    main()

@@ -1,6 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""zov-apply against ac-sim and a controller that plays a script:
-apply.py ZOV AC_SIM SOURCE ZOV_APPLY
+"""zov-apply against ac-sim and a controller that plays a script: apply.py ZOV
 
 ZOV_LONG=1: 200 signals at random moments, with the seed ZOV_SEED.
 """
@@ -18,9 +17,9 @@ from pathlib import Path
 import changer
 import fields
 import jsonschema
-from changer import SOURCE, ask, results, run, start
-from harness import main
-from simulator import AP, SWITCH, Controller
+from changer import ask, results, run, start
+from controllers import AP, SWITCH, Controller
+from harness import SOURCE, main
 
 SCHEMA = json.loads(Path(SOURCE, "companions/apply/apply.schema.json").read_text())
 FIRST = "02:00:00:00:00:01"
@@ -128,8 +127,8 @@ CASES = (
     ("too many failures", ["0 0 0", "0"], ["failed: Device {} denied this operation",
                                            "not started"], "--batch 1", 3, 1, "14",
      "stopped: too many failures"),
-    ("failures that may be", ["0 0 0", "0 0 0 1"], ["failed: Device {} denied this operation",
-                                                  "done"], "--batch 1 --max-failures 1", 1, 2,
+    ("failures that may be", ["0 0 0", "0 0 0 1"],
+     ["failed: Device {} denied this operation", "done"], "--batch 1 --max-failures 1", 1, 2,
      "14 0", ""),
     ("one batch, one request", ["0 0 1"] * 3, ["done"] * 3, "--batch 3", 0, 1, "0", ""),
     ("the controller is gone", ["0 0 0 X", "0"],

@@ -1,10 +1,9 @@
 # SPDX-License-Identifier: MIT
 """zov-apply by random runs against ac-sim. A model of this file's own works out what it has to
-plan, to store and to take back: apply_random.py ZOV AC_SIM SOURCE_FOLDER ZOV_EXPORT ZOV_APPLY
+plan, to store and to take back: apply_random.py ZOV
 
 ZOV_LONG=1: 500 runs. Run n has the seed ZOV_SEED + n.
 """
-import atexit
 import fnmatch
 import hashlib
 import json
@@ -13,8 +12,6 @@ import random
 import re
 import shlex
 import struct
-import subprocess
-import sys
 import tempfile
 import unittest
 from collections import Counter
@@ -24,11 +21,10 @@ from typing import NamedTuple
 
 import jsonschema
 import settings
-from harness import main
+from controllers import Controller
+from harness import SOURCE, call, main, tool
 from settings import AP, SWITCH, TABLE
-from simulator import SOURCE, Controller, end_with_test
 
-EXPORT, APPLY = sys.argv[4:6]
 SEED = int(os.environ.get("ZOV_SEED") or random.randrange(10 ** 9))
 RUNS = 500 if "ZOV_LONG" in os.environ else 20
 LEAST = {"changed": 400, "elements": 100, "no file can hold": 100, "passwords": 50}  # of 500 runs
@@ -45,14 +41,6 @@ RISKY = re.compile(r"(ipv4|dns[12]|manage_vlan_id|manage_mac_list|ac_list|admin|
                    r"|poe_port\S+\.(enable|power_limit_type|user_power_limit))$")
 PORTS = ("switch_port", "poe_port", "pd_lifeguard")
 PLACE = {"comment": "unchanged"}  # an element of which nothing is named
-LOCKS = set()
-
-
-@atexit.register
-def remove_locks():
-    """Of the ports of this test, which are nobody else's."""
-    for port in LOCKS:
-        Path(f"/run/lock/zov-127.0.0.1-{port}").unlink(missing_ok=True)
 
 
 class Lacks(Exception):
@@ -163,8 +151,9 @@ def look(controller):
     """The devices that have a configuration, by their addresses: what an export and a report have
     of it, and all settings."""
     with tempfile.TemporaryDirectory() as folder:
-        subprocess.run([EXPORT, "--acport", controller.port, "--format", "cfg", "--partial",
-                        "--directory", folder], stderr=subprocess.DEVNULL, timeout=60, check=True)
+        done = call(tool("zov-export"), "--acport", controller.port, "--format", "cfg", "--partial",
+                    "--directory", folder)
+        assert done[0] == 0, done
         exported = {path.stem.replace("-", ":"): json.loads(path.read_text())["wtp_cfg"]
                     for path in Path(folder).iterdir()}
     seen, text = {}, controller.ok("wtps", "--json", "--password")
@@ -297,8 +286,7 @@ class Run:
         self.chance, self.controller, self.folder = chance, controller, Path(folder)
         for mac, device in look(controller).items():
             if device.ready and chance.random() < 0.6:
-                document = {"wtp_cfg": Maker(chance, device.kind).whole()}
-                controller.configure(mac, device.kind, document)
+                controller.configure(mac, Maker(chance, device.kind).whole())
         for mac, device in look(controller).items():
             if device.ready and chance.random() < 0.5:
                 spoil(controller, mac, device)
@@ -386,12 +374,9 @@ class Run:
         return made, not made or any(self.documents[n] and tried[n] == failed[n] for n in tried)
 
     def apply(self, *words):
-        LOCKS.add(self.controller.port)
-        done = subprocess.run([APPLY, "--acport", self.controller.port, *words], text=True,
-                              input=self.stdin, capture_output=True, timeout=60,
-                              preexec_fn=end_with_test)
-        assert not TOLD.search(done.stdout + done.stderr), (words, done)
-        return done.returncode, done.stdout, done.stderr
+        done = call(tool("zov-apply"), "--acport", self.controller.port, *words, data=self.stdin)
+        assert not TOLD.search(done[1] + done[2]), (words, done)
+        return done
 
 
 class Runs(unittest.TestCase):

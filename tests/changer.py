@@ -1,6 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""What the tests of zov-rollout and zov-apply share; the program is the last argument."""
-import atexit
+"""What the tests of zov-rollout and zov-apply share; a test names the program that it is of."""
 import fcntl
 import os
 import pty
@@ -12,33 +11,21 @@ import sys
 import termios
 from pathlib import Path
 
-from harness import Player
-from simulator import end_with_test
+import harness
+from controllers import Player
 
-SOURCE, PROGRAM = sys.argv[3:5]
+PROGRAM = harness.tool(f"zov-{Path(sys.argv[0]).stem}")
 FAST = ("--interval", "0.05", "--timeout", "20", "--settle", "0", "--yes")
-PORTS = set()
-NO_TERMINAL = {"stdin": subprocess.DEVNULL, "start_new_session": True}
 
 
-@atexit.register
-def remove_locks():
-    """Of the ports of this test, which are nobody else's."""
-    for port in PORTS:
-        Path(f"/run/lock/zov-127.0.0.1-{port}").unlink(missing_ok=True)
-
-
-def start(port, *options, out=subprocess.PIPE, err=subprocess.PIPE, **more):
-    PORTS.add(port)
-    return subprocess.Popen([PROGRAM, "--acport", str(port), *FAST, *options], stdout=out,
-                            stderr=err, **{"preexec_fn": end_with_test, **NO_TERMINAL, **more})
+def start(port, *options):
+    return harness.start([PROGRAM, "--acport", port, *FAST, *options], stdin=subprocess.DEVNULL,
+                         stdout=subprocess.PIPE, stderr=subprocess.PIPE, start_new_session=True)
 
 
 def run(port, *options, **streams):
-    process = start(port, *options, **streams)
-    out, err = (text.decode() if text is not None else ""
-                for text in process.communicate(timeout=60))
-    return process.returncode, out, err
+    return harness.call(PROGRAM, "--acport", port, *FAST, *options, start_new_session=True,
+                        **streams)
 
 
 def rows(table):
@@ -89,13 +76,12 @@ class Script:
 
 def ask(port, answer, *options, columns=80):
     """Runs it on a terminal; what that shows, the exit status and standard output."""
-    PORTS.add(port)
     ours, theirs = pty.openpty()
     fcntl.ioctl(theirs, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
-    process = subprocess.Popen(
-        [PROGRAM, "--acport", str(port), *FAST[:-1], *options], stdin=theirs, stderr=theirs,
+    process = harness.start(
+        [PROGRAM, "--acport", port, *FAST[:-1], *options], stdin=theirs, stderr=theirs,
         stdout=subprocess.PIPE, start_new_session=True,
-        preexec_fn=lambda: (end_with_test(), fcntl.ioctl(0, termios.TIOCSCTTY, 0)))
+        prepare=lambda: fcntl.ioctl(0, termios.TIOCSCTTY, 0))
     os.close(theirs)
     shown = b""
     try:

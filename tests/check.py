@@ -1,23 +1,21 @@
 # SPDX-License-Identifier: MIT
 """zov-check on files, good and bad, and the schemas of such files:
-check.py ZOV_CHECK SOURCE_FOLDER GENERATED
+check.py ZOV
 """
 import hashlib
 import json
 import os
 import re
 import resource
-import subprocess
-import sys
 import tempfile
 import unittest
 from pathlib import Path
 
 import settings
-from harness import main, needs
+from harness import SOURCE, call, generated, is_sanitized, main, needs, tool
 from settings import AP, SWITCH, TABLE
 
-ZOV_CHECK, SOURCE, GENERATED = sys.argv[1:4]
+ZOV_CHECK = tool("zov-check")
 
 
 def load_files():
@@ -61,10 +59,8 @@ ACCEPTED = [
     *((AP, {"radio": [{"data_rate": rate}]}) for rate in ("0.2M", "000.2M", "999999M"))]
 
 
-def check(*words, stdout=subprocess.PIPE, **more):
-    done = subprocess.run([ZOV_CHECK, *words], stdout=stdout, stderr=subprocess.PIPE, timeout=60,
-                          **more)
-    return done.returncode, (done.stdout or b"").decode(), done.stderr.decode()
+def check(*words, **more):
+    return call(ZOV_CHECK, *words, **more)
 
 
 def shown(row, value):
@@ -119,7 +115,7 @@ class Check(unittest.TestCase):
         self.assertEqual(check(self.file), (0, "", f"{self.file}: WARNING: {nothing}\n"))
         self.assertEqual(check("--strict", self.file), (1, "", f"{self.file}: ERROR: {nothing}\n"))
         wrong = b'{"wtp_cfg":{"radio":[{"op_mode":0},\n{"wlan":[{"vlna":1}]}]}}'
-        status, out, err = check("--format", "json", self.file, "-", input=wrong)
+        status, out, err = check("--format", "json", self.file, "-", data=wrong)
         unknown = "Unknown member 'vlna' in 'wtp_cfg.radio[].wlan[]', did you mean 'vlan'?"
         self.assertEqual((status, err, json.loads(out)), (1, "", {"diagnostics": [
             {"file": self.file, "line": None, "severity": "warning", "path": "",
@@ -135,7 +131,7 @@ class Check(unittest.TestCase):
         self.assertEqual((status, last), (1, f"{self.file}: and 1999 more"))
         self.assertEqual([int(line.removeprefix(self.file).split(":")[1]) for line in lines],
                          [n // 2 + 1 for n in range(1, 1001)])
-        slow = b"__asan_init" in Path(ZOV_CHECK).read_bytes()
+        slow = is_sanitized(ZOV_CHECK)
         size = 10**5 if slow else 10**6
         unknown = ",".join(f'"nam{n}":0' for n in range(size))
         for members, limit in (('"radio":[' + ",".join("0" * size) + "]", 128 << 10),
@@ -190,7 +186,7 @@ class Check(unittest.TestCase):
         more = ("--acport", "1", "--timeout", "1")
         self.assertEqual(check(switch, "--type", "1", *more), (0, "", ""))
         typed = b'{"wtp_cfg":{"bandsteer":1}}'
-        self.assertEqual(check("--items", "nothing", "-", self.file, "/", input=typed), (
+        self.assertEqual(check("--items", "nothing", "-", self.file, "/", data=typed), (
             1, f"nothing:\n-:\n50  -  wtp_cfg.bandsteer  1\n{self.file}:\n/:\n",
             f"nothing: ERROR: Open nothing failed.\n{self.file}: ERROR: Open {self.file} failed.\n"
             "/: ERROR: read / failed.\n"))
@@ -225,15 +221,14 @@ class Schemas(unittest.TestCase):
         from jsonschema import Draft202012Validator
         self.valid = {}
         for kind, name in ((AP, "ap"), (SWITCH, "switch")):
-            schema = json.loads(Path(GENERATED, f"wtp_cfg-{name}.schema.json").read_text())
+            schema = json.loads(generated(f"wtp_cfg-{name}.schema.json").read_text())
             Draft202012Validator.check_schema(schema)
             self.valid[kind] = Draft202012Validator(schema).is_valid
 
     def test_agree_with_zov_check(self):
         for kind, cfg in REFUSED + ACCEPTED:
             good, document = (kind, cfg) in ACCEPTED, {"wtp_cfg": cfg}
-            text = json.dumps(document).encode()
-            status, _, err = check("--type", str(AP - kind), "-", input=text)
+            status, _, err = check("--type", AP - kind, "-", data=json.dumps(document))
             found = self.valid[kind](document), status, err == ""
             self.assertEqual(found, (good, int(not good), good), cfg)
         for kind, name in ((AP, "office-ap"), (SWITCH, "poe-switch")):

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
 """Asks real shells what they complete, with a simulated controller:
-completions.py ZOV AC_SIM SOURCE_FOLDER COMPLETION_FOLDER PROGRAM...
+completions.py ZOV
 
 Bash and zsh run in a terminal, where keys are sent; fish tells by itself.
 """
@@ -10,17 +10,16 @@ import re
 import select
 import shlex
 import socket
-import sys
 import tempfile
 import time
 import unittest
 import unittest.mock
 from pathlib import Path
 
-from harness import call, needs
-from simulator import Controller
+from controllers import Controller
+from harness import call, generated, main, needs, tool
 
-ZOV, _, _, FOLDER, *PROGRAMS = sys.argv[1:]
+PROGRAMS = "zov zov-apply zov-check zov-export zov-rollout ac-sim".split()
 FILES = ["office.json", "two words.json", "sub/in.json"]
 
 # A line up to the cursor, |, and what is offered for its last word. PORT is the controller's.
@@ -111,9 +110,13 @@ class Terminal:
         os.waitpid(self.process, 0)
 
 
+def file_of(program, shell):
+    return shlex.quote(str(generated(f"{program}.{shell}")))
+
+
 def sources(shell):
     """The lines that load all completions."""
-    return "\n".join(f"source {shlex.quote(f'{FOLDER}/{name}.{shell}')}" for name in PROGRAMS)
+    return "\n".join(f"source {file_of(name, shell)}" for name in PROGRAMS)
 
 
 def last_word(line, separators=" "):
@@ -138,8 +141,9 @@ def bash(folder):
 def zsh(folder):
     """Asks for a list, which shows the last parts of words only, and for what Tab inserts if that
     is one word."""
+    copies = "\n".join(f"cp {file_of(name, 'zsh')} $HOME/_{name}" for name in PROGRAMS)
     terminal = Terminal(f"""PS1=; stty columns 200; fpath=($HOME $fpath)
-        for name in {" ".join(PROGRAMS)}; do cp {shlex.quote(FOLDER)}/$name.zsh $HOME/_$name; done
+        {copies}
         autoload -U compinit; compinit -u -D
         setopt no_beep no_always_last_prompt no_auto_menu; LISTMAX=1000
         list() {{ zle list-choices; zle -R }}; zle -N list; bindkey '^X' list
@@ -224,5 +228,5 @@ class Completions(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    os.environ["PATH"] = f"{Path(ZOV).parent}:{os.environ['PATH']}"
-    unittest.main(argv=sys.argv[:1], verbosity=0)
+    os.environ["PATH"] = f"{tool('')}:{os.environ['PATH']}"
+    main()

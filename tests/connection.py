@@ -1,48 +1,24 @@
 # SPDX-License-Identifier: MIT
 """What a companion tool says when the controller is not there or breaks off, and what it waits for:
-connection.py ZOV AC_SIM SOURCE_FOLDER ZOV_EXPORT
+connection.py ZOV
 """
-import contextlib
 import resource
 import socket
-import subprocess
-import sys
-import threading
 import time
 import unittest
-from pathlib import Path
 
-from harness import ADMITTED, Player, main
-from simulator import Controller, end_with_test
+from controllers import Controller, Player, serve
+from harness import call, main, needs, tool
 
-EXPORT = sys.argv[4]
-SANITIZED = b"__asan_init" in Path(EXPORT).read_bytes()  # which takes address space
+EXPORT = tool("zov-export")
 
 
 class Connections(unittest.TestCase):
-    def expect(self, port, text, *options, memory=None):
+    def expect(self, port, text, *options, **more):
         """One line, which begins with the program's name; WHO stands for the controller's."""
-        def prepare():
-            end_with_test()
-            if memory:
-                resource.setrlimit(resource.RLIMIT_AS, (memory, memory))
-        done = subprocess.run([EXPORT, "--format", "csv", "--acport", str(port), *options],
-                              capture_output=True, timeout=100, text=True, preexec_fn=prepare)
+        done = call(EXPORT, "--format", "csv", "--acport", port, *options, timeout=100, **more)
         who = f"the controller at 127.0.0.1:{port}"
-        self.assertEqual((done.returncode, done.stdout, done.stderr),
-                         (1, "", f"zov-export: {text.replace('WHO', who)}\n"))
-
-    def serve(self, send):
-        """The port of a controller that admits a client and lets `send` serve it."""
-        listener = socket.create_server(("127.0.0.1", 0))
-        self.addCleanup(listener.close)
-
-        def play():
-            with listener.accept()[0] as client, contextlib.suppress(OSError):
-                client.sendall(ADMITTED)
-                send(client)
-        threading.Thread(target=play, daemon=True).start()
-        return listener.getsockname()[1]
+        self.assertEqual(done, (1, "", f"zov-export: {text.replace('WHO', who)}\n"))
 
     def test_causes(self):
         with socket.socket() as nobody:
@@ -57,10 +33,12 @@ class Connections(unittest.TestCase):
             with self.subTest(answer=answer, holds=holds):
                 self.expect(Player(answer, holds=holds).port, text, "--timeout", "1")
 
-    @unittest.skipIf(SANITIZED, "the address sanitizer takes address space")
+    @needs(memory_of=EXPORT)
     def test_memory(self):
+        limit = (30000 << 10,) * 2
         with Controller("--aps", "3000") as controller:
-            self.expect(controller.port, "out of memory", memory=30000 << 10)
+            self.expect(controller.port, "out of memory",
+                        prepare=lambda: resource.setrlimit(resource.RLIMIT_AS, limit))
 
     def test_trickle(self):
         def trickle(client):
@@ -68,16 +46,15 @@ class Connections(unittest.TestCase):
                 client.sendall(b"\0")
                 time.sleep(0.2)
         start = time.monotonic()
-        self.expect(self.serve(trickle), "WHO does not complete its reply within 10 s",
-                    "--timeout", "1")
+        self.expect(serve(trickle), "WHO does not complete its reply within 10 s", "--timeout", "1")
         self.assertLess(time.monotonic() - start, 20)
 
-    @unittest.skipIf(SANITIZED, "takes a gigabyte")
+    @needs(memory_of=EXPORT)
     def test_endless_reply(self):
         def flood(client):
             while True:
                 client.sendall(bytes(1 << 20))
-        self.expect(self.serve(flood), "the reply of WHO is longer than 1 GiB")
+        self.expect(serve(flood), "the reply of WHO is longer than 1 GiB")
 
 
 if __name__ == "__main__":

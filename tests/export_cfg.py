@@ -14,9 +14,9 @@ from pathlib import Path
 
 import fields
 import settings
-from exporter import HOSTILE, HOSTS, ZOV_CHECK, ZOV_EXPORT, devices, make_records, ok, pipe, run
-from harness import Player, main
-from simulator import AP, SOURCE, SWITCH, ZOV, Controller
+from controllers import AP, SWITCH, Controller, Player
+from exporter import HOSTILE, HOSTS, devices, make_records, ok, pipe, run
+from harness import SOURCE, main, program, start, tool
 
 # What records do not have, and what devices change by themselves.
 NOT_IN_RECORDS = {"wtp_cfg.password", "wtp_cfg.pd_lifeguard[].clear_reboot_count"}
@@ -39,7 +39,7 @@ def send(port, chosen, folder):
     """Sends each device its file, in silence."""
     for kind in set(chosen.values()):
         macs = [mac for mac in chosen if chosen[mac] == kind]
-        pipe(b"", ZOV, "cfg", "--acport", port, "--type", str(settings.AP - kind), "--mac",
+        pipe(b"", program(), "cfg", "--acport", port, "--type", str(settings.AP - kind), "--mac",
              ",".join(macs), "--file", ",".join(str(file_of(mac, folder)) for mac in macs), out=b"")
 
 
@@ -98,7 +98,7 @@ class Backup(unittest.TestCase):
             ok(controller.port, *backup, folder)
             files = contents(folder)
             self.assertEqual((len(files), len(online) > 430), (560, True))
-            pipe(b"", ZOV_CHECK, *Path(folder).iterdir(), out=b"")
+            pipe(b"", tool("zov-check"), *Path(folder).iterdir(), out=b"")
             controller.ok("rst", "--mac", ",".join(online), "--factory")
             ok(controller.port, *backup, other)
             changed = {name for name, text in contents(other).items() if text != files[name]}
@@ -120,7 +120,7 @@ class Backup(unittest.TestCase):
                 self.assertEqual(digests[mac], hashlib.md5(password.encode() + b"\n").hexdigest())
 
     def test_a_directory_is_written_as_a_whole(self):
-        gone = subprocess.Popen(["true"])
+        gone = start(["true"])
         gone.wait()
         with Controller("--aps", "300") as controller, tempfile.TemporaryDirectory() as folder:
             backup, file, next_file = ("--format", "cfg", "--directory", folder), *(
@@ -141,8 +141,8 @@ class Backup(unittest.TestCase):
                 1, b"", f"zov-export: cannot replace {file}: Is a directory\n"))
             self.assertIn("wtp_cfg", next_file.read_text())
             for moment in range(8):
-                process = subprocess.Popen([ZOV_EXPORT, "--acport", controller.port, *backup],
-                                           stderr=subprocess.DEVNULL)
+                process = start([tool("zov-export"), "--acport", controller.port, *backup],
+                                stderr=subprocess.DEVNULL)
                 time.sleep(moment * 0.01)
                 process.terminate()
                 self.assertIn(process.wait(10), (1, 128 + signal.SIGTERM, -signal.SIGTERM))

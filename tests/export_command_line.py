@@ -9,9 +9,9 @@ import unittest
 from pathlib import Path
 
 import fields
+from controllers import AP, SWITCH, Controller, Player
 from exporter import devices, make_records, ok, run
-from harness import Player, main
-from simulator import AP, SOURCE, SWITCH, Controller, end_with_test
+from harness import SOURCE, main
 
 KNOWN = "json ndjson cfg csv prometheus dot table macs"
 PAGE = Path(SOURCE, "man/zov-export.1").read_text().split("The columns are")[1].split(".El")[0]
@@ -60,12 +60,12 @@ class CommandLine(unittest.TestCase):
 class OldFiles(unittest.TestCase):
     """A file has its old contents until the new ones are whole."""
 
-    def check(self, port, form, message, *options, before=end_with_test):
+    def check(self, port, form, message, *options, **more):
         with tempfile.TemporaryDirectory() as folder:
             file = Path(folder, "f")
             file.write_text("old")
             write = ("--format", form, "--output", str(file), *options)
-            status, out, err = run(port, *write, before=before)
+            status, out, err = run(port, *write, **more)
             self.assertEqual((status, out), (1, b""))
             self.assertEqual((os.listdir(folder), file.read_text()), (["f"], "old"))
             self.assertIn(message, err.replace(str(file), "FILE"))
@@ -77,7 +77,6 @@ class OldFiles(unittest.TestCase):
 
     def test_what_does_not_fit(self):
         def limit():
-            end_with_test()
             signal.signal(signal.SIGXFSZ, action)
             resource.setrlimit(resource.RLIMIT_FSIZE, (1000, 1000))
         with Controller() as controller:
@@ -85,7 +84,7 @@ class OldFiles(unittest.TestCase):
                 columns = ("--columns", ",".join(["mac"] * 20)) if form == "csv" else ()
                 for action in (signal.SIG_IGN, signal.SIG_DFL):
                     self.check(controller.port, form, "cannot write FILE: File too large\n",
-                               *columns, before=limit)
+                               *columns, prepare=limit)
             for option, path, reason in (("output", "/dev/full", "No space left on device"),
                                          ("directory", "/dev/null", "Not a directory")):
                 status, _, err = run(controller.port, "--format", "cfg", f"--{option}", path)

@@ -4,9 +4,9 @@ import re
 import unittest
 
 import fields
+from controllers import Controller, Player
 from exporter import devices, make_records, ok, pipe, run
-from harness import Player, main, needs
-from simulator import Controller
+from harness import main, needs
 
 
 def edges(text):

@@ -10,9 +10,9 @@ import unittest
 from pathlib import Path
 
 import fields
-from exporter import GENERATED, devices, make_records, ok, pipe, run, samples
-from harness import Player, main, needs
-from simulator import AP, Controller
+from controllers import AP, Controller, Player
+from exporter import devices, make_records, ok, pipe, run, samples
+from harness import generated, main, needs
 
 ONLINE = 5
 
@@ -35,7 +35,7 @@ class Json(unittest.TestCase):
     @needs(modules=["jsonschema"])
     def test_schema_is_strict(self):
         from jsonschema import Draft202012Validator
-        schema = json.loads(Path(GENERATED, "wtp_list.schema.json").read_text())
+        schema = json.loads(generated("wtp_list.schema.json").read_text())
         Draft202012Validator.check_schema(schema)
 
         def is_valid(device):
@@ -55,7 +55,7 @@ class Json(unittest.TestCase):
                 report = fields.report(make_records([b"1"], [b"h"], seed), "json", *choices)
                 printed |= set().union(*map(paths, json.loads(b"{" + report + b"}")["wtp_list"]))
         printed -= {path.removesuffix("[]") for path in printed if path.endswith("[]")}
-        page = Path(GENERATED, "zov-report.5").read_text()
+        page = generated("zov-report.5").read_text()
         self.assertEqual(set(re.findall(r"^\.It Va (\S+)", page, re.M)), printed)
 
 

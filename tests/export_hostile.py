@@ -15,8 +15,9 @@ import unittest
 from pathlib import Path
 
 import fields
-from exporter import FOREIGN, GENERATED, HOSTILE, HOSTS, make_records, ok, pipe, run, samples
-from harness import Player, main, needs
+from controllers import Player
+from exporter import FOREIGN, HOSTILE, HOSTS, make_records, ok, pipe, run, samples
+from harness import generated, main, needs
 
 SEED = int(os.environ.get("ZOV_SEED", time.time_ns() % 10**9))
 FLEETS = 60 if os.environ.get("ZOV_LONG") else 6
@@ -104,7 +105,7 @@ class Fleets(unittest.TestCase):
     @needs("jq", modules=["jsonschema"])
     def test_json(self):
         from jsonschema import Draft202012Validator
-        schema = json.loads(Path(GENERATED, "wtp_list.schema.json").read_text())
+        schema = json.loads(generated("wtp_list.schema.json").read_text())
 
         def check(records, out):
             made = json.loads(out, parse_constant=refuse_constant)

@@ -1,16 +1,10 @@
 # SPDX-License-Identifier: MIT
-"""Runs zov-export, and makes records with hostile texts. Each test that uses it is called so:
-TEST ZOV AC_SIM SOURCE_FOLDER ZOV_EXPORT ZOV_CHECK GENERATED_FOLDER
-"""
+"""Runs zov-export, and makes records with hostile texts."""
 import json
 import re
-import subprocess
-import sys
 
 import fields
-from simulator import end_with_test
-
-ZOV_EXPORT, ZOV_CHECK, GENERATED = sys.argv[4:7]
+from harness import call, tool
 
 HOSTILE = [
     b"", b"plain", b'say "x" \\ a/b', b"tab\tline\r\nbell\x07", b"cut\0off",
@@ -25,10 +19,8 @@ HOSTS = [b"host", b'"q"/\\', b"a\x1f", b"\x7fb", b"c\x80"]
 FOREIGN = re.compile(rb"[\0-\x09\x0b-\x1f\x7f]|\xc2[\x80-\x9f]")  # nothing of this may be written
 
 
-def run(port, *options, before=end_with_test):
-    done = subprocess.run([ZOV_EXPORT, "--acport", port, *options], capture_output=True, timeout=60,
-                          preexec_fn=before)
-    return done.returncode, done.stdout, done.stderr.decode()
+def run(port, *options, **more):
+    return call(tool("zov-export"), "--acport", port, *options, raw=True, **more)
 
 
 def ok(port, *options):
@@ -43,10 +35,10 @@ def devices(port, *options):
 
 def pipe(data, *words, out=None):
     """What a program makes of data, which has to be `out` if that is given, without a complaint."""
-    done = subprocess.run(words, input=data, capture_output=True, timeout=300)
-    assert (done.returncode, done.stderr) == (0, b""), (words[:2], done.returncode, done.stderr)
-    assert out in (None, done.stdout), (words[:2], done.stdout)
-    return done.stdout
+    status, made, err = call(*words, data=data, raw=True, timeout=300)
+    assert (status, err) == (0, ""), (words[:2], status, err)
+    assert out in (None, made), (words[:2], made)
+    return made
 
 
 def make_records(words, hosts, seed, kinds=(3, 2, 1)):

@@ -43,7 +43,8 @@ def load():
             section["text"].append((set((condition or "").split(",")) - {""}, row))
         elif line and line[0] in "wj ":
             words = line.split()
-            kind = words.pop(0) if line[0] != " " else kind
+            if line[0] != " ":
+                kind = words.pop(0)
             section[kind] += words
     return sections
 
@@ -327,8 +328,8 @@ def rich(kind, seed=1, **options):
 if __name__ == "__main__":
     folder = Path(sys.argv[1])
     folder.mkdir(parents=True, exist_ok=True)
-    for name, kind in (("access_point", 3), ("switch", 2)):
-        (folder / name).write_bytes(reply([rich(kind, counts=(2,), macs=(2,), words=WORDS[3:6])]))
+    for name, number in (("access_point", 3), ("switch", 2)):
+        (folder / name).write_bytes(reply([rich(number, counts=(2,), macs=(2,), words=WORDS[3:6])]))
         for seed in range(8):
-            record = Maker(seed, counts=(1, 2)).record(kind, cfg=True, detail=True)
+            record = Maker(seed, counts=(1, 2)).record(number, cfg=True, detail=True)
             (folder / f"{name}.{seed}").write_bytes(reply([record]))

@@ -1,13 +1,15 @@
 # SPDX-License-Identifier: MIT
-"""What release builds are hardened with, as readelf(1) shows it: hardened.py PROGRAM... LIBRARY...
+"""What release builds are hardened with, as readelf(1) shows it:
+hardened.py PROGRAM... LIBRARY...
 
 Programs show what they are linked with, the libraries of our own objects what those are compiled
 with: what others compiled, and the programs hold, has a stack protector in any case.
 """
 import re
-import subprocess
 import sys
 import unittest
+
+from harness import call, main
 
 MARKS = {"a position-independent program": "DYN (Position-Independent Executable file)",
          "read-only relocations": " GNU_RELRO ", "immediate binding": " BIND_NOW"}
@@ -17,8 +19,8 @@ LIBRARY_MARKS = {"a stack protector": "UND __stack_chk_fail", "checked functions
 class Hardened(unittest.TestCase):
     def test_programs(self):
         for program in sys.argv[1:]:
-            shown = subprocess.run(["readelf", "-Wldhs", program], capture_output=True, text=True,
-                                   check=True).stdout
+            status, shown, _ = call("readelf", "-Wldhs", program)
+            self.assertEqual(status, 0)
             is_library = program.endswith(".a")
             for name, mark in (LIBRARY_MARKS if is_library else MARKS).items():
                 self.assertTrue(mark in shown, f"{program} has not got {name}")
@@ -27,4 +29,4 @@ class Hardened(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1], verbosity=0)
+    main()

@@ -1,15 +1,14 @@
 # SPDX-License-Identifier: MIT
-"""Plays the controller for one run of the real program, and keeps what came of it.
+"""Starts programs, plays the controller for one run of zov and keeps what came of it, runs tests.
 
-ZOV names the program (else the first argument of the test does), ZOV_WRAPPER a command to run it
-under, such as "valgrind -q --error-exitcode=99", or an emulator "qemu-s390x -0 zov".
-ZOV_PATIENCE: seconds to wait for it.
+The first argument of a test is zov; the other programs are beside it. ZOV names another zov,
+ZOV_WRAPPER a command to run it under, such as "valgrind -q --error-exitcode=99", or an emulator
+"qemu-s390x -0 zov". ZOV_PATIENCE: seconds to wait for it.
 """
 import atexit
 import contextlib
 import ctypes
 import importlib.util
-import itertools
 import os
 import re
 import resource
@@ -17,17 +16,17 @@ import select
 import shutil
 import signal
 import socket
-import struct
 import subprocess
 import sys
 import tempfile
-import threading
 import unittest
 from dataclasses import dataclass, field
 from pathlib import Path
 
+SOURCE = Path(__file__).parents[1]
 ADMITTED = b"\0\0\0\1"
 PR_SET_PDEATHSIG, _prctl = 1, ctypes.CDLL(None).prctl  # see prctl(2)
+EXPECTED_SKIP = "not without"  # begins why a test is skipped where all tools have to be there
 MINUTE = 60  # of processor time that a program may take
 TIME_ZONE = "TST-1:30"  # local time is 90 minutes ahead
 WRAPPER = os.environ.get("ZOV_WRAPPER", "").split()
@@ -42,14 +41,24 @@ atexit.register(_deaf.close)
 
 def option_words():
     """A command line's words for each option that there is, by its name."""
-    rows = Path(__file__).parents[1].joinpath("src/options/options.h").read_text()
+    rows = Path(SOURCE, "src/options/options.h").read_text()
     found = re.findall(r'OPTION\(\w+, "(\w+)", (\w+)_argument', rows)
     return {name: [f"--{name}", *["1"] * (argument == "required")] for name, argument in found}
 
 
 def program():
-    """The path of the program under test."""
+    """The path of the zov under test."""
     return os.path.abspath(os.environ.get("ZOV") or sys.argv[1])
+
+
+def tool(name):
+    """The path of another program of ours."""
+    return os.path.join(os.path.dirname(os.path.abspath(sys.argv[1])), name)
+
+
+def generated(name):
+    """The path of a file that the build makes."""
+    return Path(tool(""), "../generated", name)
 
 
 @dataclass
@@ -75,16 +84,16 @@ def start(words, prepare=None, **options):
         if prepare:
             prepare()
     test = os.getpid()
-    return subprocess.Popen(words, preexec_fn=begin, **options)
+    return subprocess.Popen(list(map(str, words)), preexec_fn=begin, **options)
 
 
 def call(*words, data=None, raw=False, timeout=60, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
          **options):
-    """Runs a program to its end, with these bytes as its input: its exit status and the texts that
-    it wrote; with `raw`, standard output is bytes."""
+    """Runs a program to its end, with this text or bytes as its input: its exit status and the
+    texts that it wrote; with `raw`, standard output is bytes."""
+    data = data.encode() if isinstance(data, str) else data
     stdin = subprocess.DEVNULL if data is None else subprocess.PIPE
-    with start(list(map(str, words)), stdin=stdin, stdout=stdout, stderr=stderr,
-               **options) as process:
+    with start(words, stdin=stdin, stdout=stdout, stderr=stderr, **options) as process:
         try:
             out, err = (text or b"" for text in process.communicate(data, timeout))
         finally:
@@ -194,36 +203,6 @@ def run(words, script=(), *, handshake=ADMITTED, absent=False, pieces=False, env
     return outcome
 
 
-class Player:
-    """A controller that plays to one client after the other, each the next of the answers: bytes
-    for whatever it asks, a number in place of its admission, None for neither. It ends a connection
-    then; with `holds` it leaves that to the client. Keeps the requests. Or `answer(request)` gives
-    the reply to any request, and a number for the request None refuses the client.
-    """
-
-    def __init__(self, *answers, holds=False, answer=None):
-        self.listener, self.requests = socket.create_server(("127.0.0.1", 0), backlog=64), []
-        self.port = str(self.listener.getsockname()[1])
-        threading.Thread(target=self._play, args=(answers, holds, answer), daemon=True).start()
-
-    def _play(self, answers, holds, answer):
-        for fixed in answers or itertools.repeat(None):
-            with self.listener.accept()[0] as client, contextlib.suppress(OSError):
-                fixed = answer(None) if answer else fixed
-                if isinstance(fixed, int):
-                    client.sendall(struct.pack(">i", fixed))
-                elif fixed is not None or answer:
-                    client.sendall(ADMITTED)
-                    if request := client.recv(1 << 16):
-                        self.requests.append(request)
-                        client.sendall(answer(request) if answer else fixed)
-                if not holds:
-                    client.shutdown(socket.SHUT_WR)
-                while client.recv(1 << 16):
-                    pass
-        self.listener.close()
-
-
 def first_difference(got, expected):
     """Where two texts begin to differ, which tells more than all of them."""
     at = len(os.path.commonprefix([got, expected]))
@@ -234,10 +213,6 @@ def first_difference(got, expected):
 class Case(unittest.TestCase):
     """A test case that compares outcomes."""
     maxDiff = None
-
-    def needs_memory(self):
-        if b"__asan_init" in Path(program()).read_bytes():
-            self.skipTest("the address sanitizer takes address space")
 
     def expect(self, outcome, out=b"", err=b"", status=None):
         """Everything of an outcome; the status is 1 if there is a message, unless it is told."""
@@ -250,17 +225,47 @@ class Case(unittest.TestCase):
             self.fail(f"output {first_difference(outcome.out, out)}")
 
 
-def needs(*programs, modules=()):
-    """Skips a test when one of these programs or Python modules is missing. Where all of them have
-    to be there, with ZOV_TEST_TOOLS_REQUIRED, that is a failure."""
+def is_sanitized(path):
+    """Whether it is built with the address sanitizer, which takes address space and memory."""
+    return b"__asan_init" in Path(path).read_bytes()
+
+
+def needs(*programs, modules=(), root=False, memory_of=None):
+    """Skips a test when one of these programs or Python modules is missing, when it needs root, or
+    memory that the address sanitizer takes from this program."""
     missing = [name for name in programs if shutil.which(name) is None]
     missing += [name for name in modules if importlib.util.find_spec(name) is None]
-    if missing and "ZOV_TEST_TOOLS_REQUIRED" in os.environ:
-        sys.exit(f"missing: {', '.join(missing)}")
-    return unittest.skipIf(missing, f"missing: {', '.join(missing)}")
+    if missing:
+        return unittest.skip(f"missing: {', '.join(missing)}")
+    if memory_of and is_sanitized(memory_of):
+        return unittest.skip(f"{EXPECTED_SKIP} the address sanitizer takes memory")
+    without = root and os.geteuid() != 0
+    return unittest.skipIf(without, f"{EXPECTED_SKIP} root")
+
+
+class Result(unittest.TextTestResult):
+    """Tells what is skipped. Where all that tests need has to be there, with
+    ZOV_TEST_TOOLS_REQUIRED, that is a failure, but for root and memory. A test that is told to end
+    cleans up, and is the last."""
+
+    def startTestRun(self):
+        signal.signal(signal.SIGTERM, self.end)
+
+    def end(self, *_):
+        self.failfast = True
+        self.stop()
+        sys.exit("told to end")
+
+    def addSkip(self, test, reason):
+        super().addSkip(test, reason)
+        print(f"skipped: {test}: {reason}", flush=True)
+        if "ZOV_TEST_TOOLS_REQUIRED" in os.environ and not reason.startswith(EXPECTED_SKIP):
+            self.addFailure(test, (AssertionError, AssertionError(reason), None))
 
 
 def main():
     """Runs the tests of the calling file up to the first failure, with ZOV_KEEP_GOING=1 all."""
     signal.signal(signal.SIGPIPE, signal.SIG_IGN)
-    unittest.main(argv=sys.argv[:1], verbosity=0, failfast="ZOV_KEEP_GOING" not in os.environ)
+    runner = unittest.TextTestRunner(verbosity=0, failfast="ZOV_KEEP_GOING" not in os.environ,
+                                     resultclass=Result)
+    unittest.main(argv=sys.argv[:1], testRunner=runner)

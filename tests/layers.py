@@ -1,11 +1,9 @@
 # SPDX-License-Identifier: MIT
-"""What a file may include, and which files may write to standard error: layers.py SOURCE_FOLDER"""
+"""What a file may include, and which files may write to standard error."""
 import re
-import sys
 import unittest
-from pathlib import Path
+from harness import SOURCE, main
 
-SOURCE = Path(sys.argv[1])
 PAGE = (SOURCE / "docs/architecture.md").read_text()
 LAYERS = re.search(r"## Layers\n\n((?:    .*\n)+)", PAGE)[1].split()
 FILES = {str(path.relative_to(SOURCE)): path.read_text() for layer in LAYERS
@@ -39,4 +37,4 @@ class Layers(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1], verbosity=0)
+    main()

@@ -1,20 +1,17 @@
 # SPDX-License-Identifier: MIT
 """Another user of the host prepares files, links, pipes and directories for companion tools:
-other_users.py ZOV AC_SIM SOURCE_FOLDER ZOV_EXPORT ZOV_ROLLOUT
+other_users.py ZOV
 """
 import os
 import stat
 import struct
-import subprocess
-import sys
 import tempfile
 import unittest
 from pathlib import Path
 
-from harness import main
-from simulator import AP, Controller, end_with_test
+from controllers import AP, Controller
+from harness import call, main, needs, tool
 
-EXPORT, ROLLOUT = sys.argv[4:6]
 NOBODY = 65534  # plays the other user
 ACCESS_LIST = "system.posix_acl_access"  # see acl(5): owner, nobody, group, mask, others
 ENTRIES = (1, 7, 0, 2, 7, NOBODY, 4, 5, 0, 16, 7, 0, 32, 5, 0)
@@ -23,7 +20,7 @@ OTHERS, WRITABLE = "it belongs to another user", "others can write to it"
 UNREAD = "no process reads from it"
 
 
-@unittest.skipIf(os.geteuid() != 0, "only root can play another user")
+@needs(root=True)  # which can play another user
 class Case(unittest.TestCase):
     def setUp(self):
         folder = tempfile.TemporaryDirectory(prefix="zov-users.")
@@ -46,14 +43,12 @@ class Case(unittest.TestCase):
         path.chmod(mode)
         return path
 
-    def run_tool(self, tool, *options, wrapper=(), out=subprocess.PIPE, **more):
-        words = [*wrapper, tool, "--acport", self.controller.port, *map(str, options)]
-        done = subprocess.run(words, stdout=out, stderr=subprocess.PIPE, timeout=60,
-                              preexec_fn=end_with_test, **more)
-        return done.returncode, done.stderr.decode()
+    def run_tool(self, name, *options, wrapper=(), **more):
+        words = [*wrapper, tool(name), "--acport", self.controller.port, *options]
+        return call(*words, **more)[::2]
 
     def export(self, *options, form="csv", **more):
-        return self.run_tool(EXPORT, "--format", form, *options, **more)
+        return self.run_tool("zov-export", "--format", form, *options, **more)
 
     def mode(self, path):
         state = path.lstat()
@@ -121,7 +116,7 @@ class Outputs(Case):
             ours, theirs = os.pipe()
             os.fchown(theirs, NOBODY, NOBODY)
             with open(ours, "rb") as shown, open(theirs, "wb") as out:
-                done = self.export("--output", name, out=out, cwd=self.folder)
+                done = self.export("--output", name, stdout=out, cwd=self.folder)
                 self.assertEqual(done, (0, ""), name)
                 out.close()
                 self.assertEqual(shown.read(4), b"mac,")
@@ -174,7 +169,7 @@ class Outputs(Case):
 class Logs(Case):
     def test_logs(self):
         def roll_out(log):
-            return self.run_tool(ROLLOUT, "--mac", AP, "--interval", "0.05", "--settle", "0",
+            return self.run_tool("zov-rollout", "--mac", AP, "--interval", "0.05", "--settle", "0",
                                  "--yes", "--log", log)
         for path, why in ((self.path(os.mkfifo, "theirs"), OTHERS), (self.file(0o666), OTHERS),
                           (self.path(os.mkfifo, "alone", owner=0), UNREAD)):

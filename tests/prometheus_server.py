@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
 """A Prometheus server, set up as docs/monitoring.md tells, on a simulated controller:
-prometheus_server.py ZOV AC_SIM SOURCE_FOLDER ZOV_EXPORT PROMETHEUS
+prometheus_server.py ZOV
 
 A small server stands in for the node exporter. A minute of the rules is three seconds here.
 """
@@ -10,8 +10,6 @@ import json
 import re
 import signal
 import socket
-import subprocess
-import sys
 import tempfile
 import threading
 import time
@@ -19,9 +17,9 @@ import unittest
 import urllib.request
 from pathlib import Path
 
-from simulator import AP, SOURCE, Controller, end_with_test
+from controllers import AP, Controller
+from harness import SOURCE, call, main, start, tool
 
-ZOV_EXPORT, PROMETHEUS = sys.argv[4:6]
 SECONDS = {"m": 3, "h": 180, "d": 4320}  # that a unit lasts here
 DIRECT = urllib.request.build_opener(urllib.request.ProxyHandler({}))
 
@@ -60,10 +58,10 @@ class PrometheusServer(unittest.TestCase):
             self.address = free.getsockname()
         self.url = "http://%s:%d" % self.address
         with open(self.folder / "log", "wb") as log:
-            server = subprocess.Popen(
-                [PROMETHEUS, f"--config.file={self.folder}/prometheus.yml",
+            server = start(
+                ["prometheus", f"--config.file={self.folder}/prometheus.yml",
                  f"--storage.tsdb.path={self.folder}/data", f"--web.listen-address={self.url[7:]}"],
-                stdout=log, stderr=log, preexec_fn=end_with_test)
+                stdout=log, stderr=log)
         self.addCleanup(server.wait, 20)
         self.addCleanup(server.terminate)
         for _ in range(100):
@@ -73,8 +71,8 @@ class PrometheusServer(unittest.TestCase):
 
     def firing(self):
         """The alerts that fire after another look at the controller, as name and device."""
-        subprocess.run([ZOV_EXPORT, "--acport", self.port, "--format", "prometheus", "--output",
-                        self.folder / "zov.prom"], stderr=subprocess.DEVNULL, timeout=20)
+        call(tool("zov-export"), "--acport", self.port, "--format", "prometheus", "--output",
+             self.folder / "zov.prom")
         time.sleep(0.5)
         with DIRECT.open(f"{self.url}/api/v1/alerts", timeout=10) as reply:
             found = json.load(reply)["data"]["alerts"]
@@ -103,4 +101,4 @@ class PrometheusServer(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1], verbosity=0)
+    main()

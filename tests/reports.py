@@ -10,7 +10,7 @@ import re
 import struct
 
 import fields
-from harness import Case, first_difference, main, run
+from harness import Case, first_difference, main, needs, program, run
 
 LONG = 20 if os.environ.get("ZOV_LONG") else 1
 FILTERS = {"--unmanaged": 1, "--managed": 2, "--join": 4, "--no_cfg": 8,
@@ -202,9 +202,9 @@ class TruncatedReplies(Case):
                 script = [request(word), ("<", whole[:cut]), ("x",)]
                 self.expect(run(words.split(), script), status=1)
 
+    @needs(memory_of=program())
     def test_counts_that_promise_too_much(self):
         """A count beyond what comes ends as a cut reply does, or for want of memory."""
-        self.needs_memory()
         for kind in (3, 2):
             record = fields.rich(kind)
             for values, name, bits in lists(record):

@@ -1,30 +1,24 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Runs the simulated controller and zov against each other: simulator.py ZOV AC_SIM SOURCE_FOLDER
+"""Runs the simulated controller and zov against each other: simulator.py ZOV
 
 Actions must show; the simulator must serve, misbehave and end as it is asked to. That configuration
 comes back as it was sent is seen with zov-export's help, in export_cfg.py.
 """
 import contextlib
-import ctypes
 import json
 import os
 import re
 import signal
 import socket
 import struct
-import subprocess
-import sys
 import tempfile
 import time
 import unittest
 from pathlib import Path
 
-import settings
-from harness import main
-
-ZOV, AC_SIM, SOURCE = sys.argv[1:4]
-AP, SWITCH = "02:A3:00:00:00:01", "02:A2:00:00:00:01"
+from controllers import AP, SWITCH, Controller, ac_sim
+from harness import SOURCE, main, start
 
 # Of --config.
 BAD_CONFIGS = [
@@ -41,85 +35,10 @@ BAD_CONFIGS = [
         "radio[0].wlan[0].wep.key=x"))]
 
 
-def end_with_test(prctl=ctypes.CDLL(None).prctl, PR_SET_PDEATHSIG=1):
-    """Lets the system end a program that was started when this test ends, however it does."""
-    prctl(PR_SET_PDEATHSIG, signal.SIGKILL)
-
-
-def ac_sim(*options, stdout=subprocess.PIPE):
-    done = subprocess.run([AC_SIM, "--port", "0", *options], stdout=stdout, stderr=subprocess.PIPE,
-                          text=True, timeout=10, preexec_fn=end_with_test)
-    return done.returncode, done.stdout, done.stderr
-
-
 def item(number, value, index=b"\0"):
     """An item of a configuration; its value is bytes or a number of 32 bits."""
     value = struct.pack(">I", value) if isinstance(value, int) else value
     return struct.pack(">HH", number, len(index)) + index + struct.pack(">H", len(value)) + value
-
-
-class Controller:
-    def __init__(self, *options, errors=subprocess.DEVNULL):
-        self.process = subprocess.Popen([AC_SIM, "--port", "0", *options], stdout=subprocess.PIPE,
-                                        stderr=errors, text=True, preexec_fn=end_with_test)
-        self.port = self.process.stdout.readline().strip().rsplit(":", 1)[1]
-
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_):
-        self.end(signal.SIGTERM)
-
-    def end(self, number):
-        self.process.send_signal(number)
-        try:
-            return self.process.wait(10)
-        finally:
-            self.process.kill()
-            self.process.stdout.close()
-
-    def client(self, *requests):
-        """An admitted client that has sent something, as bytes or hexadecimal text."""
-        client = socket.create_connection(("127.0.0.1", int(self.port)), timeout=20)
-        assert client.recv(4, socket.MSG_WAITALL) == b"\0\0\0\1"
-        for request in requests:
-            client.sendall(bytes.fromhex(request) if isinstance(request, str) else request)
-        return client
-
-    def replies(self, *requests):
-        """All that a client gets before its connection is ended."""
-        with self.client(*requests) as client, client.makefile("rb") as replies:
-            return replies.read()
-
-    def start(self, command, *options, output=subprocess.PIPE):
-        return subprocess.Popen([ZOV, command, "--acport", self.port, *options], stdout=output,
-                                stderr=subprocess.PIPE, text=True, preexec_fn=end_with_test)
-
-    def run(self, command, *options):
-        process = self.start(command, *options)
-        out, err = process.communicate(timeout=30)
-        return process.returncode, out, err
-
-    def ok(self, command, *options):
-        status, out, err = self.run(command, *options)
-        assert status == 0 and err == "", (command, options, status, err)
-        return out
-
-    def record(self, mac):
-        report = self.ok("wtps", "--json", "--password", "--mac", mac)
-        return json.loads("{" + report + "}")["wtp_list"][0]
-
-    def send_items(self, mac, items, times=1):
-        """The reply to a configuration for a device that is named so many times."""
-        kind, macs = b"\2" if mac == SWITCH else b"\3", bytes.fromhex(mac.replace(":", "")) * times
-        body = struct.pack(">H", times) + macs + kind + bytes(5) + items + b"\0\0"
-        return self.replies(b"\5" + struct.pack(">I", len(body)) + body, "00")
-
-    def configure(self, mac, kind, document):
-        with tempfile.NamedTemporaryFile("w", suffix=".json") as file:
-            json.dump(document, file)
-            file.flush()
-            self.ok("cfg", "--mac", mac, "--type", str(settings.AP - kind), "--file", file.name)
 
 
 class Actions(unittest.TestCase):
@@ -292,7 +211,7 @@ class Configurations(unittest.TestCase):
                 before = stored(name)
                 new = {key: {int: 0, str: ""}[type(value)] for key, value in before[0].items()}
                 new |= {"specified_ip": "0.0.0.0"} if name == "pd_lifeguard" else {}
-                controller.configure(SWITCH, settings.SWITCH, {"wtp_cfg": {name: elements}})
+                controller.configure(SWITCH, {name: elements})
                 self.assertEqual(stored(name), [(new if row is None else before[row]) | change
                                                 for row, change in rows], name)
 
@@ -300,7 +219,7 @@ class Configurations(unittest.TestCase):
         with Controller() as controller:
             began, counts = time.monotonic(), [[0, 0]]
             rules = [{"port": 1, "enable": 1}, {"port": 2, "enable": 0}]
-            controller.configure(SWITCH, settings.SWITCH, {"wtp_cfg": {"pd_lifeguard": rules}})
+            controller.configure(SWITCH, {"pd_lifeguard": rules})
             while time.monotonic() < began + 20 and counts[-1] == [0, 0]:
                 time.sleep(0.1)
                 found = controller.record(SWITCH)["wtp_cfg"]["pd_lifeguard"]
@@ -459,7 +378,7 @@ class Service(unittest.TestCase):
 
     def test_hangup_that_is_ignored_and_pid_files(self):
         self.addCleanup(signal.signal, signal.SIGHUP, signal.signal(signal.SIGHUP, signal.SIG_IGN))
-        gone = subprocess.Popen(["true"])
+        gone = start(["true"])
         gone.wait()
         with tempfile.TemporaryDirectory() as folder:
             path, link = Path(folder, "pid"), Path(folder, "link")
@@ -486,7 +405,7 @@ class Service(unittest.TestCase):
             path.unlink()
             with open("/dev/full", "w") as full:
                 self.assertEqual(ac_sim("--pid-file", path, stdout=full), (
-                    1, None, "ac-sim: cannot write to standard output: No space left on device\n"))
+                    1, "", "ac-sim: cannot write to standard output: No space left on device\n"))
             self.assertFalse(path.exists())
 
     def test_bad_arguments(self):

@@ -3,16 +3,20 @@
 that are ignored, variables; memory that is short, files of odd kinds.  surroundings.py ZOV"""
 import contextlib
 import fcntl
+import itertools
 import os
 import resource
 import signal
-import socket
 import subprocess
+import sys
 import tempfile
 import threading
+import time
+import unittest
 from pathlib import Path
 
-from harness import ADMITTED, Case, main, program, run
+from controllers import serve
+from harness import SOURCE, Case, call, main, needs, program, run, start
 
 MAC, MAC_BYTES = "00:11:22:33:44:55", bytes.fromhex("001122334455")
 
@@ -30,7 +34,8 @@ class Parents(Case):
         self.assertEqual((outcome.status, outcome.received), (1, b"\0"))
 
     def test_a_pipe_that_does_not_wait_gets_the_whole_report(self):
-        for devices, output in ((20, bytes(range(32, 127)) * 689), (1, b"x" * 4066)):  # 1 byte is left of the last
+        # The second has one byte more than the pipe holds.
+        for devices, output in ((20, bytes(range(32, 127)) * 689), (1, b"x" * 4066)):
             macs = [f"02:00:00:00:00:{i:02x}" for i in range(devices)]
             reply = (b"\0" + len(output).to_bytes(2, "big") + output) * devices
             got = []
@@ -47,38 +52,34 @@ class Parents(Case):
             outcome = run(["sh", "--mac", ",".join(macs), "--cmd", "x"], reply, output=write_end)
             reader.join()
             self.expect(outcome)
-            self.assertTrue(got[0] == b"".join(b"WTP %s output:\n%s\n" % (mac.encode(), output) for mac in macs))
+            self.assertTrue(got[0] == b"".join(
+                b"WTP %s output:\n%s\n" % (mac.encode(), output) for mac in macs))
 
     def test_options_count_wherever_they_stand(self):
         outcome = run(["initfw", "word", "--fwstat", "7"], environment={"POSIXLY_CORRECT": "1"},
                       script=[(">", bytes.fromhex("09 00000007"))])
         self.expect(outcome)
 
+    @needs(memory_of=program())
     def test_an_endless_list_costs_its_bytes_until_memory_is_short(self):
-        self.needs_memory()
         record = bytes([0, 1]) + bytes(79)  # the smallest there is
-        listener = socket.create_server(("127.0.0.1", 0))
-        self.addCleanup(listener.close)
 
-        def serve():
-            client, _ = listener.accept()
-            with client, contextlib.suppress(OSError):
-                client.sendall(ADMITTED)
-                while True:
-                    client.sendall(record * 10000)
-        threading.Thread(target=serve, daemon=True).start()
+        def send(client):
+            while True:
+                client.sendall(record * 10000)
         # Address space for a reply of 128 MiB while that becomes one of 256.
-        process = subprocess.Popen([program(), "online", "--acport", str(listener.getsockname()[1])],
-                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                                   preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (600 << 20,) * 2))
-        out, err = process.communicate(timeout=60)
-        self.assertEqual((process.returncode, out, err), (1, b"", b"ERROR: Out of memory\n"))
-        self.assertLess(resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss, 1.1 * (256 << 10) + (4 << 10))
+        space = (600 << 20,) * 2
+        done = call(program(), "online", "--acport", serve(send),
+                    prepare=lambda: resource.setrlimit(resource.RLIMIT_AS, space))
+        self.assertEqual(done, (1, "", "ERROR: Out of memory\n"))
+        most = resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss
+        self.assertLess(most, 1.1 * (256 << 10) + (4 << 10))
 
     def test_nothing_is_inherited_by_shell_commands(self):
         with tempfile.TemporaryDirectory() as folder:
             fake = Path(folder, "md5sum")
-            fake.write_text(f"#!/bin/sh\nls -l /proc/$$/fd >{folder}/fds; exec /usr/bin/md5sum \"$@\"\n")
+            fake.write_text(f"#!/bin/sh\nls -l /proc/$$/fd >{folder}/fds\n"
+                            'exec /usr/bin/md5sum "$@"\n')
             fake.chmod(0o700)
             self.expect(run(["cfg", "--mac", MAC, "--file", "f"], b"\0\0",
                             files={"f": b'{"wtp_cfg":{"password":"secret"}}'},
@@ -111,10 +112,43 @@ class Files(Case):
 
     def test_the_shell_length_is_the_low_16_bits_of_the_whole(self):
         request = bytes.fromhex("12 000E 0001") + MAC_BYTES + bytes(5) + b"\xff\xff" + b"c" * 65535
-        self.expect(run(["sh", "--mac", MAC, "--cmd", "c" * 65535], [(">", request), ("<", b"\6")]), status=0,
+        script = [(">", request), ("<", b"\6")]
+        self.expect(run(["sh", "--mac", MAC, "--cmd", "c" * 65535], script), status=0,
                     err=f"ERROR: Device {MAC} was not found.\n".encode())
         self.expect(run(["sh", "--mac", MAC, "--cmd", "c" * 65536]),
                     err=b"ERROR: Request of 65536 bytes is too long, at most 65535 fit.\n")
+
+
+class Ends(unittest.TestCase):
+    """A test that ends leaves nothing running, and no file if it is told to end."""
+
+    def descendants(self, process):
+        children = Path(f"/proc/{process}/task/{process}/children").read_text().split()
+        return [*children, *(below for child in children for below in self.descendants(child))]
+
+    def running(self, processes):
+        states = (Path(f"/proc/{process}/stat") for process in processes)
+        return [path for path in states if path.exists() and ") Z" not in path.read_text()]
+
+    def test_nothing_is_left_of_a_test(self):
+        for number, (name, least, *words) in itertools.product(
+                (signal.SIGTERM, signal.SIGKILL),
+                (("simulator.py", 1), ("documents.py", 4, SOURCE / "man/ac-sim.1"))):
+            with self.subTest(number=number, name=name), tempfile.TemporaryDirectory() as folder:
+                test = start([sys.executable, "-B", SOURCE / "tests" / name, program(), *words],
+                             stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                             env={**os.environ, "TMPDIR": folder})
+                end, found = time.monotonic() + 20, []
+                while len(found) < least or not os.listdir(folder):
+                    self.assertLess(time.monotonic(), end)
+                    with contextlib.suppress(OSError):  # one ends meanwhile
+                        found = self.descendants(test.pid)
+                test.send_signal(number)
+                self.assertNotEqual(test.wait(20), 0)
+                while left := self.running(found):
+                    self.assertLess(time.monotonic(), end, left)
+                if number == signal.SIGTERM:
+                    self.assertEqual(os.listdir(folder), [])
 
 
 if __name__ == "__main__":

@@ -1,9 +1,10 @@
 # SPDX-License-Identifier: MIT
 """Everything that can fail around zov, failing in turn: torture.py ZOV_FAULTY
 
-The program is built with faults.cpp, whose variables choose what fails. A case is a transcript: of each
-command and form the one with the most bytes; and rich lists and configuration files.
+The program is built with faults.cpp, whose variables choose what fails. A case is a transcript: of
+each command and form the one with the most bytes; and rich lists and configuration files.
 """
+import atexit
 import errno
 import functools
 import os
@@ -18,12 +19,15 @@ from reports import request
 from transcripts import Transcript, read_transcripts
 
 FORMS = {"--json", "--breif", "--add", "--del", "--all", "--fwresult"}
-LOG = os.path.join(tempfile.gettempdir(), f"zov-fault.{os.getpid()}")
+FOLDER = tempfile.TemporaryDirectory(prefix="zov-fault.")
+LOG = f"{FOLDER.name}/log"
+atexit.register(FOLDER.cleanup)
 
 
 def size_of(case):
     """Bytes of both sides and of the files."""
-    return sum(len(step[1]) for step in case.steps if step[1:]) + sum(map(len, (case.files or {}).values()))
+    texts = [*(data for _, *steps in case.steps for data in steps), *(case.files or {}).values()]
+    return sum(map(len, texts))
 
 
 def case_of(place, words, steps, out=b"", files=None):
@@ -44,14 +48,14 @@ def cases():
                 largest[form] = max(largest.get(form, case), case, key=size_of)
     for kind in (3, 2):
         records = [fields.rich(kind, counts=(2,), macs=(2,), words=[b"ab/"]) for _ in range(2)]
-        for words in ("--json --password", "--password"):
-            form = fields.report(records, words.split()[0].strip("-").replace("password", "text"), "password")
-            largest[words, kind] = case_of(words, ["wtps", *words.split()],
-                                           [request(63), ("<", fields.reply(records))], form)
+        for form, words in (("json", ["--json", "--password"]), ("text", ["--password"])):
+            largest[form, kind] = case_of(form, ["wtps", *words],
+                                          [request(63), ("<", fields.reply(records))],
+                                          fields.report(records, form, "password"))
         rows = settings.TABLE[kind].values()
         document = settings.document(*((row.path, settings.extremes(row)[1]) for row in rows))
-        items = settings.Walk(kind).walk(document)
-        largest["cfg", kind] = case_of("settings", settings.words(kind), settings.script(kind, items),
+        script = settings.script(kind, settings.Walk(kind).walk(document))
+        largest["cfg", kind] = case_of("settings", settings.words(kind), script,
                                        files={"f": settings.json.dumps(document).encode()})
     return list(largest.values())
 
@@ -60,7 +64,8 @@ class Torture(Case):
     def play(self, case, **faults):
         """One run with these faults: what came of it, and whether one was met."""
         variables = {f"FAULT_{name.upper()}": str(value) for name, value in faults.items()}
-        outcome = run(case.words, case.steps, files=case.files, environment={**variables, "FAULT_LOG": LOG})
+        variables["FAULT_LOG"] = LOG
+        outcome = run(case.words, case.steps, files=case.files, environment=variables)
         met = os.path.exists(LOG)
         if met:
             os.remove(LOG)
@@ -97,10 +102,12 @@ class Torture(Case):
         self.in_turn("alloc", check, [large])
         self.assertGreater(len(said), 200)
         takes_list = {case.words[0] for case in cases() if "--mac" in case.words} - {"dbg", "nodc"}
-        self.assertEqual(set(said), {(f"ERROR: {text}\n", command) for text, commands in (
-            ("Out of memory", "ac cfg fwlist mem online sh wtpflag wtps"), ("Out of memory.", "cfg mem sh"),
-            ("Out of memory(switchTopoDevCount)", "wtps"), ("Out of memory(linkCount=#)", "wtps"),
-            ("Invalid --mac argument #.", " ".join(takes_list)), ("Invalid --client argument #.", "kick"))
+        texts = {"Out of memory": "ac cfg fwlist mem online sh wtpflag wtps",
+                 "Out of memory.": "cfg mem sh", "Out of memory(switchTopoDevCount)": "wtps",
+                 "Out of memory(linkCount=#)": "wtps", "Invalid --client argument #.": "kick",
+                 "Invalid --mac argument #.": " ".join(takes_list)}
+        self.assertEqual(set(said), {
+            (f"ERROR: {text}\n", command) for text, commands in texts.items()
             for command in commands.split()})
 
     def test_every_transfer_fails_in_turn(self):
@@ -110,9 +117,10 @@ class Torture(Case):
 
                 def check(case, outcome):
                     # Only the goodbye may fail without consequences.
-                    whole = call == "send" and outcome.err == case.err + line and outcome.status == 0
+                    whole = call == "send" and outcome.err == case.err + line
+                    expected = (0, case.out) if whole and outcome.status == 0 else (1, b"")
                     self.assertTrue(outcome.err.endswith(line), outcome.err)
-                    self.assertEqual((outcome.status, outcome.out), (0, case.out) if whole else (1, b""))
+                    self.assertEqual((outcome.status, outcome.out), expected)
                 self.in_turn(call, check, errno=error)
 
     def test_no_socket_and_a_failing_close(self):

@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: MIT
 """Plays transcripts (see transcripts/README.md) against the program: transcripts.py ZOV FILE...
 
-Each is played as it stands, with the reply in single bytes, and with the reply cut at every byte (a long one
-at a hundred); only as it stands under a wrapper.
+Each is played as it stands, with the reply in single bytes, and with the reply cut at every byte (a
+long one at a hundred); only as it stands under a wrapper.
 """
 import os
 import re
@@ -80,7 +80,8 @@ class Transcript:
             elif mark == "+":
                 name, _, content = content.partition(" ")
                 self.files = self.files or {}
-                self.files[name] = self.files.get(name, b"") + (content.encode() + b"\n" if content else b"")
+                line = content.encode() + b"\n" if content else b""
+                self.files[name] = self.files.get(name, b"") + line
             elif mark == "-":
                 self.gone |= set(content)
             elif mark == "=":
@@ -95,11 +96,12 @@ class Transcript:
 
 def read_transcripts(path):
     """The transcripts of a file."""
-    names, cases = {"": ""}, []
+    names, cases = {}, []
 
     def expand(text):
-        return re.sub(r"\{(?:(\w+)|(.|\(.*?\))\*(\d+))\}",
-                      lambda found: names[found[1] or ""] or found[2].strip("()") * int(found[3]), text)
+        def value(found):
+            return names[found[1]] if found[1] else found[2].strip("()") * int(found[3])
+        return re.sub(r"\{(?:(\w+)|(.|\(.*?\))\*(\d+))\}", value, text)
     for number, text in enumerate(re.sub(r"\\\n *", "", path.read_text()).splitlines(), 1):
         if not text.strip() or text.startswith("#"):
             continue
@@ -134,8 +136,8 @@ class Played(Case):
     def play(self, steps, out, err, status, **options):
         """One run, with these steps and for this outcome."""
         case = self.transcript
-        outcome = run(case.words, steps, handshake=case.handshake, absent=case.absent, files=case.files,
-                      **options)
+        outcome = run(case.words, steps, handshake=case.handshake, absent=case.absent,
+                      files=case.files, **options)
         self.expect(outcome, out, err, status)
         return outcome
 
@@ -149,7 +151,8 @@ class Played(Case):
         for at, (mark, *data) in enumerate([] if ("x",) in case.steps else case.steps):
             size = len(data[0]) if mark == "<" else 0
             for cut in range(0, size, 1 + size // 100):
-                outcome = run(case.words, [*case.steps[:at], ("<", data[0][:cut]), ("x",)], files=case.files)
+                steps = [*case.steps[:at], ("<", data[0][:cut]), ("x",)]
+                outcome = run(case.words, steps, files=case.files)
                 with self.subTest(cut=cut):
                     self.assertTrue(case.err.startswith(outcome.err), outcome.err)
                     self.expect(outcome, b"", outcome.err, 1)

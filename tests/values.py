@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Random values of every form of setting, good and nearly good: values.py ZOV ZOV_CHECK GENERATED
+"""Random values of every form of setting, good and nearly good: values.py ZOV
 
 zov-check passes nothing that zov refuses or sends as another value than the text shows, and reports
 what zov does; the schemas differ from it only as zov-cfg(5) tells. ZOV_SEED repeats a run.
@@ -10,16 +10,13 @@ import json
 import os
 import random
 import re
-import subprocess
-import sys
 import tempfile
 from pathlib import Path
 
 import settings
-from harness import Case, main, needs, run
+from harness import Case, call, generated, main, needs, run, tool
 from settings import AP, LISTS, TABLE
 
-ZOV_CHECK, GENERATED = sys.argv[2], Path(sys.argv[3])
 SEED = int(os.environ.get("ZOV_SEED") or random.SystemRandom().randrange(10**6))
 PER_FORM = 2500 if os.environ.get("ZOV_LONG") else 250  # values for each kind of device
 # Texts to begin with, what is put into them, and values of other types and spellings.
@@ -120,7 +117,7 @@ class Values(Case):
         """Of each document: whether the schema passes it, and what zov-check reports."""
         from jsonschema import Draft202012Validator
         name, valid = "ap" if kind == AP else "switch", []
-        schema = json.loads((GENERATED / f"wtp_cfg-{name}.schema.json").read_text())
+        schema = json.loads(generated(f"wtp_cfg-{name}.schema.json").read_text())
         validator = Draft202012Validator(schema)
         memory = "/dev/shm" if os.path.isdir("/dev/shm") else None  # many files are made fast there
         with tempfile.TemporaryDirectory(dir=memory) as folder:
@@ -131,11 +128,11 @@ class Values(Case):
                     valid.append(validator.is_valid(json.loads(raw)))
                 except ValueError:
                     valid.append(False)
-            done = subprocess.run([ZOV_CHECK, "--format", "json", "--type", str(AP - kind),
-                                   *os.listdir(folder)], capture_output=True, cwd=folder)
-        self.assertEqual((done.stderr, done.returncode), (b"", int(b'"error"' in done.stdout)))
+            status, out, err = call(tool("zov-check"), "--format", "json", "--type", AP - kind,
+                                    *os.listdir(folder), cwd=folder)
+        self.assertEqual((err, status), ("", int('"error"' in out)))
         reports = [[] for _ in valid]
-        for one in json.loads(done.stdout)["diagnostics"]:
+        for one in json.loads(out)["diagnostics"]:
             reports[int(one["file"])] += [one["message"]] * (one["severity"] == "error")
         return zip(valid, reports)
 
@@ -176,7 +173,7 @@ class Values(Case):
         self.assertGreater(min(seen.values()), PER_FORM // 10, seen)
 
     def test_differences(self):
-        page = (GENERATED / "zov-cfg.5").read_text()
+        page = generated("zov-cfg.5").read_text()
         for words, members, passes, _ in DIFFERENCES:
             kind = settings.SWITCH if "poe_port" in members else AP
             [(valid, reports)] = self.judged(kind, ['{"wtp_cfg":{%s}}' % members])
