@@ -1,4 +1,3 @@
-#!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
 """Runs the simulated controller and zov against each other: simulator.py ZOV
 
