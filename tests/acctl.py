@@ -12,7 +12,7 @@ import signal
 import tempfile
 from pathlib import Path
 
-from harness import Case, main, option_words, run, start
+from harness import Case, main, needs, option_words, run, start
 
 PID_FILE = Path("/var/run/ac.pid")
 
@@ -136,9 +136,8 @@ class ProcessControl(Case):
                 self.assertRegex(outcome.err.decode(), f"^{message}$")
                 self.expect(outcome, err=outcome.err)
 
+    @needs(root=True)
     def test_exit_ends_the_process_of_the_pid_file(self):
-        if os.geteuid() != 0:
-            self.skipTest(f"only root can write {PID_FILE}")
         # The file is the machine's: one test at a time, and never instead of a real one.
         lock = os.open(PID_FILE.parent, os.O_RDONLY)
         self.addCleanup(os.close, lock)
