@@ -11,10 +11,7 @@
 namespace {
 
 constexpr double SETTLE = 2, BEGIN = 2, DEADLINE = 5, OUTAGE = 2;
-constexpr double TIMES[] = {1, DEADLINE};
 constexpr int LOST = -1;
-constexpr int CODES[] = {RESULT_SUCCESS, RESULT_BUSY, RESULT_NO_RESPONSE, RESULT_BAD_CONFIGURATION,
-                         LOST};
 
 ApplyLook seen(bool online, Stored stored, uint32_t change_time = 0, bool managed = true,
                bool busy = false)
@@ -22,7 +19,7 @@ ApplyLook seen(bool online, Stored stored, uint32_t change_time = 0, bool manage
     return {true, managed, online, busy, change_time, stored, ""};
 }
 
-const ApplyLook SIGHTS[] = {
+const std::vector<ApplyLook> SIGHTS = {
     {}, // not in the list
     seen(true, Stored::as_confirmed),
     seen(true, Stored::as_wanted),
@@ -49,65 +46,41 @@ struct Silent : Apply::Listener {
 };
 Silent nobody;
 
-struct State {
-    Apply apply;
-    std::vector<Watch> watch{};
-    double now = 0, silent_since = -1;
-    double served = 0, served_at_look = 0; // time in which the controller was not silent
-    std::string path{};                    // the events that led here
-
-    State after(const std::string &event) const
-    {
-        State next = *this;
-        next.path += " " + event;
-        return next;
-    }
-    Watch &of(const Mac &mac) { return watch[mac.byte[5]]; }
-    const Watch &of(const Mac &mac) const { return watch[mac.byte[5]]; }
-};
-
-class Explorer {
+class Explorer : public Exploration<Apply, Watch, ApplyLook> {
 public:
-    Explorer(std::vector<ApplyDevice> devices, size_t largest)
-        : devices_(std::move(devices)), largest_(largest)
+    explicit Explorer(size_t largest)
+        : Exploration(
+              {{1, DEADLINE},
+               SIGHTS,
+               {0, 1, 2, 3, 4, 5, 6, 7, 8, 9},
+               {1, 2, 5, 6},
+               {RESULT_SUCCESS, RESULT_BUSY, RESULT_NO_RESPONSE, RESULT_BAD_CONFIGURATION, LOST}}),
+          largest_(largest)
     {
     }
-
-    // Looks at `most` states, or all; returns how many there were.
-    size_t run(size_t most)
-    {
-        State first{.apply = Apply(devices_, {1, DEADLINE, BEGIN, SETTLE, OUTAGE}, nobody)};
-        first.watch.resize(devices_.size());
-        add(std::move(first));
-        space_.run(most, [this](const State &state) { expand(state); });
-        return space_.size();
-    }
-
-    bool is_complete() const { return space_.is_complete(); }
 
 private:
-    std::string key_of(const State &state) const;
-    void add(State state);
-    void expand(const State &state);
-    void look(State &state, const std::map<Mac, ApplyLook> &list) const;
-    void ask(State &state, const Mac &mac, int code, bool stops = false) const;
-    void check(const State &state) const;
-    void check_done(const State &state) const;
-    void check_end(State state, const ApplyLook *sight, int code) const;
+    std::string key_of(const State &state) const override;
+    void note(State &state, const Looks &looks) const override;
+    void look(Apply &apply, const Looks &looks, double now) const override
+    {
+        apply.look(looks, now);
+    }
+    void ask(State &state, const Mac &mac, int code, bool stops) const override;
+    void check_done(State &state) const override;
+    void check(const State &state) const override;
 
-    std::vector<ApplyDevice> devices_;
     size_t largest_; // batch
-    StateSpace<State> space_;
 };
 
 std::string Explorer::key_of(const State &state) const
 {
     const bool is_silent = state.silent_since >= 0;
-    std::string key = std::to_string(state.apply.batch()) +
-                      std::to_string(static_cast<int>(state.apply.halted())) +
-                      std::to_string(state.apply.failures()) +
+    std::string key = std::to_string(state.machine.batch()) +
+                      std::to_string(static_cast<int>(state.machine.halted())) +
+                      std::to_string(state.machine.failures()) +
                       (is_silent ? key_of_time(state.silent_since, state.now, OUTAGE) : "-");
-    for (const ApplyDevice &device : state.apply.devices()) {
+    for (const ApplyDevice &device : state.machine.devices()) {
         const Watch &watch = state.of(device.mac);
         key += device.finished() ? "|" : "|" + std::to_string(static_cast<int>(device.stage));
         if (device.finished()) // its past decides nothing any more
@@ -131,24 +104,12 @@ std::string Explorer::key_of(const State &state) const
     return key;
 }
 
-void Explorer::add(State state)
-{
-    check_done(state);
-    while (!state.apply.is_running() && state.apply.begin_batch(state.now))
-        state.silent_since = -1;
-    if (!space_.is_new(key_of(state)))
-        return;
-    check(state);
-    if (state.apply.is_running())
-        space_.keep(std::move(state));
-}
-
-void Explorer::look(State &state, const std::map<Mac, ApplyLook> &list) const
+void Explorer::note(State &state, const Looks &looks) const
 {
     const double passed = state.served - state.served_at_look;
-    for (const Mac &mac : state.apply.watched()) {
+    for (const Mac &mac : state.machine.watched()) {
         Watch &device = state.of(mac);
-        const ApplyLook &sight = list.at(mac);
+        const ApplyLook &sight = looks.at(mac);
         const bool is_so =
             sight.listed && sight.online && !sight.busy && sight.stored == Stored::as_wanted;
         const bool was_so = device.held >= 0 && sight.change_time == device.last.change_time;
@@ -156,77 +117,33 @@ void Explorer::look(State &state, const std::map<Mac, ApplyLook> &list) const
         device.is_seen = true;
         device.last = sight;
     }
-    state.apply.look(list, state.now);
-    state.served_at_look = state.served;
-    state.silent_since = -1;
 }
 
-// One device is sent its settings. A stop may come before the answer does.
 void Explorer::ask(State &state, const Mac &mac, int code, bool stops) const
 {
-    state.apply.ask({mac}, state.now);
+    state.machine.ask({mac}, state.now);
     if (stops)
-        state.apply.halt(Halt::signal);
+        state.machine.halt(Halt::signal);
     Watch &device = state.of(mac);
     device.sent += code != RESULT_BUSY || device.lost > 0;
     device.is_seen = false;
     device.held = -1;
     if (code == LOST) {
         device.lost++;
-        state.apply.unanswered({mac}, state.now);
+        state.machine.unanswered({mac}, state.now);
         return;
     }
     device.is_taken = code == RESULT_SUCCESS;
     device.is_refused = !device.is_taken && (code != RESULT_BUSY || device.lost > 0);
-    state.apply.answered(mac, static_cast<uint8_t>(code), code == 0 ? "" : "text", state.now);
+    state.machine.answered(mac, static_cast<uint8_t>(code), code == 0 ? "" : "text", state.now);
 }
 
-void Explorer::expand(const State &state)
-{
-    const std::vector<Mac> watched = state.apply.watched();
-    size_t lists = 1;
-    for (size_t i = 0; i < watched.size(); i++)
-        lists *= std::size(SIGHTS);
-    for (const double time : TIMES) {
-        for (size_t number = 0; number < lists; number++) {
-            State next = state.after("+" + std::to_string(static_cast<int>(time)));
-            next.now += time;
-            next.served += state.silent_since < 0 ? time : 0;
-            std::map<Mac, ApplyLook> list;
-            size_t rest = number;
-            for (const Mac &mac : watched) {
-                list[mac] = SIGHTS[rest % std::size(SIGHTS)];
-                next.path += " sight" + std::to_string(rest % std::size(SIGHTS));
-                rest /= std::size(SIGHTS);
-            }
-            look(next, list);
-            add(std::move(next));
-        }
-        State next = state.after("silent" + std::to_string(static_cast<int>(time)));
-        if (next.silent_since < 0)
-            next.silent_since = next.now;
-        next.now += time;
-        next.apply.silent(next.silent_since, next.now);
-        add(std::move(next));
-    }
-    for (const Mac &mac : state.apply.pending())
-        for (const int code : CODES)
-            for (const bool stops : {false, true}) {
-                State next = state.after((stops ? "stop+answer" : "answer") + std::to_string(code));
-                ask(next, mac, code, stops);
-                add(std::move(next));
-            }
-    State next = state.after("stop");
-    next.apply.halt(Halt::signal);
-    add(std::move(next));
-}
-
-void Explorer::check_done(const State &state) const
+void Explorer::check_done(State &state) const
 {
     SCOPED_TRACE(state.path);
-    for (const ApplyDevice &device : state.apply.devices()) {
+    for (const ApplyDevice &device : state.machine.devices()) {
         const Watch &watch = state.of(device.mac);
-        if (device.stage != ApplyStage::done || device.batch != state.apply.batch())
+        if (device.stage != ApplyStage::done || device.batch != state.machine.batch())
             continue;
         EXPECT_TRUE(watch.is_taken && !watch.is_refused) << "done without a good answer";
         EXPECT_GE(watch.held, SETTLE) << "done though not so for the time to settle";
@@ -235,24 +152,23 @@ void Explorer::check_done(const State &state) const
 
 void Explorer::check(const State &state) const
 {
-    SCOPED_TRACE(state.path);
-    const bool is_halted = state.apply.halted() != Halt::none;
+    const bool is_halted = state.machine.halted() != Halt::none;
     size_t in_change = 0;
-    for (const ApplyDevice &device : state.apply.devices()) {
+    for (const ApplyDevice &device : state.machine.devices()) {
         const Watch &watch = state.of(device.mac);
         in_change += watch.sent > 0 && !device.finished();
         EXPECT_TRUE(watch.sent == 0 ||
                     (device.stage != ApplyStage::waiting && device.stage != ApplyStage::skipped))
             << "sent, but called not started or skipped";
-        EXPECT_FALSE(is_halted && device.batch == state.apply.batch() &&
+        EXPECT_FALSE(is_halted && device.batch == state.machine.batch() &&
                      device.stage == ApplyStage::waiting)
             << "waits for its turn after the stop";
         EXPECT_LE(watch.lost, 2U) << "sent again and again without an answer";
     }
     EXPECT_LE(in_change, largest_) << "more than a batch in change";
-    for (const Mac &mac : state.apply.pending()) {
+    for (const Mac &mac : state.machine.pending()) {
         const Watch &watch = state.of(mac);
-        EXPECT_EQ(state.apply.find(mac)->batch, state.apply.batch());
+        EXPECT_EQ(state.machine.find(mac)->batch, state.machine.batch());
         EXPECT_FALSE(watch.is_taken || watch.is_refused) << "sent again after an answer";
         EXPECT_TRUE(watch.is_seen && watch.last.listed && watch.last.online && watch.last.managed &&
                     !watch.last.busy)
@@ -262,35 +178,6 @@ void Explorer::check(const State &state) const
             << "sent, but it is not as confirmed";
         EXPECT_TRUE(!is_halted || watch.lost == 1) << "begun after the stop";
     }
-    check_end(state, nullptr, 0);
-    if (space_.size() % 16 == 0)
-        for (const size_t sight : {1U, 2U, 5U, 6U})
-            for (const int code : {int{RESULT_BUSY}, LOST, int{RESULT_SUCCESS}})
-                check_end(state, &SIGHTS[sight], code);
-}
-
-// It ends when the controller stays silent; and when all devices stay as they are, whatever is
-// answered.
-void Explorer::check_end(State state, const ApplyLook *sight, int code) const
-{
-    for (int i = 0; i < 60; i++) {
-        if (!state.apply.is_running() && !state.apply.begin_batch(state.now))
-            return;
-        state.now += 1;
-        if (sight == nullptr) {
-            state.apply.silent(state.now - i - 1, state.now);
-            continue;
-        }
-        std::map<Mac, ApplyLook> list;
-        for (const Mac &mac : state.apply.watched())
-            list[mac] = *sight;
-        state.apply.look(list, state.now);
-        if (i % 2 == 1) // every second look fails
-            state.apply.silent(state.now - 0.5, state.now);
-        for (const Mac &mac : state.apply.pending())
-            ask(state, mac, code);
-    }
-    ADD_FAILURE() << "it never ends";
 }
 
 ApplyDevice device(uint8_t number, size_t batch)
@@ -315,10 +202,13 @@ TEST(ApplyExploration, EveryOrderOfEvents)
         {{device(0, 1), device(1, 1), device(2, 2)}, 2, 200000},
     };
     for (const Fleet &fleet : fleets) {
-        Explorer explorer(fleet.devices, fleet.largest);
-        const size_t states = explorer.run(!is_whole()              ? STATES_USUAL
-                                           : fleet.states == 200000 ? fleet.states
-                                                                    : SIZE_MAX);
+        Explorer explorer(fleet.largest);
+        Explorer::State first{
+            .machine = Apply(fleet.devices, {1, DEADLINE, BEGIN, SETTLE, OUTAGE}, nobody)};
+        first.watch.resize(fleet.devices.size());
+        const size_t states = explorer.run(std::move(first), !is_whole()              ? STATES_USUAL
+                                                             : fleet.states == 200000 ? fleet.states
+                                                                                      : SIZE_MAX);
         std::cout << states << " states, " << (explorer.is_complete() ? "all" : "of more")
                   << std::endl;
         EXPECT_GE(states, std::min(is_whole() ? fleet.states : STATES_USUAL, fleet.states));

@@ -11,7 +11,6 @@
 namespace {
 
 constexpr double SETTLE = 1, RETURN = 1, BEGIN = 2, DEADLINE = 4, OUTAGE = 2;
-constexpr double TIMES[] = {1, DEADLINE};
 constexpr uint32_t LONG_UP = 1000;
 
 Observation seen(bool online, bool busy, const char *version, const char *announced,
@@ -36,13 +35,6 @@ const std::vector<Observation> SIGHTS = {
     seen(true, false, "0", "", 0),
     seen(true, false, "1", "", LONG_UP, 0, false), // unmanaged
 };
-constexpr int CODES[] = {RESULT_SUCCESS,
-                         RESULT_NO_IMAGE,
-                         RESULT_BUSY,
-                         RESULT_NO_RESPONSE,
-                         RESULT_NOT_READY,
-                         14,
-                         -1}; // -1: no reply
 
 // What is known of a device from the events alone.
 struct Watch {
@@ -65,21 +57,6 @@ struct Silent : Roll::Listener {
 };
 Silent nobody;
 
-struct State {
-    Roll roll;
-    std::vector<Watch> watch{};
-    double now = 0, silent_since = -1;
-    double served = 0, served_at_look = 0; // time in which the controller was not silent
-    std::string path{};                    // the events that led here
-
-    State after(const std::string &event) const
-    {
-        State next = *this;
-        next.path += " " + event;
-        return next;
-    }
-};
-
 struct Fleet {
     const char *name;
     std::vector<RollDevice> devices;
@@ -94,41 +71,48 @@ const std::vector<size_t> USUAL = {0, 1, 3, 4, 7, 8, 9, 10};
 const std::vector<size_t> STRANGE = {1, 2, 4, 6, 7, 9, 12, 13};
 const std::vector<size_t> TWO_STEPS = {1, 4, 5, 7, 9, 11};
 
-class Explorer {
+class Explorer : public Exploration<Roll, Watch, Observation> {
 public:
-    explicit Explorer(const Fleet &fleet) : fleet_(fleet) {}
+    explicit Explorer(const Fleet &fleet)
+        : Exploration({{1, DEADLINE},
+                       SIGHTS,
+                       fleet.sights,
+                       {1, 4, 7, 9},
+                       {RESULT_SUCCESS, RESULT_NO_IMAGE, RESULT_BUSY, RESULT_NO_RESPONSE,
+                        RESULT_NOT_READY, 14, -1}}),
+          fleet_(fleet)
+    {
+    }
 
-    // Looks at `most` states, or all; returns how many there were.
     size_t run(size_t most)
     {
-        State first{.roll = Roll(fleet_.devices, fleet_.limits, nobody)};
+        State first{.machine = Roll(fleet_.devices, fleet_.limits, nobody)};
         for (const RollDevice &device : fleet_.devices) {
             first.watch.emplace_back().last = device.last;
             first.watch.back().uptime = device.last.uptime;
         }
-        add(std::move(first));
-        space_.run(most, [this](const State &state) { expand(state); });
-        return space_.size();
+        return Exploration::run(std::move(first), most);
     }
 
-    bool is_complete() const { return space_.is_complete(); }
-
 private:
-    std::string key_of(const State &state) const;
-    void add(State state);
-    void expand(const State &state);
-    void expand_look(const State &state, double time);
-    void expand_request(const State &state);
-    void look(State &state, const std::map<Mac, Observation> &list) const;
-    void ask(State &state, const Mac &mac, int code, bool stops = false) const;
-    void check_done(const State &state) const;
-    void check(const State &state) const;
-    void check_pending(const State &state) const;
-    void check_end(State state, const Observation *sight, int code) const;
-    Watch &watch(State &state, const Mac &mac) const { return state.watch[mac.byte[5]]; }
+    std::string key_of(const State &state) const override;
+    void note(State &state, const Looks &looks) const override;
+    void look(Roll &roll, const Looks &looks, double now) const override
+    {
+        roll.look(looks, now, now);
+    }
+    void ask(State &state, const Mac &mac, int code, bool stops) const override;
+    void begun(State &state) const override;
+    void expand_more(const State &state) override;
+    void answer_more(State &state) const override
+    {
+        for (const Mac &mac : state.machine.unclear())
+            state.machine.steps_known(mac, 1, state.now);
+    }
+    void check_done(State &state) const override;
+    void check(const State &state) const override;
 
     const Fleet &fleet_;
-    StateSpace<State> space_;
 };
 
 // A time, while something depends on it.
@@ -139,15 +123,15 @@ std::string key_of_time(bool matters, double since, double now, double limit)
 
 std::string Explorer::key_of(const State &state) const
 {
-    std::string key = std::to_string(state.roll.batch()) +
-                      std::to_string(static_cast<int>(state.roll.halted())) +
+    std::string key = std::to_string(state.machine.batch()) +
+                      std::to_string(static_cast<int>(state.machine.halted())) +
                       key_of_time(state.silent_since >= 0, state.silent_since, state.now, OUTAGE);
-    for (const auto &[model, first] : state.roll.announced())
-        key += first.version + (first.batch < state.roll.batch() ? "<" : "=");
-    key += std::to_string(state.roll.failures());
-    for (const RollDevice &device : state.roll.devices()) {
+    for (const auto &[model, first] : state.machine.announced())
+        key += first.version + (first.batch < state.machine.batch() ? "<" : "=");
+    key += std::to_string(state.machine.failures());
+    for (const RollDevice &device : state.machine.devices()) {
         const UpgradeStep &step = device.step;
-        const Watch &watch = state.watch[device.mac.byte[5]];
+        const Watch &watch = state.of(device.mac);
         const Observation &last = device.last;
         key += device.finished() ? "|" : "|" + std::to_string(static_cast<int>(device.stage));
         if (device.finished() && !device.late) // its past decides nothing any more
@@ -171,7 +155,7 @@ std::string Explorer::key_of(const State &state) const
         if (watch.held >= 0)
             key += watch.last.version + std::to_string(watch.last.change_time);
         const double now =
-            (state.silent_since >= 0 ? state.silent_since : state.now) - state.roll.lost_time();
+            (state.silent_since >= 0 ? state.silent_since : state.now) - state.machine.lost_time();
         const bool is_asked = step.asked >= 0;
         key += key_of_time(!is_asked || step.reply_lost, step.entered, now, BEGIN) +
                key_of_time(is_asked, step.asked, now, DEADLINE) +
@@ -183,43 +167,20 @@ std::string Explorer::key_of(const State &state) const
     return key;
 }
 
-// Notes which steps are over.
-void follow_steps(State &state)
+// What runs is judged as the plan has seen it.
+void Explorer::begun(State &state) const
 {
-    for (const RollDevice &device : state.roll.devices()) {
-        Watch &known = state.watch[device.mac.byte[5]];
-        if (device.steps_done > known.steps_done && !device.finished()) {
-            known.is_open = known.lost = false;
-            known.announced.clear();
-            known.newest.clear();
-        }
-        known.steps_done = device.steps_done;
-    }
+    for (const Mac &mac : state.machine.watched())
+        if (Watch &device = state.of(mac); device.last.busy)
+            device.announced = device.last.announced;
 }
 
-void Explorer::add(State state)
-{
-    follow_steps(state);
-    check_done(state);
-    while (!state.roll.is_running() && state.roll.begin_batch(state.now)) {
-        state.silent_since = -1;
-        for (const Mac &mac : state.roll.watched()) // what runs is judged as the plan has seen it
-            if (Watch &device = watch(state, mac); device.last.busy)
-                device.announced = device.last.announced;
-    }
-    if (!space_.is_new(key_of(state)))
-        return;
-    check(state);
-    if (state.roll.is_running())
-        space_.keep(std::move(state));
-}
-
-void Explorer::look(State &state, const std::map<Mac, Observation> &list) const
+void Explorer::note(State &state, const Looks &looks) const
 {
     const double passed = state.served - state.served_at_look;
-    for (const Mac &mac : state.roll.watched()) {
-        Watch &device = watch(state, mac);
-        const Observation &sight = list.at(mac);
+    for (const Mac &mac : state.machine.watched()) {
+        Watch &device = state.of(mac);
+        const Observation &sight = looks.at(mac);
         const bool rests = sight.listed && sight.online && !sight.busy;
         if (sight.listed && (!sight.online || sight.uptime < device.uptime ||
                              sight.uptime + 1 <= state.now - device.asked_at))
@@ -233,41 +194,14 @@ void Explorer::look(State &state, const std::map<Mac, Observation> &list) const
             device.announced = sight.announced;
         device.last = sight;
     }
-    state.roll.look(list, state.now, state.now);
-    state.served_at_look = state.served;
-    state.silent_since = -1;
 }
 
-void Explorer::expand_look(const State &state, double time)
-{
-    const std::vector<Mac> watched = state.roll.watched();
-    size_t lists = 1;
-    for (size_t i = 0; i < watched.size(); i++)
-        lists *= fleet_.sights.size();
-    for (size_t number = 0; number < lists; number++) {
-        State next = state.after("+" + std::to_string(static_cast<int>(time)));
-        next.now += time;
-        next.served += state.silent_since < 0 ? time : 0;
-        std::map<Mac, Observation> list;
-        size_t rest = number;
-        for (const Mac &mac : watched) {
-            const size_t sight = fleet_.sights[rest % fleet_.sights.size()];
-            list[mac] = SIGHTS[sight];
-            next.path += " sight" + std::to_string(sight);
-            rest /= fleet_.sights.size();
-        }
-        look(next, list);
-        add(std::move(next));
-    }
-}
-
-// One device is asked; -1: no reply comes. A stop may come before the reply does.
 void Explorer::ask(State &state, const Mac &mac, int code, bool stops) const
 {
-    state.roll.ask({mac});
+    state.machine.ask({mac});
     if (stops)
-        state.roll.halt(Halt::signal);
-    Watch &device = watch(state, mac);
+        state.machine.halt(Halt::signal);
+    Watch &device = state.of(mac);
     const bool was_lost = device.lost;
     const bool may_be_taken = code < 0 || code == RESULT_NO_RESPONSE;
     if (code == RESULT_SUCCESS || may_be_taken || (code == RESULT_BUSY && was_lost)) {
@@ -282,68 +216,39 @@ void Explorer::ask(State &state, const Mac &mac, int code, bool stops) const
     if (code == RESULT_NO_IMAGE)
         device.newest = device.last.version;
     if (code < 0)
-        state.roll.unanswered({mac}, state.now);
+        state.machine.unanswered({mac}, state.now);
     else
-        state.roll.answered(mac, static_cast<uint8_t>(code), state.now);
+        state.machine.answered(mac, static_cast<uint8_t>(code), state.now);
 }
 
-void Explorer::expand_request(const State &state)
+void Explorer::expand_more(const State &state)
 {
-    for (const Mac &mac : state.roll.pending()) {
-        for (const int code : CODES)
-            for (const bool stops : {false, true}) {
-                State next = state.after((stops ? "stop+answer" : "answer") + std::to_string(code));
-                ask(next, mac, code, stops);
-                add(std::move(next));
-            }
-    }
-    for (const Mac &mac : state.roll.unclear())
+    for (const Mac &mac : state.machine.unclear())
         for (const unsigned left : {0U, 1U}) {
             State next = state.after("left" + std::to_string(left));
             if (left == 0)
-                watch(next, mac).newest = watch(next, mac).last.version;
-            next.roll.steps_known(mac, left, next.now);
+                next.of(mac).newest = next.of(mac).last.version;
+            next.machine.steps_known(mac, left, next.now);
             add(std::move(next));
         }
 }
 
-void Explorer::expand(const State &state)
-{
-    for (const double time : TIMES) {
-        expand_look(state, time);
-        State next = state.after("silent" + std::to_string(static_cast<int>(time)));
-        if (next.silent_since < 0)
-            next.silent_since = next.now;
-        next.now += time;
-        next.roll.silent(next.silent_since, next.now);
-        add(std::move(next));
-    }
-    expand_request(state);
-    State next = state.after("stop");
-    next.roll.halt(Halt::signal);
-    add(std::move(next));
-}
-
-void Explorer::check_pending(const State &state) const
-{
-    for (const Mac &mac : state.roll.pending()) {
-        const Watch &device = state.watch[mac.byte[5]];
-        EXPECT_FALSE(device.is_open) << "asked again in the same step";
-        EXPECT_TRUE(device.last.managed) << "asked though unmanaged";
-        EXPECT_TRUE(!device.lost || device.rested) << "asked again though not seen at rest";
-        EXPECT_TRUE(state.roll.halted() == Halt::none ||
-                    (device.asked && device.steps_done > 0 && !device.lost))
-            << "begun after the stop";
-    }
-}
-
-// What is done in the batch that is ending.
-void Explorer::check_done(const State &state) const
+// Notes which steps are over; then looks at what is done.
+void Explorer::check_done(State &state) const
 {
     SCOPED_TRACE(state.path);
-    for (const RollDevice &device : state.roll.devices()) {
-        const Watch &watch = state.watch[device.mac.byte[5]];
-        if (device.stage != UpgradeStage::done || device.batch != state.roll.batch())
+    for (const RollDevice &device : state.machine.devices()) {
+        Watch &known = state.of(device.mac);
+        if (device.steps_done > known.steps_done && !device.finished()) {
+            known.is_open = known.lost = false;
+            known.announced.clear();
+            known.newest.clear();
+        }
+        known.steps_done = device.steps_done;
+    }
+    for (const RollDevice &device : state.machine.devices()) {
+        const Watch &watch = state.of(device.mac);
+        if (device.stage != UpgradeStage::done || device.batch != state.machine.batch())
             continue;
         const std::string &version = watch.last.version;
         EXPECT_TRUE(watch.last.online && !watch.last.busy) << "done though not online";
@@ -357,52 +262,27 @@ void Explorer::check_done(const State &state) const
 
 void Explorer::check(const State &state) const
 {
-    SCOPED_TRACE(state.path);
     size_t in_flight = 0;
-    for (const RollDevice &device : state.roll.devices()) {
-        const Watch &watch = state.watch[device.mac.byte[5]];
+    for (const RollDevice &device : state.machine.devices()) {
+        const Watch &watch = state.of(device.mac);
         in_flight += watch.asked && !device.finished();
         EXPECT_FALSE(device.batch == 0 && watch.asked) << "asked, but called not started";
         EXPECT_FALSE(device.current && device.stage != UpgradeStage::skipped)
             << "called up to date, but not skipped";
-        EXPECT_TRUE(state.roll.halted() == Halt::none || device.batch != state.roll.batch() ||
+        EXPECT_TRUE(state.machine.halted() == Halt::none || device.batch != state.machine.batch() ||
                     device.stage != UpgradeStage::waiting || watch.asked)
             << "waits for its turn after the stop";
     }
     EXPECT_LE(in_flight, fleet_.largest) << "too many in flight";
-    check_pending(state);
-    check_end(state, nullptr, 0);
-    if (space_.size() % 16 != 0)
-        return;
-    for (const size_t sight : {size_t{1}, size_t{4}, size_t{7}, size_t{9}})
-        for (const int code : {int{RESULT_BUSY}, -1, int{RESULT_SUCCESS}})
-            check_end(state, &SIGHTS[sight], code);
-}
-
-// It ends when the controller stays silent; and when all devices stay as they are, whatever is
-// answered.
-void Explorer::check_end(State state, const Observation *sight, int code) const
-{
-    for (int i = 0; i < 60; i++) {
-        if (!state.roll.is_running() && !state.roll.begin_batch(state.now))
-            return;
-        state.now += 1;
-        if (sight == nullptr) {
-            state.roll.silent(state.now - i - 1, state.now);
-            continue;
-        }
-        std::map<Mac, Observation> list;
-        for (const Mac &mac : state.roll.watched())
-            list[mac] = *sight;
-        state.roll.look(list, state.now, state.now);
-        if (i % 2 == 1) // every second look fails
-            state.roll.silent(state.now - 0.5, state.now);
-        for (const Mac &mac : state.roll.unclear())
-            state.roll.steps_known(mac, 1, state.now);
-        for (const Mac &mac : state.roll.pending())
-            ask(state, mac, code);
+    for (const Mac &mac : state.machine.pending()) {
+        const Watch &device = state.of(mac);
+        EXPECT_FALSE(device.is_open) << "asked again in the same step";
+        EXPECT_TRUE(device.last.managed) << "asked though unmanaged";
+        EXPECT_TRUE(!device.lost || device.rested) << "asked again though not seen at rest";
+        EXPECT_TRUE(state.machine.halted() == Halt::none ||
+                    (device.asked && device.steps_done > 0 && !device.lost))
+            << "begun after the stop";
     }
-    ADD_FAILURE() << "it never ends";
 }
 
 RollDevice device(uint8_t number, size_t batch, unsigned steps, bool followed = false)
