@@ -15,13 +15,13 @@ from pathlib import Path
 from harness import ADMITTED, call, program, start, tool
 
 AP, SWITCH = "02:A3:00:00:00:01", "02:A2:00:00:00:01"  # of simulated devices
-_ports = set()
+PORTS = set()  # of all of them
 
 
 @atexit.register
 def remove_locks():
     """Of tools that changed devices, by the ports of this test, which are nobody else's."""
-    for port in _ports:
+    for port in PORTS:
         Path(f"/run/lock/zov-127.0.0.1-{port}").unlink(missing_ok=True)
 
 
@@ -39,7 +39,7 @@ class Controller:
         self.process = start([tool("ac-sim"), "--port", "0", *options], stdout=subprocess.PIPE,
                              stderr=errors, text=True)
         self.port = self.process.stdout.readline().strip().rsplit(":", 1)[1]
-        _ports.add(self.port)
+        PORTS.add(self.port)
 
     def __enter__(self):
         return self
@@ -107,7 +107,7 @@ class Player:
     def __init__(self, *answers, holds=False, answer=None):
         self.listener, self.requests = socket.create_server(("127.0.0.1", 0), backlog=64), []
         self.port = str(self.listener.getsockname()[1])
-        _ports.add(self.port)
+        PORTS.add(self.port)
         threading.Thread(target=self._play, args=(answers, holds, answer), daemon=True).start()
 
     def _play(self, answers, holds, answer):

@@ -20,7 +20,7 @@ import textwrap
 import unittest
 from pathlib import Path
 
-from controllers import Controller
+from controllers import PORTS, Controller
 from harness import SOURCE, call, main, tool
 
 DOCUMENT, *SIM_OPTIONS = sys.argv[2:]
@@ -46,6 +46,7 @@ def with_free_ports(block):
     for shown in re.findall(r"listening on 127\.0\.0\.1:(\d+)", block):
         with socket.create_server(("127.0.0.1", 0)) as taken:
             port = str(taken.getsockname()[1])
+        PORTS.add(port)
         block = block.replace(shown, port).replace("ac-sim --port 0", f"ac-sim --port {port}")
     return block
 

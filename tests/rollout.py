@@ -18,7 +18,7 @@ from pathlib import Path
 import changer
 import jsonschema
 from changer import PROGRAM, ask, results, rows, run, start
-from controllers import Controller
+from controllers import PORTS, Controller
 from harness import SOURCE, call, main
 
 AP1, AP2, AP3 = (f"02:A3:00:00:00:0{n}" for n in (1, 2, 3))  # one step from the newest, two, one
@@ -236,6 +236,7 @@ class Scripted(unittest.TestCase):
     def test_controllers_that_are_not_there(self):
         with socket.create_server(("127.0.0.1", 0)) as listener:
             port, began = listener.getsockname()[1], time.monotonic()
+            PORTS.add(port)
             status, out, err = run(port, "--all-managed", "--timeout", "0.5")
             self.assertEqual((status, out, err), (1, "", "zov-rollout: the controller at 127.0.0.1:"
                                                          f"{port} does not answer within 0.5 s\n"))
