@@ -1,14 +1,19 @@
 # SPDX-License-Identifier: MIT
 """The alerts, judged by promtool: alerts.py ZOV
 
-Each has series that trigger it when its time is over, and not before; and series that do not.
+Each has series that trigger it when its time is over, and not before; and series that do not. The
+series are some that zov-export writes.
 """
 import json
+import re
+import shutil
 import tempfile
+import textwrap
 import unittest
 from pathlib import Path
 
-from harness import SOURCE, call, main, needs
+from controllers import AP, Controller
+from harness import SOURCE, call, main, needs, tool
 
 RULES = f"{SOURCE}/companions/export/zov.rules.yml"
 
@@ -66,6 +71,30 @@ def fires(lines, minutes, alert):
 
 @needs("promtool")
 class Alerts(unittest.TestCase):
+    def test_series_are_those_that_are_exported(self):
+        with Controller("--switches", "1") as controller:
+            controller.ok("upg", "--mac", AP)
+            words = (tool("zov-export"), "--acport", controller.port, "--format", "prometheus")
+            text = call(*words)[1]
+        exported = {(name, frozenset(re.findall(r'(\w+)="', labels)))
+                    for name, labels in re.findall(r"^(\w+)(.*) ", text, re.M)}
+        lines = [line for _, some, _, others in CASES for line in some + others]
+        for one in (INFO, *map(series, lines)):
+            name, labels = re.match(r"(\w+)(.*)", one["series"]).groups()
+            labels = set(re.findall(r'(\w+)="', labels)) - {"job", "instance"}
+            self.assertTrue(any(name == known and labels <= has for known, has in exported), one)
+
+    def test_the_set_up_that_is_shown(self):
+        page = Path(SOURCE, "docs/monitoring.md").read_text()
+        shown = re.search("(?m)^    rule_files.*\n(    .*\n)*", page)[0]
+        with tempfile.TemporaryDirectory() as folder:
+            shutil.copy(RULES, folder)
+            file = Path(folder, "prometheus.yml")
+            file.write_text(textwrap.dedent(shown))
+            status, out, err = call("promtool", "check", "config", file)
+            self.assertEqual((status, err), (0, ""))
+            self.assertIn("1 rule files found", out)
+
     def test_rules_are_valid_and_have_texts(self):
         status, out, err = call("promtool", "check", "rules", RULES)
         self.assertEqual((status, err), (0, ""))
