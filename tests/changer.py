@@ -10,11 +10,13 @@ import subprocess
 import sys
 import termios
 from pathlib import Path
+from types import SimpleNamespace
 
 import harness
 from controllers import Player
 
 PROGRAM = harness.tool(f"zov-{Path(sys.argv[0]).stem}")
+FIRST = "02:00:00:00:00:01"
 FAST = ("--interval", "0.05", "--timeout", "20", "--settle", "0", "--yes")
 
 
@@ -72,6 +74,28 @@ class Script:
         looks = {n: self.take(looks) if takes else looks[0] for n, looks in enumerate(self.looks)
                  if not macs or self.mac(n) in macs}
         return {n: look for n, look in looks.items() if look != "-"}
+
+
+def cases(table):
+    """The rows of a table: what | looks of a device // of the next | its result // of the next |
+    options, exit=STATUS if not 1, sent=REQUESTS that change devices if not 1, NAME=VALUE,VALUE of
+    the script | what is said. - is no result, {} the first device, (TEXT)*N so many of them."""
+    table = re.sub(r"\((.*?)\)\*(\d+)", lambda found: found[1] * int(found[2]), table)
+    for row in re.sub(r"\n +", " ", table).strip().replace("{}", FIRST).splitlines():
+        what, looks, made, words, says = (*row.split(" | "), "", "")[:5]
+        more = dict(word.split("=") for word in words.split() if "=" in word)
+        yield SimpleNamespace(
+            what=what, looks=looks.split(" // "), results=made.split(" // ") if made != "-" else [],
+            status=int(more.pop("exit", 1)), sent=more.pop("sent", "1"), says=says,
+            script={name: value.replace(",", " ") for name, value in more.items()},
+            options=[word for word in words.split() if "=" not in word])
+
+
+def check(test, case, outcome, sent, err):
+    """Compares results, exit status, requests and what is said with those of a row."""
+    test.assertEqual(outcome, (case.results, case.status), err)
+    test.assertRegex(err, re.compile(case.says, re.S))
+    test.assertIn(case.sent, ("*", str(sent)), err)
 
 
 def ask(port, answer, *options, columns=80):

@@ -22,7 +22,6 @@ from controllers import PORTS, Controller
 from harness import SOURCE, call, main
 
 AP1, AP2, AP3 = (f"02:A3:00:00:00:0{n}" for n in (1, 2, 3))  # one step from the newest, two, one
-FIRST = "02:00:00:00:00:01"
 
 
 class Script(changer.Script):
@@ -74,84 +73,58 @@ class Script(changer.Script):
         return [request[0] for request in self.player.requests]
 
 
-class Case:
-    def __init__(self, what, looks, expected, options="", status=1, requests=1, says="", **script):
-        self.what, self.looks, self.expected, self.options = what, looks, expected, options.split()
-        self.status, self.requests, self.says, self.script = status, requests, says, script
-
-
-CASES = (
-    Case("as usual", ["1 1 1b2 1o 2r"], ["done"], status=0),
-    Case("two steps", ["1 1 1b2 2r 2r 2b3 3o 3r"], ["done"], status=0, requests=2, steps="2"),
-    Case("some in two steps, some in one", ["1 1 1b2 1o 2r", "1 1 1b2 2r 2r 2b3 3o 3r"],
-         ["done", "done"], status=0, requests=2, steps="12"),
-    Case("one after the other", ["1 1 1b2 1o 2r"] * 2, ["done"] * 2, "--batch 1",
-         status=0, requests=2),
-    Case("no announcement, nothing newer", ["1 1 1o 2r"], ["done"], status=0, steps="1 0"),
-    Case("one that runs is judged", ["1b3 1b3 1o 3r", "1"], ["failed: announces version 3",
-         "not started"], "--to 2", status=3, requests=0),
-    Case("denied after a change by others", ["1 2"],
-         [f"failed: Device {FIRST} denied this operation."], steps="1", answers="14"),
-    Case("the controller answers every second time", ["1 1 1b2" + " X 1b2" * 40],
-         ["timed out: stayed at 40 %"], "--deadline 0.5"),
-    Case("it settles", ["1 1 1b2 2r 2r 2rc 2r"], ["done"], "--settle 0.4", status=0),
-    Case("no restart", ["1 1 1b2 2"], ["timed out: was not seen to restart"], "--deadline 0.5"),
-    Case("the version asked for", ["1 1 1b2 1o 2r"], ["done"], "--to 2", status=0),
-    Case("another version", ["1 1 1b3 1o 3r", "1"], ["failed: announces version 3", "not started"],
-         "--to 2 --batch 1 --max-failures 9", status=3, says="stopped: .* announces version 3"),
-    Case("it has it", ["2"], ["up to date"], "--to 2", status=0, requests=0),
-    Case("a newer one", ["3"], ["skipped: has a newer version"], "--to 2", requests=0),
-    Case("an older version", ["2 2 2b1", "2"],
-         ["failed: announces the older version 1", "not started"],
-         "--batch 1 --max-failures 9", status=3),
-    Case("an older version may be", ["2 2 2b1 2o 1r"], ["done"], "--allow-older", status=0),
-    Case("the image was replaced", ["1 1 1b2 1o 2r", "1 1 1b3 1o 3r", "1"],
-         ["done", "done", "not started"], "--batch 1", status=3, requests=2, says="was replaced"),
-    Case("a lost reply", ["1 1 1 1b2 1o 2r"], ["done"], status=0, requests=2, answers="x 0"),
-    Case("no response, but it has begun", ["1 1 1b2 1o 2r"], ["done"], status=0, answers="12"),
-    Case("no response, not at rest", ["1 1 1o 1o 1 1b2 1o 2r"], ["done"], status=0, requests=2,
-         answers="12 0"),
-    Case("busy, then not ready, then yes", ["1 1 1 1 1b2 1o 2r"], ["done"], status=0, requests=3,
-         answers="10 17 0"),
-    Case("busy for too long", ["1"], ["failed: Device 02:00:00:00:00:01 is busy."],
-         "--begin 0.3", requests=None, answers="10"),
-    Case("denied", ["1"], [f"failed: Device {FIRST} denied this operation."], answers="14"),
-    Case("too many failures keep others of the batch from beginning",
-         ["1", "1 1o 1 1b2 1o 2r"],
-         [f"failed: Device {FIRST} denied this operation.", "not started"],
-         status=3, answers="14 0"),
-    Case("nothing newer by now", ["1"], ["up to date"], status=0, answers="5"),
-    Case("in neither list", ["1"],
-         ["skipped: the controller does not say how many upgrades it needs"],
-         requests=0, steps="?"),
-    Case("it does not begin", ["1 1 1e5"], ["failed: did not begin (upgrade state 5)"],
-         "--begin 0.3"),
-    Case("not listed", ["1 1 1b2 -"], ["timed out: not in the list any more"], "--deadline 0.5"),
-    Case("offline", ["1 1 1b2 1o"], ["timed out: offline"], "--deadline 0.5"),
-    Case("hangs", ["1 1 1b2"], ["timed out: stayed at 40 %"], "--deadline 0.5"),
-    Case("unmanaged, busy", ["1ub2"], ["skipped: not under management"], "--name *", requests=0),
-    Case("unmanaged by now", ["1 1u"], ["skipped: not under management"], "--name *", requests=0),
-    Case("followed, and fails", ["1b2", "1 1 1b2 1o 2r"],
-         ["timed out: stayed at 40 %", "done"], "--deadline 0.3", requests=1),
-    Case("the controller is gone", ["1 1 1b2 X", "1"], ["unknown: the controller did not answer",
-         "not started"], "--outage 0.3 --batch 1", status=3, says="goes on with the rest"),
-    Case("for a while", ["1 1 1b2 X X 1b2 X 1o 2r"], ["done"], "--deadline 0.8", status=0,
-         says="busy, try again later; trying again\n.*answers again"),
-    Case("busy while planning", ["X X 1 1 1b2 1o 2r"], ["done"], status=0),
-)
+CASES = r"""
+as usual | 1 1 1b2 1o 2r | done | exit=0
+two steps | 1 1 1b2 2r 2r 2b3 3o 3r | done | exit=0 sent=2 steps=2
+some in two steps, some in one | 1 1 1b2 1o 2r // 1 1 1b2 2r 2r 2b3 3o 3r | done // done
+    | exit=0 sent=2 steps=12
+one after the other | 1 1 1b2 1o 2r // 1 1 1b2 1o 2r | done // done | --batch 1 exit=0 sent=2
+no announcement, nothing newer | 1 1 1o 2r | done | exit=0 steps=1,0
+one that runs is judged | 1b3 1b3 1o 3r // 1 | failed: announces version 3 // not started
+    | --to 2 exit=3 sent=0
+denied after a change by others | 1 2 | failed: Device {} denied this operation.
+    | steps=1 answers=14
+the controller answers every second time | 1 1 1b2 (X 1b2 )*40 | timed out: stayed at 40 %
+    | --deadline 0.5
+it settles | 1 1 1b2 2r 2r 2rc 2r | done | --settle 0.4 exit=0
+another version | 1 1 1b3 1o 3r // 1 | failed: announces version 3 // not started
+    | --to 2 --batch 1 --max-failures 9 exit=3 | stopped: .* announces version 3
+it has it | 2 | up to date | --to 2 exit=0 sent=0
+a newer one | 3 | skipped: has a newer version | --to 2 sent=0
+nothing newer by now | 1 | up to date | exit=0 answers=5
+an older version | 2 2 2b1 // 2 | failed: announces the older version 1 // not started
+    | --batch 1 --max-failures 9 exit=3
+an older version may be | 2 2 2b1 2o 1r | done | --allow-older exit=0
+the image was replaced | 1 1 1b2 1o 2r // 1 1 1b3 1o 3r // 1 | done // done // not started
+    | --batch 1 exit=3 sent=2 | was replaced
+a lost reply | 1 1 1 1b2 1o 2r | done | exit=0 sent=2 answers=x,0
+busy, then not ready, then yes | 1 1 1 1 1b2 1o 2r | done | exit=0 sent=3 answers=10,17,0
+too many failures keep others of the batch from beginning | 1 // 1 1o 1 1b2 1o 2r
+    | failed: Device {} denied this operation. // not started | exit=3 answers=14,0
+in neither list | 1 | skipped: the controller does not say how many upgrades it needs
+    | sent=0 steps=?
+it does not begin | 1 1 1e5 | failed: did not begin (upgrade state 5) | --begin 0.3
+not listed | 1 1 1b2 - | timed out: not in the list any more | --deadline 0.5
+hangs | 1 1 1b2 | timed out: stayed at 40 % | --deadline 0.5
+unmanaged, busy | 1ub2 | skipped: not under management | --name * sent=0
+unmanaged by now | 1 1u | skipped: not under management | --name * sent=0
+followed, and fails | 1b2 // 1 1 1b2 1o 2r | timed out: stayed at 40 % // done | --deadline 0.3
+the controller is gone | 1 1 1b2 X // 1 | unknown: the controller did not answer // not started
+    | --outage 0.3 --batch 1 exit=3 | goes on with the rest
+for a while | 1 1 1b2 X X 1b2 X 1o 2r | done | --deadline 0.8 exit=0
+    | busy, try again later; trying again\n.*answers again
+busy while planning | X X 1 1 1b2 1o 2r | done | exit=0
+"""
 
 
 class Scripted(unittest.TestCase):
     def test_cases(self):
-        for case in CASES:
+        for case in changer.cases(CASES):
             with self.subTest(case.what):
                 script = Script(case.looks, **case.script)
                 selection = () if "--name" in case.options else ("--all-managed",)
                 status, out, err = run(script.port, *selection, *case.options)
-                self.assertEqual((results(out), status), (case.expected, case.status), err)
-                self.assertRegex(err, re.compile(case.says, re.S))
-                if case.requests is not None:
-                    self.assertEqual(script.requests().count(2), case.requests, err)
+                changer.check(self, case, (results(out), status), script.requests().count(2), err)
 
     def test_the_request(self):
         script = Script(["1 1 1b2 1o 2r"])
