@@ -162,5 +162,4 @@ class ProcessControl(Case):
                             err=f"ERROR: Unknown option --{option}.\n".encode())
 
 
-if __name__ == "__main__":
-    main()
+main()

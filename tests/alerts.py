@@ -111,5 +111,4 @@ class Alerts(unittest.TestCase):
                 self.assertFalse(fires(harmless, [*range(120), NEVER], alert))
 
 
-if __name__ == "__main__":
-    main()
+main()

@@ -346,5 +346,4 @@ class Simulated(unittest.TestCase):
         self.assertEqual((status, results(out)), (0, ["done"] * 2), shown)
 
 
-if __name__ == "__main__":
-    main()
+main()

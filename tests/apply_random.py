@@ -460,5 +460,4 @@ class Runs(unittest.TestCase):
             self.assertGreaterEqual(counts[what], least if RUNS == 500 else 0, what)
 
 
-if __name__ == "__main__":
-    main()
+main()

@@ -236,5 +236,4 @@ class Schemas(unittest.TestCase):
             self.assertTrue(self.valid[kind](json.loads(example)))
 
 
-if __name__ == "__main__":
-    main()
+main()

@@ -227,6 +227,5 @@ class Completions(unittest.TestCase):
         self.check(zsh)
 
 
-if __name__ == "__main__":
-    os.environ["PATH"] = f"{tool('')}:{os.environ['PATH']}"
-    main()
+os.environ["PATH"] = f"{tool('')}:{os.environ['PATH']}"
+main()

@@ -57,5 +57,4 @@ class Connections(unittest.TestCase):
         self.expect(serve(flood), "the reply of WHO is longer than 1 GiB")
 
 
-if __name__ == "__main__":
-    main()
+main()

@@ -21,7 +21,7 @@ import unittest
 from pathlib import Path
 
 from controllers import PORTS, Controller
-from harness import SOURCE, call, main, tool
+from harness import SOURCE, call, main, needs, tool
 
 DOCUMENT, *SIM_OPTIONS = sys.argv[2:]
 PROGRAMS = "zov ac-sim zov-apply zov-check zov-export zov-rollout".split()
@@ -116,6 +116,7 @@ def play(script, folder):
         return done[1].split(f"\n{MARK}\n")[1:]
 
 
+@needs("bash", "git", "jq", "setpriv")
 class Document(unittest.TestCase):
     def test_prints_what_it_shows(self):
         text = Path(DOCUMENT).read_text()
@@ -130,5 +131,4 @@ class Document(unittest.TestCase):
                             f"$ {typed}\n{output}\n  instead of\n{shown}\n")
 
 
-if __name__ == "__main__":
-    main()
+main()

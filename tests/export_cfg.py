@@ -201,5 +201,4 @@ class HostileConfigurations(unittest.TestCase):
                 self.assertEqual(rest & {row.id for row in table.values()}, set())
 
 
-if __name__ == "__main__":
-    main()
+main()

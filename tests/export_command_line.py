@@ -91,5 +91,4 @@ class OldFiles(unittest.TestCase):
                 self.assertEqual((status, err[-len(reason) - 1:]), (1, f"{reason}\n"), err)
 
 
-if __name__ == "__main__":
-    main()
+main()

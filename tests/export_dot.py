@@ -83,5 +83,4 @@ class Topology(unittest.TestCase):
             self.assertEqual(text.count(",dashed"), 1)
 
 
-if __name__ == "__main__":
-    main()
+main()

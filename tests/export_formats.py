@@ -133,5 +133,4 @@ class Metrics(unittest.TestCase):
         self.assertEqual(pipe(out, "promtool", "check", "metrics"), b"")
 
 
-if __name__ == "__main__":
-    main()
+main()

@@ -173,6 +173,5 @@ class Fleets(unittest.TestCase):
         self.each(check_macs, "macs")
 
 
-if __name__ == "__main__":
-    print(f"ZOV_SEED={SEED}", flush=True)
-    main()
+print(f"ZOV_SEED={SEED}", flush=True)
+main()

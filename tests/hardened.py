@@ -9,7 +9,7 @@ import re
 import sys
 import unittest
 
-from harness import call, main
+from harness import call, generated, main, needs
 
 MARKS = {"a position-independent program": "DYN (Position-Independent Executable file)",
          "read-only relocations": " GNU_RELRO ", "immediate binding": " BIND_NOW"}
@@ -17,6 +17,12 @@ LIBRARY_MARKS = {"a stack protector": "UND __stack_chk_fail", "checked functions
 
 
 class Hardened(unittest.TestCase):
+    @needs("systemd-analyze")
+    def test_service(self):
+        unit = generated("../companions/zov-export.service")
+        done = call("systemd-analyze", "security", "--offline=true", "--threshold=15", unit)
+        self.assertEqual(done[0], 0, done)
+
     def test_programs(self):
         for program in sys.argv[1:]:
             status, shown, _ = call("readelf", "-Wldhs", program)
@@ -28,5 +34,4 @@ class Hardened(unittest.TestCase):
                             f"{program} has an executable stack")
 
 
-if __name__ == "__main__":
-    main()
+main()

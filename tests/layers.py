@@ -36,5 +36,4 @@ class Layers(unittest.TestCase):
         self.assertEqual(writers, {"src/util/output.cpp", "src/util/descriptors.cpp"})
 
 
-if __name__ == "__main__":
-    main()
+main()

@@ -7,7 +7,8 @@ entry does not name.
 import re
 from pathlib import Path
 
-from harness import SOURCE, Case, call, main, option_words, program, run, tool
+from harness import (SOURCE, Case, call, generated, main, needs, option_words, program, run,
+                     tool)
 
 OTHERS = ("ac-sim", "zov-apply", "zov-check", "zov-export", "zov-rollout")
 ZOV_PAGE = Path(SOURCE, "man/zov.8").read_text()
@@ -33,6 +34,17 @@ def entries():
 
 
 class Manual(Case):
+    @needs("mandoc")
+    def test_pages_are_sound(self):
+        pages = Path(SOURCE, "man").glob("*.[1-9]")
+        made = map(generated, ("zov-cfg.5", "zov-report.5"))
+        self.assertEqual(call("mandoc", "-Tlint", "-Wwarning", *pages, *made), (0, "", ""))
+
+    @needs("mandoc")
+    def test_the_recipes_are_those_of_the_page(self):
+        made = call(Path(SOURCE, "scripts/recipes"))[1]
+        self.assertEqual(made, Path(SOURCE, "docs/recipes.md").read_text())
+
     def test_the_usage_text_lists_what_has_an_entry(self):
         usage, pages = call(program())[1], entries()
         self.assertEqual(set(re.findall(r"^(\w+)\t", usage, re.M)), set(pages))
@@ -83,5 +95,4 @@ class Manual(Case):
                             err=f"ERROR: Unknown option --{option}.\n".encode())
 
 
-if __name__ == "__main__":
-    main()
+main()

@@ -181,5 +181,4 @@ class Logs(Case):
         self.assertIn(" done, ", log.read_text())
 
 
-if __name__ == "__main__":
-    main()
+main()

@@ -350,5 +350,4 @@ class Simulated(unittest.TestCase):
             self.assertRegex(err, "^zov-rollout: ")
 
 
-if __name__ == "__main__":
-    main()
+main()

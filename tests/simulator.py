@@ -447,5 +447,4 @@ class Service(unittest.TestCase):
             self.assertEqual(set(os.listdir(folder)), {"kept", "link"})
 
 
-if __name__ == "__main__":
-    main()
+main()

@@ -151,5 +151,4 @@ class Ends(unittest.TestCase):
                     self.assertEqual(os.listdir(folder), [])
 
 
-if __name__ == "__main__":
-    main()
+main()

@@ -149,5 +149,4 @@ class Torture(Case):
         self.expect(outcome, b'"wtp_list":[' + b",".join([one] * len(records)) + b"]\n")
 
 
-if __name__ == "__main__":
-    main()
+main()

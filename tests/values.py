@@ -181,5 +181,4 @@ class Values(Case):
             self.assertIn(words, page)
 
 
-if __name__ == "__main__":
-    main()
+main()

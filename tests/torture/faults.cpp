@@ -19,24 +19,18 @@
 #include <sys/time.h>
 #include <unistd.h>
 
+#define WRAPPED(type, name, ...)                                                                   \
+    type __real_##name(__VA_ARGS__);                                                               \
+    type __wrap_##name(__VA_ARGS__);
 extern "C" {
-void *__real_malloc(size_t size);
-void *__real_realloc(void *old, size_t size);
-void *__real_mmap(void *at, size_t size, int protection, int flags, int fd, off_t offset);
-void *__real_mremap(void *old, size_t size, size_t new_size, int flags, void *to);
-int __real_socket(int domain, int type, int protocol);
-int __real_close(int fd);
-ssize_t __real_send(int socket, const void *bytes, size_t length, int flags);
-ssize_t __real_recv(int socket, void *bytes, size_t length, int flags);
-
-void *__wrap_malloc(size_t size);
-void *__wrap_realloc(void *old, size_t size);
-void *__wrap_mmap(void *at, size_t size, int protection, int flags, int fd, off_t offset);
-void *__wrap_mremap(void *old, size_t size, size_t new_size, int flags, void *to);
-int __wrap_socket(int domain, int type, int protocol);
-int __wrap_close(int fd);
-ssize_t __wrap_send(int socket, const void *bytes, size_t length, int flags);
-ssize_t __wrap_recv(int socket, void *bytes, size_t length, int flags);
+WRAPPED(void *, malloc, size_t size)
+WRAPPED(void *, realloc, void *old, size_t size)
+WRAPPED(void *, mmap, void *at, size_t size, int protection, int flags, int fd, off_t offset)
+WRAPPED(void *, mremap, void *old, size_t size, size_t new_size, int flags, void *to)
+WRAPPED(int, socket, int domain, int type, int protocol)
+WRAPPED(int, close, int fd)
+WRAPPED(ssize_t, send, int socket, const void *bytes, size_t length, int flags)
+WRAPPED(ssize_t, recv, int socket, void *bytes, size_t length, int flags)
 }
 
 static long setting(const char *name)
