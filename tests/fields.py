@@ -1,13 +1,9 @@
 # SPDX-License-Identifier: MIT
 """Device records, made from the table in fields.txt: their bytes on the wire, and what is reported
 of them.
-
-fields.py FOLDER writes replies with many sorts of values as files, for cutting, changing and
-fuzzing.
 """
 import random
 import re
-import sys
 import time
 from pathlib import Path
 
@@ -323,13 +319,3 @@ def rich(kind, seed=1, **options):
     """A record of a kind with every section, table and text, in about two thousand bytes."""
     few = {"counts": (1,), "macs": (1,), "words": [b"ab", b"/"], "hosts": [b"h"]}
     return Maker(seed, **few | options).record(kind, cfg=True, detail=True)
-
-
-if __name__ == "__main__":
-    folder = Path(sys.argv[1])
-    folder.mkdir(parents=True, exist_ok=True)
-    for name, number in (("access_point", 3), ("switch", 2)):
-        (folder / name).write_bytes(reply([rich(number, counts=(2,), macs=(2,), words=WORDS[3:6])]))
-        for seed in range(8):
-            record = Maker(seed, counts=(1, 2)).record(number, cfg=True, detail=True)
-            (folder / f"{name}.{seed}").write_bytes(reply([record]))

@@ -11,7 +11,6 @@ import os
 import random
 import re
 import struct
-import sys
 from pathlib import Path
 from typing import NamedTuple
 
@@ -436,31 +435,5 @@ class Documents:
         return members or {"x": 1}
 
 
-def write_documents(folder, examples):
-    """Writes seeds for fuzzing: documents, each behind a character for the kind: 0 access point,
-    1 switch."""
-    folder.mkdir(parents=True, exist_ok=True)
-    texts = [path.read_text() for path in sorted(examples.iterdir())]
-    for kind, rows in TABLE.items():
-        made = [document(*((row.path, extremes(row)[which]) for row in rows.values()))
-                for which in (0, 1)]
-        made += [{"wtp_cfg": Documents(seed, kind).group()} for seed in range(20)]
-        for number, text in enumerate([*texts, *map(json.dumps, made)]):
-            (folder / f"{kind}.{number}").write_text(f"{AP - kind}{text}")
-
-
-def print_largest():
-    """Prints every setting of an access point with 2 radios of 8 WLANs, but for its password."""
-    settings = Documents(1, AP, {"wtp_cfg.radio[]": 2, "wtp_cfg.radio[].wlan[]": 8,
-                                 "wtp_cfg.radio[].wlan[].wep.key[]": 4}).group()
-    del settings["password"]
-    print(json.dumps({"wtp_cfg": settings}, separators=(",", ":")))
-
-
 if __name__ == "__main__":
-    if sys.argv[1] == "--documents":
-        write_documents(*map(Path, sys.argv[2:]))
-    elif sys.argv[1] == "--largest":
-        print_largest()
-    else:
-        main()
+    main()

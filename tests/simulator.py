@@ -5,7 +5,6 @@ Actions must show; the simulator must serve, misbehave and end as it is asked to
 comes back as it was sent is seen with zov-export's help, in export_cfg.py.
 """
 import contextlib
-import json
 import os
 import re
 import signal
@@ -59,32 +58,17 @@ class Actions(unittest.TestCase):
             self.assertEqual(controller.run("cfg", "--mac", "00:11:22:33:44:66", "--add")[::2],
                              (1, "ERROR: Reach the maximum number of managed Devices.\n"))
 
-    def test_a_file_for_each_device(self):
-        macs = [f"02:A3:00:00:00:0{n}" for n in (1, 2, 3)]
-        with tempfile.TemporaryDirectory() as folder:
-            files = [Path(folder, name) for name in ("x", "y", "z")]
-            for file in files:
-                file.write_text(json.dumps({"wtp_cfg": {"name": file.name}}))
-            self.controller.ok("cfg", "--mac", ",".join(macs), "--file", ",".join(map(str, files)))
-        names = [self.controller.record(mac)["wtp_cfg"]["name"] for mac in macs]
-        self.assertEqual(names, ["x", "y", "z"])
-
     def test_wrong_kind_of_configuration(self):
         file = f"{SOURCE}/examples/office-ap.json"
         self.assertEqual(self.controller.run("cfg", "--mac", SWITCH, "--file", file), (1, "", (
             f"ERROR: Incorrect configuration for device {SWITCH.lower()}.\n"
             "Msg: this is no device of that kind.\n")))
 
-    def test_upgrade_advances_until_the_new_version_is_there(self):
-        old, began = self.controller.record(AP), int(time.time())
+    def test_an_upgrade_changes_the_state_at_its_end(self):
+        began = int(time.time())
         self.controller.ok("upg", "--mac", AP)
-        states = [self.controller.ok("wtps", "--fwresult", "--mac", AP).strip() for _ in range(5)]
-        self.assertEqual(states, [f"{AP}={n}" for n in (1, 2, 3, 4, 4)])
-        new = self.controller.record(AP)
-        self.assertNotEqual(new["sw_ver"], old["sw_ver"])
-        self.assertLess(old["change_time"], began)
-        self.assertGreaterEqual(new["change_time"], began)
-        self.assertEqual(self.controller.ok("wtpflag", "--flag", "2"), "0\n")
+        changed = [self.controller.record(AP)["change_time"] >= began for _ in range(4)]
+        self.assertEqual(changed, [False, False, False, True])
 
     def test_changes_of_state_by_the_clock(self):
         with Controller("--upgrade", f"{AP}=2") as controller:
