@@ -171,6 +171,7 @@ class Scripted(unittest.TestCase):
             process = start(script.port, *SET, "--batch", "1,2")
             time.sleep(rng.uniform(0, 1.2))
             process.send_signal(rng.choice((signal.SIGINT, signal.SIGTERM, signal.SIGHUP)))
+            time.sleep(0.03)  # a request may be on its way
             before = script.changed()
             out, err = (text.decode() for text in process.communicate(timeout=20))
             with self.subTest(seed=seed, number=number, err=err):

@@ -177,6 +177,7 @@ class Scripted(unittest.TestCase):
             process = start(script.port, "--all-managed", "--batch", "1")
             time.sleep(rng.uniform(0, 1.4))
             process.send_signal(rng.choice((signal.SIGINT, signal.SIGTERM, signal.SIGHUP)))
+            time.sleep(0.03)  # a request may be on its way
             sent = script.requests().count(2)
             out, err = (text.decode() for text in process.communicate(timeout=20))
             with self.subTest(seed=seed, number=number, err=err):
