@@ -181,7 +181,7 @@ class Scripted(unittest.TestCase):
                     self.assertEqual(sorted(results(out)), ["done"] * len(before) +
                                      ["not started"] * (6 - len(before)))
         print(f"seed {seed}: {during} of {count} signals between plan and last batch")
-        self.assertGreaterEqual(during, count // 4 if count > 5 else 0)
+        self.assertGreaterEqual(during, count // 8 if count > 5 else 0)
 
 
 class Simulated(unittest.TestCase):
