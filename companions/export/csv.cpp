@@ -123,7 +123,7 @@ std::vector<Column> columns_of(std::string_view list)
 
 // What a spreadsheet would take for a formula is kept from it by an apostrophe, which it does not
 // show. Control characters, line ends among them, are replaced.
-std::string quoted(std::string_view text)
+std::string csv_cell(std::string_view text)
 {
     static constexpr std::string_view FORMULA = "=+-@\t\r";
     std::string cell;
@@ -153,7 +153,7 @@ static bool write_csv(Devices &devices, const ExportSettings &settings)
     devices.for_each([&](const WtpRecord &wtp) {
         std::string line;
         for (const Column column : columns) {
-            line += quoted(cell_of(wtp, column));
+            line += csv_cell(cell_of(wtp, column));
             line += ',';
         }
         line.pop_back();

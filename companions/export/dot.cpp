@@ -30,7 +30,7 @@ static std::string label_text(std::string_view text)
 }
 
 // A text in DOT's quotes.
-static std::string quoted(std::string_view text)
+static std::string dot_string(std::string_view text)
 {
     std::string made = "\"";
     for (const char c : text) {
@@ -108,7 +108,7 @@ private:
 
 std::string id_of(const Mac &mac)
 {
-    return quoted(mac_name(mac));
+    return dot_string(mac_name(mac));
 }
 
 const char *colour_of(const TopologyNode &node)
@@ -157,7 +157,7 @@ void Drawing::draw_device(const Mac &mac)
         label += (label.empty() ? "" : "  ") + label_text(text);
     file_.put("    " + id_of(mac) + " [shape=box, style=\"rounded,filled" +
               (known.listed ? "" : ",dashed") + "\", height=0.3, fillcolor=\"" + colour_of(known) +
-              "\", label=" + quoted(label) + "];\n");
+              "\", label=" + dot_string(label) + "];\n");
 }
 
 std::string Drawing::end_of(const Mac &mac, const std::string &port) const
@@ -179,8 +179,8 @@ void Drawing::draw_link(const TopologyLink &link)
     if (is_switch(from) && is_switch(to))
         attributes = " [constraint=false]";
     else if (!is_switch(from))
-        attributes = " [taillabel=" + quoted(label_text(from_port)) +
-                     ", headlabel=" + quoted(label_text(to_port)) + "]";
+        attributes = " [taillabel=" + dot_string(label_text(from_port)) +
+                     ", headlabel=" + dot_string(label_text(to_port)) + "]";
     file_.put("  " + end_of(from, from_port) + " -- " +
               (is_switch(to) ? end_of(to, to_port) : id_of(to) + ":w") + attributes + ";\n");
 }
