@@ -4,6 +4,11 @@
 as_root=()
 [ "$(id -u)" -eq 0 ] || as_root=(sudo)
 
+# Says what comes next, with the seconds since the start.
+announce() {
+    printf '%4d s  %s\n' "$SECONDS" "$*"
+}
+
 # Installs those of the named Debian packages that are missing.
 need_packages() {
     local missing=() package
@@ -12,10 +17,16 @@ need_packages() {
             missing+=("$package")
     done
     [ "${#missing[@]}" -gt 0 ] || return 0
-    echo "installing: ${missing[*]}"
-    "${as_root[@]}" apt-get update -qq
+    announce "installing ${missing[*]}"
+    "${as_root[@]}" apt-get update -qq || echo "apt-get update failed: the lists that are here are used" >&2
     DEBIAN_FRONTEND=noninteractive "${as_root[@]}" apt-get install -y -qq --no-install-recommends \
         "${missing[@]}" >/dev/null
+}
+
+# What the programs are built with, and what the tests need.
+need_test_packages() {
+    need_packages g++ cmake ninja-build libjsonparser-dev nlohmann-json3-dev libgtest-dev mandoc jq \
+        python3 python3-jsonschema zsh fish graphviz git strace systemd binutils libxml2-utils sqlite3
 }
 
 # Unpacks promtool, which judges metrics and alerts, below build/tools, and puts it in PATH. The package
@@ -24,17 +35,18 @@ need_promtool() {
     local tools=$PWD/build/tools
     PATH=$tools/usr/bin:$PATH
     command -v promtool >/dev/null && return
-    echo "unpacking promtool into build/tools"
+    announce "unpacking promtool into build/tools"
     mkdir -p "$tools"
-    "${as_root[@]}" apt-get update -qq &&
-        (cd "$tools" && apt-get download -qq -o APT::Sandbox::User=root prometheus &&
-            dpkg-deb -x prometheus_*.deb . && rm prometheus_*.deb)
+    "${as_root[@]}" apt-get update -qq || true
+    (cd "$tools" && apt-get download -qq -o APT::Sandbox::User=root prometheus &&
+        dpkg-deb -x prometheus_*.deb . && rm prometheus_*.deb)
 }
 
 # Configures and builds a preset, quietly unless that fails. Further words go to the configuration.
 build_preset() {
     local preset=$1 log
     shift
+    announce "building into build/$preset"
     log=$(mktemp)
     if ! { cmake --preset "$preset" "$@" && cmake --build --preset "$preset"; } >"$log" 2>&1; then
         cat "$log"
