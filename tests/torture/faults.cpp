@@ -23,6 +23,7 @@
     type __real_##name(__VA_ARGS__);                                                               \
     type __wrap_##name(__VA_ARGS__);
 extern "C" {
+WRAPPED(int, main, int count, char **words)
 WRAPPED(void *, malloc, size_t size)
 WRAPPED(void *, realloc, void *old, size_t size)
 WRAPPED(void *, mmap, void *at, size_t size, int protection, int flags, int fd, off_t offset)
@@ -48,7 +49,14 @@ static bool met()
 
 // What comes before main and after it is not zov's, such as coverage figures that are written.
 static bool in_main;
-[[maybe_unused]] static const int at_end = (in_main = true, atexit([] { in_main = false; }));
+
+int __wrap_main(int count, char **words)
+{
+    in_main = true;
+    const int status = __real_main(count, words);
+    in_main = false;
+    return status;
+}
 
 static bool allocation_fails()
 {
