@@ -27,6 +27,7 @@ struct CompletedOption {
     Completes kind = Completes::nothing;
     std::string values; // for words, separated by spaces
     bool repeatable = false;
+    std::string meanings; // of the values, joined by commas; can be empty
 };
 
 // The options of a program, or of a command of zov's.

@@ -2,6 +2,7 @@
 #include "tools/completion.h"
 
 #include <iostream>
+#include <sstream>
 
 using std::cout;
 using std::string;
@@ -11,15 +12,29 @@ static string quoted(const string &text)
     return "'" + replaced(replaced(text, "\\", "\\\\"), "'", "\\'") + "'";
 }
 
+// The values, each with its meaning behind a tab. Behind an empty one fish shows nothing; without a
+// tab it would show the option's help with each.
+static string described(const CompletedOption &option)
+{
+    std::istringstream values(option.values), meanings(option.meanings);
+    string words, value, meaning;
+    while (values >> value) {
+        if (!std::getline(meanings, meaning, ','))
+            meaning.clear();
+        words.append(words.empty() ? "" : " ").append(value).append("\\t\"" + meaning + '"');
+    }
+    return words;
+}
+
 static string argument(const CompletedOption &option)
 {
     switch (option.kind) {
     case Completes::nothing:
         return "";
     case Completes::words:
-        return " -x -a " + quoted(option.values);
+        return " -x -a " + quoted(described(option));
     case Completes::word_list:
-        return " -x -a " + quoted("(__PROGRAM_each printf '%s\\n' " + option.values + ")");
+        return " -x -a " + quoted("(__PROGRAM_each printf '%s\\t\\n' " + option.values + ")");
     case Completes::file:
         return " -r -F";
     case Completes::file_list:

@@ -67,15 +67,20 @@ Completes kind_of(const OptionText &row)
         return Completes::file;
     if (argument == "DIR")
         return Completes::folder;
-    if (argument == "MAC")
+    if (argument == "MAC" || row.name == string_view("exclude"))
         return Completes::mac;
     return list && row.name == string_view("mac") ? Completes::mac_list : Completes::free;
 }
 
 CompletedOption option_of(const OptionText &row)
 {
-    return {row.name,     text_or_empty(row.argument), row.help,
-            kind_of(row), text_or_empty(row.values),   row.repeatable};
+    return {row.name,
+            text_or_empty(row.argument),
+            row.help,
+            kind_of(row),
+            text_or_empty(row.values),
+            row.repeatable,
+            text_or_empty(row.meanings)};
 }
 
 CompletedProgram program_of(const ListedProgram &listed)
@@ -88,13 +93,24 @@ CompletedProgram program_of(const ListedProgram &listed)
     for (const OptionText &row : listed.options)
         program.lines[0].options.push_back(option_of(row));
     program.lines[0].options.push_back(
-        {"help", "", "print this text", Completes::nothing, "", false});
+        {"help", "", "print this text", Completes::nothing, "", false, ""});
     program.lines[0].options.push_back(
-        {"version", "", "print the version", Completes::nothing, "", false});
+        {"version", "", "print the version", Completes::nothing, "", false, ""});
     return program;
 }
 
 // --- zov -----------------------------------------------------------------------------------------
+
+// The words behind "N:" in a text such as "specify the type. 0:all 1:some", joined by commas.
+string meanings_in(const string &text)
+{
+    string meanings;
+    for (size_t at = text.find(':'); at != string::npos; at = text.find(':', at + 1)) {
+        const string_view rest = string_view(text).substr(at + 1);
+        meanings.append(meanings.empty() ? "" : ",").append(rest.substr(0, rest.find(' ')));
+    }
+    return meanings;
+}
 
 // Takes what the usage text says of the option: "--word [ARGUMENT]\tTEXT", or one blank before the
 // text where the argument is long.
@@ -110,6 +126,8 @@ void take_usage(const CommandSpec &command, CompletedOption &option)
         if (option.kind != Completes::nothing && (*line)[word.size()] == ' ')
             option.argument = rest.substr(0, end);
         option.help = trimmed(option.argument.empty() ? rest : rest.substr(end));
+        if (option.help.find(" 0:") != string::npos)
+            option.meanings = meanings_in(option.help);
         return;
     }
 }

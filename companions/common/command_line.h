@@ -24,6 +24,7 @@ struct OptionText {
     const char *expected = nullptr; // what a bad argument should have been; null: see values
     const char *heading = nullptr;  // a line above it in the help
     const char *initial = nullptr;  // its argument where it is not given; null: none
+    const char *meanings = nullptr; // of the values, joined by commas, for completion; null: plain
 };
 
 // A row of a program's table. `take` keeps the argument (null if there is none) in the settings;

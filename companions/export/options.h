@@ -75,7 +75,10 @@ inline bool take_directory(const char *text, ExportSettings &to)
 
 // clang-format off
 inline constexpr Option<ExportSettings> EXPORT_OPTIONS[] = {
-    {{"format", "FORMAT", "what to write", FORMAT_NAMES}, take_format},
+    {{.name = "format", .argument = "FORMAT", .help = "what to write", .values = FORMAT_NAMES,
+      .meanings = "a document,a device a line,configuration files,for spreadsheets,metrics,"
+                  "a graph,for people,addresses for a command line"},
+     take_format},
     SELECTION_OPTIONS,
     {{"output", "FILE", "write to this file instead of standard output"}, take_output},
     {{"directory", "DIR", "cfg: write a file for each device there, named by its address"}, take_directory},
