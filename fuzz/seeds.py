@@ -1,38 +1,48 @@
 # SPDX-License-Identifier: MIT
 """Writes seeds for fuzzing, and documents for measuring, with what the tests make:
-seeds.py FOLDER | seeds.py --largest
+seeds.py FOLDER | seeds.py --replies FOLDER | seeds.py --largest
 
-FOLDER/list_reply gets replies with many sorts of values, for cutting and changing as well;
-FOLDER/config_file documents, each behind a character for the kind: 0 access point, 1 switch.
---largest prints every setting of an access point with 2 radios of 8 WLANs, but for its password.
+In FOLDER each target of fuzzing gets a folder of its own. --replies writes lists of devices with
+many sorts of values only, for cutting and changing as well. --largest prints every setting of an
+access point with 2 radios of 8 WLANs, but for its password.
 """
 import json
 import sys
 from pathlib import Path
 
-SOURCE = Path(__file__).parents[1]
+SOURCE = Path(__file__).resolve().parents[1]
 sys.path.insert(0, str(SOURCE / "tests"))
+MODE, *FOLDERS = sys.argv[1:]
+sys.argv = [sys.argv[0], "zov"]  # the program that the tests would run
 import fields  # noqa: E402
 import settings  # noqa: E402
+import transcripts  # noqa: E402
+
+# What the command lines of reply.cpp begin with, and the formats of export.cpp, in their order.
+LINES = ("ac:ac --json:online:wtpflag:wtps:wtps --json:wtps --breif:wtps --fwresult:cfg:upg:rst:"
+         "scan:bgscan:autoch:autotp:initfw:sh:fwlist:mem").split(":")
+FORMATS = 8
 
 
-def write_replies(folder):
+def replies():
+    """Lists of devices, by name."""
     for name, kind in (("access_point", settings.AP), ("switch", settings.SWITCH)):
         record = fields.rich(kind, counts=(2,), macs=(2,), words=fields.WORDS[3:6])
-        (folder / name).write_bytes(fields.reply([record]))
+        yield name, fields.reply([record])
         for seed in range(8):
             record = fields.Maker(seed, counts=(1, 2)).record(kind, cfg=True, detail=True)
-            (folder / f"{name}.{seed}").write_bytes(fields.reply([record]))
+            yield f"{name}.{seed}", fields.reply([record])
 
 
-def write_documents(folder):
-    texts = [path.read_text() for path in sorted((SOURCE / "examples").iterdir())]
+def documents():
+    """Configuration files, each behind a character for the kind: 0 access point, 1 switch."""
+    texts = [path.read_text() for path in sorted((SOURCE / "examples").glob("*.json"))]
     for kind, rows in settings.TABLE.items():
         made = [settings.document(*((row.path, settings.extremes(row)[which])
                                     for row in rows.values())) for which in (0, 1)]
         made += [{"wtp_cfg": settings.Documents(seed, kind).group()} for seed in range(20)]
-        for number, text in enumerate([*texts, *map(json.dumps, made)]):
-            (folder / f"{kind}.{number}").write_text(f"{settings.AP - kind}{text}")
+        for text in [*texts, *map(json.dumps, made)]:
+            yield f"{settings.AP - kind}{text}".encode()
 
 
 def largest():
@@ -43,10 +53,45 @@ def largest():
     return json.dumps({"wtp_cfg": cfg}, separators=(",", ":"))
 
 
-if sys.argv[1] == "--largest":
+def played():
+    """Of each transcript the command line, what was sent, and what was received."""
+    for path in sorted((SOURCE / "tests/transcripts").glob("*.txt")):
+        for case in transcripts.read_transcripts(path):
+            yield " ".join(case.words), *(b"".join(step[1] for step in case.steps if step[0] == side)
+                                          for side in "><")
+
+
+def seeds():
+    """The target and the content of each seed."""
+    lists = [content for _, content in replies()]
+    for words, sent, received in played():
+        yield "request", sent
+        lines = [line for line in LINES if words.startswith(line)]
+        if lines:
+            yield "reply", bytes([LINES.index(max(lines, key=len))]) + received
+        if words.startswith("wtps"):
+            lists.append(received)
+    for content in lists:
+        for choice in range(FORMATS):
+            yield "export", bytes([choice]) + content
+        for line in range(LINES.index("wtps"), LINES.index("cfg")):
+            yield "reply", bytes([line]) + content
+    files = list(documents())
+    for content, other in zip(files, files[1:] + files[:1]):
+        yield "check", content
+        yield "merge", content + b"\0" + other[1:] + b"\0radio[0].tx_power=17"
+
+
+def write(folder, name, content):
+    folder.mkdir(parents=True, exist_ok=True)
+    (folder / name).write_bytes(content)
+
+
+if MODE == "--largest":
     print(largest())
+elif MODE == "--replies":
+    for one, reply in replies():
+        write(Path(FOLDERS[0]), one, reply)
 else:
-    for name, write in (("list_reply", write_replies), ("config_file", write_documents)):
-        below = Path(sys.argv[1], name)
-        below.mkdir(parents=True, exist_ok=True)
-        write(below)
+    for number, (target, seed) in enumerate(seeds()):
+        write(Path(MODE, target), str(number), seed)
