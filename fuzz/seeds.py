@@ -57,8 +57,8 @@ def played():
     """Of each transcript the command line, what was sent, and what was received."""
     for path in sorted((SOURCE / "tests/transcripts").glob("*.txt")):
         for case in transcripts.read_transcripts(path):
-            yield " ".join(case.words), *(b"".join(step[1] for step in case.steps if step[0] == side)
-                                          for side in "><")
+            yield " ".join(case.words), *(
+                b"".join(step[1] for step in case.steps if step[0] == side) for side in "><")
 
 
 def seeds():
