@@ -3,6 +3,7 @@
 #pragma once
 
 #include "util/array_view.h"
+#include "util/sizes.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -23,7 +24,8 @@ public:
     // Gives an array, which becomes empty, memory for so many items.
     template <class Row> void allocate(ArrayView<Row> &table, size_t count)
     {
-        table = ArrayView<Row>(resource_.allocate(count * sizeof(Row), alignof(Row)));
+        table =
+            ArrayView<Row>(resource_.allocate(product_of_sizes(count, sizeof(Row)), alignof(Row)));
     }
 
     template <class Object> Object *make()

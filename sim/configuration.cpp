@@ -140,7 +140,8 @@ void Controller::answer(const AddRequest &request, std::string &reply)
         code = RESULT_INVALID_ARGUMENT;
     else if (device != nullptr && device->record.managed != 0)
         code = RESULT_ALREADY_MANAGED;
-    else if (managed >= options_.max_wtps || (device == nullptr && fleet_.size() >= FLEET_MAX))
+    else if (static_cast<size_t>(managed) >= options_.max_wtps ||
+             (device == nullptr && fleet_.size() >= FLEET_MAX))
         code = RESULT_TOO_MANY_DEVICES;
     if (code == RESULT_SUCCESS) {
         if (device == nullptr) {

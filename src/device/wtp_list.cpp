@@ -4,6 +4,7 @@
 #include "device/wtp_layout.h"
 #include "proto/request_writer.h"
 #include "util/byte_order.h"
+#include "util/sizes.h"
 
 #include <cstring>
 #include <new>
@@ -14,7 +15,7 @@ namespace {
 // How much of a record's memory an object or a table takes.
 constexpr size_t in_memory(size_t size)
 {
-    return (size + alignof(std::max_align_t) - 1) & ~(alignof(std::max_align_t) - 1);
+    return sum_of_sizes(size, alignof(std::max_align_t) - 1) & ~(alignof(std::max_align_t) - 1);
 }
 
 // What both passes do about counts: a `number<Int>()` of theirs gives the next one.
@@ -77,7 +78,7 @@ public:
     {
         if (announced == 0 || failed_)
             return;
-        if (announced > INT32_MAX || !need(size_t{announced} * sizeof(Row))) {
+        if (announced > INT32_MAX || !need(product_of_sizes(announced, sizeof(Row)))) {
             table_too_large(table, announced);
             return;
         }
@@ -128,7 +129,7 @@ private:
     // Makes sure of memory for `size` more bytes of the record.
     bool need(size_t size)
     {
-        needed_ += in_memory(size);
+        needed_ = sum_of_sizes(needed_, in_memory(size));
         return list_.memory.reserve(needed_);
     }
 

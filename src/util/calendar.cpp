@@ -11,7 +11,7 @@ const char *calendar_text(int64_t seconds)
     zone_is_set = true;
 
     static char text[26];
-    const time_t time = seconds;
+    const auto time = static_cast<time_t>(seconds);
     tm parts;
     if (localtime_r(&time, &parts) == nullptr)
         return "\n";

@@ -37,7 +37,7 @@ public:
     // one, puts `position` in and returns it.
     template <class SameRow> uint32_t insert(uint64_t hash, uint32_t position, SameRow same_row)
     {
-        for (size_t i = hash & mask_;; i = (i + 1) & mask_) {
+        for (size_t i = static_cast<size_t>(hash) & mask_;; i = (i + 1) & mask_) {
             uint32_t &slot = slots_[i];
             if (slot == 0) {
                 slot = position + 1;

@@ -36,6 +36,8 @@ static void *move_aligned(void *from, size_t size, size_t new_size)
 
 bool PageBuffer::grow(size_t count)
 {
+    if (count > PTRDIFF_MAX - size_)
+        return false;
     size_t capacity = std::max(2 * capacity_, size_t{CAPACITY_FIRST});
     while (capacity - size_ < count)
         capacity *= 2;
