@@ -1,8 +1,12 @@
 # SPDX-License-Identifier: MIT
 """What zov-export's JSON, tables and metrics tell of simulated devices, and what describes them."""
+import contextlib
 import csv
+import functools
 import io
 import json
+import os
+import pty
 import re
 import tempfile
 import time
@@ -12,7 +16,7 @@ from pathlib import Path
 import fields
 from controllers import AP, Controller, Player
 from exporter import devices, make_records, ok, pipe, run, samples
-from harness import generated, main, needs
+from harness import generated, main, needs, start, tool
 
 ONLINE = 5
 
@@ -59,6 +63,40 @@ class Json(unittest.TestCase):
         self.assertEqual(set(re.findall(r"^\.It Va (\S+)", page, re.M)), printed)
 
 
+def moment(name):
+    """A time of the report as ISO 8601 has it, in UTC; nothing for 0."""
+    return lambda one: time.strftime("%FT%TZ", time.gmtime(one[name])) if one[name] else ""
+
+
+# Each column of csv, and where the report has it.
+CSV = [
+    ("mac", "mac"), ("name", "name"), ("model", "model"), ("sku", "sku"), ("serial", "sn"),
+    ("kind", lambda one: {1: "other", 2: "switch", 3: "access_point"}[one["wtp_type"]]),
+    ("location", "wtp_cfg.location"), ("address", "ip"), ("port", "port"),
+    ("mask", "cur_cfg.mask"), ("gateway", "cur_cfg.gateway"), ("dns1", "cur_cfg.dns1"),
+    ("dns2", "cur_cfg.dns2"), ("managed", lambda one: ["no", "yes"][one["managed"]]),
+    ("state", lambda one: "online" if one["state"] == ONLINE else "offline"),
+    ("firmware", "sw_ver"), ("new_firmware", "new_fw_ver"), ("upgrade_state", "upg_state"),
+    ("progress", "progress"), ("joined", moment("join_time")), ("changed", moment("change_time")),
+    ("memory_used", "mem.used"), ("memory_total", "mem.total"),
+    ("radios", lambda one: len(one.get("radio", []))),
+    ("channels", lambda one: " ".join(str(radio["cur_cfg"]["channel"])
+                                      for radio in one.get("radio", []))),
+    ("stations", stations), ("ports", lambda one: len(one.get("switch_port", []))),
+    ("ports_up", lambda one: sum(port["link_status"] for port in one.get("switch_port", []))),
+    ("poe_budget", lambda one: one.get("poe_global", {}).get("power_budget", 0)),
+    ("poe_used", lambda one: one.get("poe_global", {}).get("allocated_power", 0))]
+
+
+def read_to_end(terminal):
+    shown = b""
+    with contextlib.suppress(OSError):  # which is the end
+        while piece := os.read(terminal, 1 << 16):
+            shown += piece
+    os.close(terminal)
+    return shown
+
+
 class Tables(unittest.TestCase):
     def test_table(self):
         with Controller() as controller:
@@ -71,16 +109,41 @@ class Tables(unittest.TestCase):
                 one["name"], one["mac"], str(stations(one)) if radios else "-",
                 "online" if online else "offline"])
 
-    def test_csv(self):
+    def test_table_in_a_terminal(self):
         with Controller() as controller:
+            controller.ok("upg", "--mac", AP)
+            shown, colours = {}, {}
+            for no_color in "", "1":
+                ours, theirs = pty.openpty()
+                with start([tool("zov-export"), "--format", "table", "--acport", controller.port],
+                           stdout=theirs, env={**os.environ, "NO_COLOR": no_color}) as process:
+                    os.close(theirs)
+                    shown[no_color] = read_to_end(ours).decode()
+                    self.assertEqual(process.wait(), 0)
+                colours[no_color] = re.findall(r"\x1b\[(3.)m(\w+)\x1b\[m\r\n", shown[no_color])
+            report = devices(controller.port)
+        self.assertEqual(colours["1"], [])
+        self.assertEqual(set(colours[""]), {("33", "upgrading"), ("32", "online")})
+        times = re.findall(r" (\S+ \S+) +(?:online|upgrading)", shown["1"])
+        for time_shown, one in zip(times, report, strict=True):
+            hours, minutes = divmod(one["uptime"] // 60, 60)
+            self.assertEqual(time_shown, f"{hours // 24}d {hours % 24}h" if hours > 23
+                             else f"{hours}h {minutes}m")
+
+    def test_csv(self):
+        with Controller("--upgrade", f"{AP}=hang") as controller:
+            controller.ok("upg", "--mac", AP)
             text = ok(controller.port, "--format", "csv").decode()
-            rows, device = list(csv.DictReader(io.StringIO(text))), devices(controller.port)[0]
-        self.assertEqual(len(rows), 9)
-        self.assertEqual(rows[0] | {"uptime": 0}, {
-            "mac": AP, "name": "ap-floor1-01", "kind": "access_point", "model": "AP-220",
-            "serial": "SN3000001", "location": "Floor 1", "address": "10.3.0.1", "managed": "yes",
-            "state": "online", "firmware": device["sw_ver"], "uptime": 0,
-            "stations": str(stations(device))})
+            usual, report = next(csv.reader(io.StringIO(text))), devices(controller.port)
+            names = [name for name, *_ in CSV]
+            text = ok(controller.port, "--format", "csv", "--columns", ",".join(names)).decode()
+        self.assertEqual(" ".join(usual), "mac name kind model serial location address managed "
+                         "state firmware uptime stations")
+        for row, one in zip(csv.DictReader(io.StringIO(text)), report, strict=True):
+            for name, *path in CSV:
+                cell = path[0](one) if callable(path[0]) else functools.reduce(
+                    lambda value, key: value.get(key, {}), path[0].split("."), one)
+                self.assertEqual(row[name], "" if cell == {} else str(cell), name)
 
 
 class Metrics(unittest.TestCase):

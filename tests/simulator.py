@@ -264,6 +264,23 @@ class Service(unittest.TestCase):
             self.assertEqual(controller.ok("sh", "--mac", AP, "--cmd", "x" * 65520),
                              f"WTP {AP.lower()} output:\n{text[:65535]}\n")
 
+    def test_shell_commands(self):
+        with Controller() as controller:
+            memory = controller.record(AP)["mem"]
+            for command, output in (
+                    ("uname -a", "Linux ap-floor1-01 5.10.0 armv7l GNU/Linux\n"),
+                    ("free", "              total        used        free\nMem:         "
+                     f"{memory['total']}      {memory['used']}      "
+                     f"{memory['total'] - memory['used']}\n"),
+                    ("cat /etc/version", "2.0.1\n"), ("reboot", "sh: reboot: not found\n")):
+                out = "" if "not found" in output else output
+                for kind, part in ("0", output), ("1", out), ("2", "" if out else output):
+                    self.assertEqual(
+                        controller.ok("sh", "--mac", AP, "--cmd", command, "--type", kind),
+                        f"WTP {AP.lower()} output:\n{part}\n", (command, kind))
+            self.assertRegex(controller.ok("sh", "--mac", AP, "--cmd", "uptime"),
+                             r"output:\nup \d{5} min, load average: 0.08, 0.03, 0.01\n")
+
     def test_clients_that_do_nothing_hold_up_nobody(self):
         everything = "01 0000003f 0000"
         for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
