@@ -23,6 +23,7 @@ from harness import SOURCE, main
 
 SCHEMA = json.loads(Path(SOURCE, "companions/apply/apply.schema.json").read_text())
 PATH = "radio[0].tx_power"
+OWN = f"{AP.replace(':', '-')}.json"  # a file of that device
 SET = ("--set", f"{PATH}=17", "--name", "*", "--no-save")
 
 
@@ -196,7 +197,7 @@ class Simulated(unittest.TestCase):
 
     def file(self, name, cfg):
         path = Path(self.folder, name)
-        path.parent.mkdir(exist_ok=True)
+        path.parent.mkdir(parents=True, exist_ok=True)
         path.write_text(cfg if isinstance(cfg, str) else json.dumps({"wtp_cfg": cfg}))
         return str(path)
 
@@ -274,6 +275,20 @@ class Simulated(unittest.TestCase):
                 (("--set", "dns1=1.2.3.4/24", *all_managed), 2, "is sent as 1.2.3.4"),
                 (("--set", "radio[7].tx_power=1", *all_managed), 1, r"has no radio\[7\]"),
                 (("--set", "radio[0].tx_power=1", "--mac", SWITCH), 1, "none of the chosen"),
+                (("--set", "location=@/nowhere", *all_managed), 2, "cannot read /nowhere"),
+                (("--set", "location=@-", *all_managed), 2, "standard input is empty"),
+                (("--set", "location=@-", "-", *all_managed), 2, "be read once only"),
+                (("--set", "location=\udcff", *all_managed), 2, "the value is no UTF-8"),
+                (("--set", "=x", *all_managed), 2, "no PATH=VALUE"),
+                (("--set", f"{'a' * 256}=1", *all_managed), 2, "has a path of 256 bytes"),
+                (("--set", "radio[0]x=1", *all_managed), 2, "'x' cannot be read"),
+                (("--set", "radio[x=1].tx_power=2", *all_managed), 2, "no 'x' to be chosen by"),
+                (("--set", "radio[0].wlan[wpa.passphrase=x].vlan=1", *all_managed), 2,
+                 "cannot be chosen by wpa.passphrase, a secret"),
+                ((self.file("02-A3-00-00-00-01x.json", {}),), 2, "a file of a device is named as"),
+                ((self.file(OWN, {}), self.file(f"g/{OWN}", {})), 2, "has another file: .*01.json"),
+                ((self.file("h/x", "").rsplit("/", 1)[0],), 2, "there is no file of a device"),
+                ((self.file("i/x.json/y", "").rsplit("/", 2)[0],), 2, "it is no regular file"),
                 (("--undo", secret), 2, "no undo file"), (("--undo", "/nowhere"), 2, "cannot open"),
                 (("--undo", secret, "--set", "location=x"), 2, "takes no files")):
             with self.subTest(words):
@@ -281,6 +296,35 @@ class Simulated(unittest.TestCase):
                 self.assertEqual((got, out), (status, ""), err)
                 self.assertRegex(err, re.compile(says, re.S))
                 self.assertNotIn("hunter22", err)
+
+    def test_undo_files_that_are_refused(self):
+        saved = self.file("saved.json", "")
+        os.remove(saved)
+        self.assertEqual(run(self.port, "--mac", AP, *SET[:2], "--save", saved)[0], 0)
+        good = json.loads(Path(saved).read_text())
+        [device] = good["devices"]
+        for name, change, mode, says in (
+                ("another document", {"document": "plan"}, 0o600, "is no undo file"),
+                ("no device", {"devices": []}, 0o600, "is no undo file"),
+                ("no members", {"devices": [{}]}, 0o600, "is no undo file"),
+                ("a device twice", {"devices": [device] * 2}, 0o600, "is no undo file"),
+                *((f"{member} is {value}", {"devices": [device | {member: value}]}, 0o600,
+                   "is no undo file") for member, value in (
+                    ("kind", "bridge"), ("mac", "2:0"), ("items", "0g"), ("items", "000"),
+                    ("items", device["items"][:-2]), ("items", "ffff00000000"))),
+                ("writable by all", {}, 0o622, "no regular file that you alone can write to")):
+            with self.subTest(name):
+                Path(saved).write_text(json.dumps(good | change))
+                Path(saved).chmod(mode)
+                status, out, err = run(self.port, "--undo", saved, "--no-save")
+                self.assertEqual((status, out), (2, ""))
+                self.assertIn(says, err)
+        status, _, err = run(self.port, "--undo", self.folder, "--no-save")
+        self.assertEqual((status, "no regular file" in err), (2, True))
+        Path(saved).chmod(0o600)
+        Path(saved).write_text(json.dumps(good | {"controller": "10.0.0.1:1"}))
+        self.assertEqual(self.plan("--undo", saved)["notes"],
+                         [f"{saved} was saved from the controller at 10.0.0.1:1"])
 
     def test_removal_secrets_and_undo(self):
         made = self.controller.record(AP)["wtp_cfg"]
