@@ -63,7 +63,7 @@ class Plays(unittest.TestCase):
             self.assertEqual((status, len(counts)), (0, 3), shown)
             self.assertEqual(len(subprocess.check_output(log).splitlines()), commits)
             if change:
-                self.sites["a"].configure(AP, {"wtp_cfg": {"location": change}})
+                self.sites["a"].configure(AP, {"location": change})
 
     def test_drift_and_check_mode_change_nothing(self):
         for play in ("drift",), ("apply", "--check"), ("rollout", "--check"):
