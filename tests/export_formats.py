@@ -175,6 +175,8 @@ class Metrics(unittest.TestCase):
             ({"mac": device["mac"]}, sum(port["output_power"] for port in device["poe_port"]))
             for device in report if device["wtp_type"] == 2 and device["state"] == ONLINE])
         self.assertAlmostEqual(found["zov_list_timestamp_seconds"][0][1], time.time(), delta=20)
+        helps = re.findall("(?m)^# HELP .*$", whole)
+        self.assertEqual([line for line in helps if not re.fullmatch(r".* [A-Z].*\.", line)], [])
         self.assertEqual(len(found["zov_device_upgrade_state"]), 1)
         self.assertNotRegex(some, "wlan=|port=|radio=")
         self.assertLess(len(some), 750 * len(report))

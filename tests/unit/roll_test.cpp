@@ -126,7 +126,7 @@ const Case CASES[] = {
     {"", 1, "2 k0", "s", "no newer firmware"},
     // Two steps; and one of somebody else's that may have been the first.
     {"", 2, "1 a0 1b2 2r a17 2 a0 2b3 3r +30 3r", "suwsuSd", ""},
-    {"", 2, "1 a0 2r k1 2r a5 2r +30 2r", "swSd", ""},
+    {"", 2, "1 a0 2r k1 2r a5 2 +30 2", "swSd", ""}, // the first step was the last
     {"", 2, "1 a0 1b2 2r a0 2b3 2 +10 2", "suwsuf", "came back with its old version"},
     {"", 2, "1 a0 2r k1 2 x 2 a5 2 +900 2", "swsut", "was not seen to restart"},
     {"", 0, "1o 2r k0 +30 2r", "uSd", ""},
