@@ -94,9 +94,10 @@ static std::string file_name(const Mac &mac)
     return name + ".json";
 }
 
-static bool write_files(Devices &devices, const std::string &path, Documents &documents)
+// A file that could not be written is a loss that --partial does not accept.
+static bool write_files(Devices &devices, const ExportSettings &settings, Documents &documents)
 {
-    DirectoryOutput directory(path);
+    DirectoryOutput directory(settings.directory);
     devices.for_each([&](const WtpRecord &wtp) {
         if (devices.is_repeated(wtp.mac))
             return;
@@ -104,23 +105,20 @@ static bool write_files(Devices &devices, const std::string &path, Documents &do
         if (!document.empty())
             directory.add(file_name(wtp.mac), document);
     });
-    const bool whole = documents.finish();
+    const bool whole = documents.finish() || settings.partial;
     return directory.finish() && whole;
 }
 
 static bool write_cfg(Devices &devices, const ExportSettings &settings)
 {
     Documents documents;
-    bool whole = true;
-    if (settings.directory != nullptr) {
-        whole = write_files(devices, settings.directory, documents);
-    } else {
-        OutputFile file(settings.output, MODE_SECRET);
-        devices.for_each([&](const WtpRecord &wtp) { file.put(documents.make(wtp)); });
-        whole = documents.finish();
-        file.finish();
-    }
-    return whole || settings.partial;
+    if (settings.directory != nullptr)
+        return write_files(devices, settings, documents);
+    OutputFile file(settings.output, MODE_SECRET);
+    devices.for_each([&](const WtpRecord &wtp) { file.put(documents.make(wtp)); });
+    const bool whole = documents.finish() || settings.partial;
+    file.finish();
+    return whole;
 }
 
 const Format cfg_format = {WTP_FILTER_ALL & ~uint32_t{WTP_FILTER_STAINF}, write_cfg};

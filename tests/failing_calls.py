@@ -1,0 +1,128 @@
+# SPDX-License-Identifier: MIT
+"""System calls of the companion tools that fail one after the other: failing_calls.py ZOV
+
+What they say has to stay true, and what was there before has to stay or to be replaced whole.
+"""
+import collections
+import json
+import re
+import tempfile
+import unittest
+from pathlib import Path
+
+from controllers import AP, Controller
+from harness import call, main, needs, program, tool
+
+CALLS = """close connect fchmod fcntl flock fstat fsync getsockopt getxattr linkat lseek mkdir mkdirat
+           newfstatat openat pipe2 poll ppoll read readlink recvfrom renameat sendto setsockopt socket
+           syncfs unlinkat write""".split()
+OLD = "what was there before\n"
+
+
+@needs("strace", memory_of=program())  # its search for leaks and tracing exclude each other
+class FailingCalls(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = Path(folder.name)
+        self.controller = Controller()
+        self.addCleanup(self.controller.__exit__)
+
+    def traced(self, name, words, *options):
+        """Runs a program under strace; the trace is left in `trace`."""
+        self.trace = self.folder / "trace"
+        status, out, err = call("strace", "--quiet=all", "-o", self.trace, *options, tool(name),
+                                *words, timeout=20)
+        self.assertIn(status, range(4), err)
+        return status, out, err
+
+    def each_failing(self, name, words, check):
+        """Runs it with each call failing in turn, of many of a kind with some of them, and has
+        what comes of it checked: check(run, call, exit status, standard error)."""
+        status, _, err = self.traced(name, words(0))
+        check(0, "", status, err)
+        self.assertEqual(status, 0, err)
+        lines, counts = self.trace.read_text().splitlines(), collections.Counter()
+        begun = next(n for n, line in enumerate(lines) if line.startswith("prlimit64("))
+        own = collections.defaultdict(list)  # what is not the loader's: call -> its numbers
+        for number, line in enumerate(lines):
+            kind = line.split("(")[0]
+            counts[kind] += 1
+            if number > begun and kind in CALLS and not re.match(r"write\(2|.*F_GETFD", line):
+                own[kind].append(counts[kind])
+        self.assertGreater(len(own), 8, own)
+        some = [(kind, number) for kind, numbers in own.items()
+                for number in (numbers if len(numbers) < 9 else numbers[:4] + numbers[-4:])]
+        for run, (kind, number) in enumerate(some, 1):
+            status, _, err = self.traced(name, words(run), "-e", f"trace={kind}", "-e",
+                                         f"inject={kind}:error=EIO:when={number}")
+            with self.subTest(call=self.injected(), number=number, err=err):
+                check(run, kind, status, err)
+
+    def injected(self):
+        return "".join(line for line in self.trace.read_text().splitlines(True)
+                       if "INJECTED" in line)
+
+    def test_a_file_that_is_replaced(self):
+        file = self.folder / "list.json"
+
+        def words(_):
+            file.write_text(OLD)
+            file.chmod(0o640)
+            return "--acport", self.controller.port, "--format", "json", "--output", file
+
+        def check(_, kind, status, err):
+            is_old = file.read_text() == OLD
+            self.assertTrue(status != 0 or not is_old)
+            self.assertRegex(err, r"\A(zov-export: .*\n)\Z" if status else r"\A\Z")
+            self.assertEqual(9 if is_old else len(json.loads(file.read_text())["wtp_list"]), 9)
+            if kind != "unlinkat":
+                self.assertEqual({path.name for path in self.folder.iterdir()},
+                                 {"list.json", "trace"})
+        self.each_failing("zov-export", words, check)
+
+    def test_a_directory_of_files(self):
+        folder = self.folder / "backup"
+
+        def words(_):
+            folder.mkdir(exist_ok=True)
+            for path in folder.iterdir():
+                path.unlink() if path.is_file() else path.rmdir()
+            (folder / f"{AP.replace(':', '-')}.json").write_text(OLD)
+            return ("--acport", self.controller.port, "--format", "cfg", "--partial",
+                    "--directory", folder)
+
+        def check(_, kind, status, err):
+            files = {path.name: path.read_text() for path in folder.iterdir() if path.is_file()}
+            for text in files.values():
+                self.assertTrue(text == OLD or json.loads(text)["wtp_cfg"], text)
+            if status == 0:
+                self.assertEqual((len(files), OLD in files.values()), (8, False))
+            else:
+                self.assertRegex(err, r"\A(zov-export: .*\n)+\Z")
+        self.each_failing("zov-export", words, check)
+
+    def test_devices_that_are_changed(self):
+        undo, log = self.folder / "undo.json", self.folder / "log"
+
+        def words(run):
+            undo.unlink(missing_ok=True)
+            return ("--acport", self.controller.port, "--set", f"location=run {run}", "--mac", AP,
+                    "--save", undo, "--log", log, "--yes", "--settle", "0", "--interval", "0.05",
+                    "--begin", "2", "--outage", "2")
+
+        def check(run, _, status, err):
+            is_there = self.controller.record(AP)["wtp_cfg"]["location"] == f"run {run}"
+            if status == 0:
+                self.assertTrue(is_there)
+            else:
+                self.assertRegex(err, r"(?m)^zov-apply: ")
+            if is_there:  # what it was can be had again
+                [device] = json.loads(undo.read_text())["devices"]
+                self.assertEqual(device["mac"], AP)
+                self.assertRegex(device["settings"]["location"], "Floor|run")
+        self.each_failing("zov-apply", words, check)
+
+
+if __name__ == "__main__":
+    main()
