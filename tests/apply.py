@@ -247,6 +247,79 @@ class Simulated(unittest.TestCase):
                 ("switch_port[port=2].descp", '"desk 2"', '"a=b"'),
                 ("poe_port[port=3].priority", "0", "2"),
                 ("pd_lifeguard[port=1].ping_interval", "30", "9")])
+        self.assertEqual(self.differences(AP, "--mac", AP, "--set", "ac_list=ac1.example,10.0.0.9"),
+                         [("ac_list", '["controller.example.net"]', '["ac1.example", "10.0.0.9"]')])
+        # What a device cannot have is said of that device.
+        for mac, cfg, reason in (
+                (AP, {"radio": [{"tx_power": 1}] * 9}, "has no radio[8]"),
+                (AP, {"poe_port": [{"port": 1}]}, f"FOLDER/{OWN} is for another kind of device"),
+                (SWITCH, {"poe_port": [{"port": 99}]}, "has no poe_port[port=99]")):
+            with self.subTest(cfg=cfg):
+                own = self.file(f"{mac.replace(':', '-')}.json", cfg)
+                self.assertEqual(self.differences(mac, own),
+                                 reason.replace("FOLDER", self.folder))
+
+    def test_plan_as_text(self):
+        wlans = self.controller.record(AP)["wtp_cfg"]["radio"][0]["wlan"]
+        new = {"ssid": "new", "vlan": 7, "enable": 1, "sta_sep": 1, "isolation": 1, "supr_ssid": 1,
+               "downloadlimit": 4, "uploadlimit": 4, "roaming": {"enable": 1}}
+        add = self.file("add.json", {"radio": [{"wlan": [{"comment": 1}] * len(wlans) + [new]}]})
+        gone = self.file("d/02-00-00-00-00-99.json", {"location": "gone"})
+        self.file(f"d/{OWN}", {"timezone": 120})
+        for words, status, text in (
+                (("--mac", f"{AP},2:0:0:0:0:77", add), 3, f"""\
+02:00:00:00:00:77 -: not in the list
+1 device: ap-floor1-01
+  + radio[0].wlan[{len(wlans)}] (ssid "new") with 9 settings
+1 device to change, 0 as wanted, 1 that cannot be compared or changed so
+"""),
+                (("--mac", "2:0:0:0:0:77", "--set", "location=x"), 1, """\
+02:00:00:00:00:77 -: not in the list
+0 devices to change, 0 as wanted, 1 that cannot be compared or changed so
+"""),
+                (("--mac", SWITCH, "--set", "dns1=1.2.3.4", "--set", "poe_port[port=1].enable=0"),
+                 3, """\
+1 device: sw-floor1
+  ~ dns1 "0.0.0.0" -> "1.2.3.4"  ! may cut the device off
+  ~ poe_port[port=1].enable 1 -> 0  ! may cut off what is connected to port 1, ap-floor1-01
+1 device to change, 0 as wanted
+2 changes may cut something off
+"""),
+                ((f"{self.folder}/d", "--all-managed", "--exclude", SWITCH), 3, f"""\
+note: {gone} can be deleted: 02:00:00:00:00:99 is not in the list
+1 device: ap-floor1-01
+  ~ timezone 60 -> 120
+1 device to change, 0 as wanted
+""")):
+            with self.subTest(words):
+                self.assertEqual(run(self.port, "--plan", *words), (status, text, ""))
+        with Controller("--aps", "20", "--switches", "0", "--others", "0") as controller:
+            status, out, _ = run(controller.port, "--plan", "--set", "timezone=1", "--name", "*")
+        lines = out.splitlines()
+        self.assertEqual(lines[0].count(", "), 7)
+        self.assertRegex(lines[0], r"^20 devices: ap-floor1-01, .* and 12 more$")
+        self.assertEqual(lines[1:3], ["  ~ timezone 60 -> 1", "20 devices to change, 0 as wanted"])
+        self.assertRegex(lines[3], r"^\d+ devices? of these cannot be changed now$")
+
+    def test_where_it_is_saved(self):
+        state = os.environ.pop("XDG_STATE_HOME")
+        self.addCleanup(os.environ.__setitem__, "HOME", os.environ["HOME"])
+        words = ("--mac", AP, *SET[:2])
+        os.environ["HOME"] = f"{state}/home"
+        self.assertEqual(run(self.port, *words)[0], 0)
+        saved = Path(state, "home/.local/state/zov")
+        self.assertEqual({path.stat().st_mode & 0o777 for path in (saved, saved.parent)}, {0o700})
+        self.assertRegex([path.name for path in saved.iterdir()][0],
+                         rf"^undo-127.0.0.1-{self.port}-\d{{8}}T\d{{6}}.\d{{3}}Z.json$")
+        os.environ["HOME"] = "relative"
+        status, out, err = run(self.port, *words)
+        self.assertEqual((status, out, "--save or --no-save is needed" in err), (2, "", True))
+        # Devices that were not begun are not kept in it.
+        script = Script(["0 0 0", "0"], answers="14")
+        status, out, err = run(script.port, *SET[:4], "--batch", "1", "--save", f"{state}/u")
+        self.assertEqual((status, results(out)[1]), (3, "not started"), err)
+        kept = json.loads(Path(state, "u").read_text())["devices"]
+        self.assertEqual([one["mac"] for one in kept], ["02:00:00:00:00:01"])
 
     def test_what_is_refused(self):
         both = self.file("both.json", {"radio": [{"tx_power": 1}], "poe_port": [{"port": 1}]})
@@ -289,6 +362,14 @@ class Simulated(unittest.TestCase):
                 ((self.file(OWN, {}), self.file(f"g/{OWN}", {})), 2, "has another file: .*01.json"),
                 ((self.file("h/x", "").rsplit("/", 1)[0],), 2, "there is no file of a device"),
                 ((self.file("i/x.json/y", "").rsplit("/", 2)[0],), 2, "it is no regular file"),
+                (("--set", "dns1[0]=1", *all_managed), 2, "has to be a text"),
+                (("--set", "radio[9", *all_managed), 2, "expected PATH=VALUE"),
+                (("--set", "acl_list=x,y", *all_managed), 2, "did you mean 'ac_list'"),
+                (("--set", "ac_list=x,y", "--save", "u", *all_managed), 2,
+                 "--save and --no-save exclude"),
+                (("--set", "location=x", "--kind", "other", "--name", "*"), 1,
+                 "nothing is given for any of the chosen devices"),
+                (("--set", "location=x", "--kind", "other", "--mac", AP), 1, "no device is chosen"),
                 (("--undo", secret), 2, "no undo file"), (("--undo", "/nowhere"), 2, "cannot open"),
                 (("--undo", secret, "--set", "location=x"), 2, "takes no files")):
             with self.subTest(words):

@@ -13,9 +13,9 @@ from pathlib import Path
 from controllers import AP, Controller
 from harness import call, main, needs, program, tool
 
-CALLS = """close connect fchmod fcntl flock fstat fsync getsockopt getxattr linkat lseek mkdir mkdirat
-           newfstatat openat pipe2 poll ppoll read readlink recvfrom renameat sendto setsockopt socket
-           syncfs unlinkat write""".split()
+CALLS = """close connect fchmod fcntl flock fstat fsync getsockopt getxattr linkat lseek mkdir
+    mkdirat newfstatat openat pipe2 poll ppoll read readlink recvfrom renameat sendto setsockopt
+    socket syncfs unlinkat write""".split()
 OLD = "what was there before\n"
 
 

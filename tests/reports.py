@@ -167,7 +167,8 @@ def lists(record):
 
 def promised(record, values, name, count, bits):
     """What comes of a reply that ends right behind this count of a record's list."""
-    key, one = "sw_max_port" if name == "switch_hw_port" else f"#{name}", fields.reply([record], b"")
+    key = "sw_max_port" if name == "switch_hw_port" else f"#{name}"
+    one = fields.reply([record], b"")
     values[key] = count
     reply = fields.reply([record], b"")
     values[key] = 1

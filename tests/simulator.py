@@ -5,6 +5,7 @@ Actions must show; the simulator must serve, misbehave and end as it is asked to
 comes back as it was sent is seen with zov-export's help, in export_cfg.py.
 """
 import contextlib
+import json
 import os
 import re
 import signal
@@ -64,6 +65,15 @@ class Actions(unittest.TestCase):
             f"ERROR: Incorrect configuration for device {SWITCH.lower()}.\n"
             "Msg: this is no device of that kind.\n")))
 
+    def test_upgrades_that_do_not_begin(self):
+        self.controller.ok("upg", "--mac", AP)
+        self.assertEqual(self.controller.run("upg", "--mac", AP)[::2],
+                         (1, f"ERROR: Device {AP.lower()} is busy.\n"))
+        newest = "02:A2:00:00:00:02"
+        with Controller() as controller:
+            self.assertEqual(controller.run("upg", "--mac", newest)[::2], (
+                1, f"ERROR: Device {newest.lower()} has no available image.\n"))
+
     def test_an_upgrade_changes_the_state_at_its_end(self):
         began = int(time.time())
         self.controller.ok("upg", "--mac", AP)
@@ -107,15 +117,22 @@ class Actions(unittest.TestCase):
                         ["autoch", "--radio", "5g", "--enable", "1"],
                         ["autotp", "--radio", "2g", "--enable", "0"]):
             self.controller.ok(*command)
-        with Controller("--aps", "3") as controller:  # with two, two and three radios
-            for radios in ((3, 3, 1, 0), (2, 2, 1, 0)):
-                for band, count in enumerate(radios):
-                    survey = controller.replies(f"0b 0009 {band:08x} 01 00000000", "00")
-                    self.assertEqual(survey, bytes((0, 0, 0, count, *[0] * count)))
-                controller.run("cac", "--mac", AP, "--ip", "controller2")
-        path = f"/tmp/ac-sim.{self.controller.process.pid}.mem"
-        self.assertRegex(self.controller.ok("mem"), r"Total \d+ bytes, \d+ entries\n$")
-        self.assertFalse(os.path.exists(path))
+        powers = []
+        for enable in "01":
+            self.controller.ok("autotp", "--radio", "5g", "--enable", enable)
+            powers.append([radio["cur_cfg"]["tx_power"] for radio in
+                           self.controller.record("02:A3:00:00:00:02")["radio"]])
+        self.assertEqual(powers, [[20, 20], [20, 17]])  # of 23, by three quarters
+
+    def test_automatic_channels(self):
+        with Controller("--aps", "12") as controller:
+            for band, channels in enumerate(((1, 6, 11), range(36, 65, 4))):
+                controller.ok("autoch", "--radio", ("2g", "5g")[band], "--enable", "1")
+                records = json.loads("{" + controller.ok("wtps", "--json") + "}")["wtp_list"]
+                seen = [radio["cur_cfg"]["channel"] for record in records if record["state"] == 5
+                        for radio in record.get("radio", []) if radio["type"] == band]
+                self.assertEqual(seen, [channels[n % len(channels)] for n in range(len(seen))])
+                self.assertGreater(len(seen), len(channels))
 
 
 class Configurations(unittest.TestCase):
@@ -364,7 +381,12 @@ class Service(unittest.TestCase):
         rows = [(mac, number, item(number, fits), item(number, wrong), more)
                 for mac, number, fits, wrong in counts]
         rows += [(AP, 40, *(item(40, bytes(6 * n), b"\0\0") for n in (256, 257)), more),
-                 (AP, 5, item(5, bytes(4), b"\1"), item(5, bytes(4), b"\2"), bad)]  # a third radio
+                 (AP, 5, item(5, bytes(4), b"\1"), item(5, bytes(4), b"\2"), bad),  # a third radio
+                 (AP, 3, item(3, b"\12\0\0\1" * 3, b""), item(3, bytes(8), b""), bad),
+                 (AP, 4, item(4, 2), item(4, b"\0\0\2"), bad),
+                 (AP, 161, item(161, bytes(6), b"\0\0"), item(161, bytes(7), b"\0\0"), bad),
+                 (AP, 157, item(157, 60, b""), item(157, b"\0<", b""), bad),
+                 (AP, 999, item(1, b"x", b""), item(999, 0), "is unknown")]
         with Controller() as controller:
             for mac, number, fits, wrong, why in rows:
                 with self.subTest(item=wrong[:12]):
@@ -375,6 +397,10 @@ class Service(unittest.TestCase):
                     self.assertEqual(controller.record(mac)["wtp_cfg"], before)
                     # Named twice, done once.
                     self.assertEqual(controller.send_items(mac, fits, times=2), b"\0\0\3\0")
+            self.assertEqual(controller.send_items(AP, item(2, b"far", b"") * 8192), b"\0\0")
+            message = b"there are more than 8192 items"
+            self.assertEqual(controller.send_items(AP, item(2, b"far", b"") * 8193),
+                             bytes([19, len(message)]) + message)
 
     def test_hangup_that_is_ignored_and_pid_files(self):
         self.addCleanup(signal.signal, signal.SIGHUP, signal.signal(signal.SIGHUP, signal.SIG_IGN))
