@@ -125,12 +125,12 @@ class Actions(unittest.TestCase):
         self.assertEqual(powers, [[20, 20], [20, 17]])  # of 23, by three quarters
 
     def test_automatic_channels(self):
-        with Controller("--aps", "12") as controller:
+        with Controller("--aps", "14") as controller:
             for band, channels in enumerate(((1, 6, 11), range(36, 65, 4))):
                 controller.ok("autoch", "--radio", ("2g", "5g")[band], "--enable", "1")
                 records = json.loads("{" + controller.ok("wtps", "--json") + "}")["wtp_list"]
-                seen = [radio["cur_cfg"]["channel"] for record in records if record["state"] == 5
-                        for radio in record.get("radio", []) if radio["type"] == band]
+                seen = [record["radio"][band]["cur_cfg"]["channel"] for record in records
+                        if record["state"] == 5 and record["managed"] and "radio" in record]
                 self.assertEqual(seen, [channels[n % len(channels)] for n in range(len(seen))])
                 self.assertGreater(len(seen), len(channels))
 
