@@ -44,5 +44,5 @@ class Links(unittest.TestCase):
 
 
 if sys.argv[2:]:
-    sys.exit("\n".join(broken(sys.argv[2])[0]))
+    sys.exit("\n".join(broken(sys.argv[2])[0]) or 0)
 main()
