@@ -406,6 +406,9 @@ note: {gone} can be deleted: 02:00:00:00:00:99 is not in the list
         Path(saved).write_text(json.dumps(good | {"controller": "10.0.0.1:1"}))
         self.assertEqual(self.plan("--undo", saved)["notes"],
                          [f"{saved} was saved from the controller at 10.0.0.1:1"])
+        status, _, err = run(self.port, "--undo", saved, "--no-save")
+        self.assertEqual((status, err.splitlines()[0]), (
+            0, f"zov-apply: note: {saved} was saved from the controller at 10.0.0.1:1"))
 
     def test_removal_secrets_and_undo(self):
         made = self.controller.record(AP)["wtp_cfg"]

@@ -43,6 +43,8 @@ zov-export --output=o|                  --output=office.json
 zov-export --directory |                sub/
 zov-export --acport=PORT --mac 02:A2|   02:A2:00:00:00:01
 zov-export --columns mac,poe_|          mac,poe_budget  mac,poe_used
+zov-apply --kind |                      access_point  switch  other
+zov-apply --e|                          --exclude
 Files:
 zov cfg --file o|                       office.json
 zov cfg --file=o|                       --file=office.json
@@ -72,6 +74,10 @@ DESCRIPTIONS = [
     ("zov sh --t", ["specify output type. 0:all 1:stdout 2:stderr"]),
     ("zov rst --acport PORT --mac ", ["SW-10P 10.2.0.1:5246", "AP-430 10.3.0.2:5246"]),
     ("zov-check --", ["print what would be sent of each good file: id, index, path, value"])]
+FISH_DESCRIPTIONS = [  # of values
+    ("zov sh --type ", ["0\tall", "1\tstdout", "2\tstderr"]),
+    ("zov-export --format n", ["ndjson\ta device a line"]),
+    ("zov-export --format pro", ["prometheus\tmetrics"])]
 # A timeout(1) for tests, since 300 ms can be short on a busy machine; true for the silent port.
 PATIENT = """#!/bin/sh
 case $* in
@@ -202,7 +208,8 @@ class Completions(unittest.TestCase):
                         expected = [part(text) for text in expected]
                     self.assertEqual(*({text.lower().removesuffix("/") for text in words}
                                        for words in (offered, expected)))
-            for line, texts in DESCRIPTIONS if shell is not bash else ():
+            more = FISH_DESCRIPTIONS if shell is fish else []
+            for line, texts in DESCRIPTIONS + more if shell is not bash else ():
                 shown = ask(filled(line))[1]
                 for text in texts:
                     self.assertIn(text, shown)

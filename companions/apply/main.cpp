@@ -155,8 +155,11 @@ static int apply(const ApplySettings &settings, const Sources &sources, Reporter
     const ApplyPlan plan = make_plan(settings, sources);
     if (settings.plan)
         return show_plan(plan, settings);
-    for (const std::string &note : plan.notes)
-        reporter.write_log("note: " + plain_text(note));
+    for (const std::string &note : plan.notes) // with a question it is a part of the plan
+        if (settings.yes)
+            reporter.warn("note: " + plain_text(note));
+        else
+            reporter.write_log("note: " + plain_text(note));
     if (plan.removals() > 0 && !settings.allow_removal && settings.undo == nullptr) {
         for (const std::string &line : plan_lines(plan))
             fprintf(stderr, "%s\n", line.c_str());
