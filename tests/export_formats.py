@@ -2,13 +2,16 @@
 """What zov-export's JSON, tables and metrics tell of simulated devices, and what describes them."""
 import contextlib
 import csv
+import fcntl
 import functools
 import io
 import json
 import os
 import pty
 import re
+import struct
 import tempfile
+import termios
 import time
 import unittest
 from pathlib import Path
@@ -129,6 +132,19 @@ class Tables(unittest.TestCase):
             hours, minutes = divmod(one["uptime"] // 60, 60)
             self.assertEqual(time_shown, f"{hours // 24}d {hours % 24}h" if hours > 23
                              else f"{hours}h {minutes}m")
+
+    def test_names_take_what_a_terminal_has_left(self):
+        records = make_records([b"n" * 50], [b"h"], 1, (3,))
+        player = Player(*[fields.reply(records)] * 3)
+        for columns, shown in ((80, 12), (100, 15), (300, 32)):
+            ours, theirs = pty.openpty()
+            fcntl.ioctl(theirs, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
+            with start([tool("zov-export"), "--format", "table", "--acport", player.port],
+                       stdout=theirs) as process:
+                os.close(theirs)
+                text = read_to_end(ours).decode()
+            self.assertEqual((process.returncode, text.splitlines()[1].split()[0]),
+                             (0, "n" * (shown - 3) + "..."))
 
     def test_csv(self):
         with Controller("--upgrade", f"{AP}=hang") as controller:

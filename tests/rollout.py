@@ -21,6 +21,7 @@ from changer import PROGRAM, ask, results, rows, run, start
 from controllers import PORTS, Controller
 from harness import SOURCE, call, main
 
+KINDS = {"02:A1": "other", "02:A2": "switch", "02:A3": "access_point"}
 AP1, AP2, AP3 = (f"02:A3:00:00:00:0{n}" for n in (1, 2, 3))  # one step from the newest, two, one
 
 
@@ -247,6 +248,7 @@ class Simulated(unittest.TestCase):
         sizes = {}
         for device in plan["devices"]:
             sizes.setdefault(device["batch"], []).append(device["kind"])
+            self.assertEqual(device["kind"], KINDS[device["mac"][:5]])
         usual = [len(sizes[batch]) for batch in sorted(filter(None, sizes))]
         aps = sum(device["kind"] == "access_point" and device["batch"] is not None
                   for device in plan["devices"])
