@@ -39,7 +39,10 @@ class Links(unittest.TestCase):
     def test_as_installed(self):
         with tempfile.TemporaryDirectory() as folder:
             build = Path(program()).parents[1]
-            self.assertEqual(call("cmake", "--install", build, "--prefix", folder)[0], 0)
+            status, out, err = call("cmake", "--install", build, "--prefix", folder)
+            self.assertEqual((status, err), (0, ""))
+            paths = re.findall("^-- (?:Installing|Up-to-date): (.*)", out, re.M)
+            self.assertEqual([path for path in paths if not path.startswith(folder)], [])
             self.check(Path(folder, "share/doc/zov"))
 
 
