@@ -72,7 +72,8 @@ class ProcessControl(Case):
         # A name across two pieces of 511 characters is none; at the end of the first it is one.
         cut = [f"{other} ".ljust(before, "x") + "/ac -d" for before in (508, 509, 510)]
         self.list_processes(
-            *cut, " 0 ? S 0:00 /usr/sbin/ac -d", f" -{'0' * 30} ac -d",
+            *cut, f" {other} ".ljust(511, "x") + "ac -d",
+            " 0 ? S 0:00 /usr/sbin/ac -d", f" -{'0' * 30} ac -d",
             f" 99999999999 ? S 0:00 /usr/sbin/ac {other}",
             f" {2**32 + other} ? S 0:00 /usr/sbin/ac -d", f" {'y' * 600} ac -d",
             f" {pid} {'z' * 600} {other} {'z' * 600} /usr/sbin/ac -d")

@@ -78,7 +78,8 @@ class Parents(Case):
     def test_nothing_is_inherited_by_shell_commands(self):
         with tempfile.TemporaryDirectory() as folder:
             fake = Path(folder, "md5sum")
-            fake.write_text(f"#!/bin/sh\nls -l /proc/$$/fd >{folder}/fds\n"
+            fake.write_text(f'#!/bin/sh\nls -l /proc/$$/fd >{folder}/fds\n'
+                            f'echo "$*:$(readlink /proc/$$/fd/1)" >{folder}/names\n'
                             'exec /usr/bin/md5sum "$@"\n')
             fake.chmod(0o700)
             self.expect(run(["cfg", "--mac", MAC, "--file", "f"], b"\0\0",
@@ -86,6 +87,8 @@ class Parents(Case):
                             environment={"PATH": f"{folder}:{os.environ['PATH']}"},
                             prepare=lambda: signal.signal(signal.SIGCHLD, signal.SIG_IGN)))
             self.assertNotIn("socket:", Path(folder, "fds").read_text())
+            self.assertRegex(Path(folder, "names").read_text(),
+                             r"^/tmp/zov\.([0-9a-f]+)\.pwd\.tmp:/tmp/zov\.\1\.md5\.tmp$")
 
 
 class Files(Case):
