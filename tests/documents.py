@@ -17,6 +17,7 @@ import socket
 import sys
 import tempfile
 import textwrap
+import time
 import unittest
 from pathlib import Path
 
@@ -121,8 +122,15 @@ def play(script, folder):
 class Document(unittest.TestCase):
     def test_prints_what_it_shows(self):
         script = [step for block in blocks(TEXT) for step in steps(with_free_ports(block))]
-        with tempfile.TemporaryDirectory(prefix="zov-documents.") as folder:
+        folder = tempfile.mkdtemp(prefix="zov-documents.")
+        try:
             outputs = play(script, folder)
+        finally:
+            for _ in range(100):  # what was started may still write a file while it ends
+                shutil.rmtree(folder, ignore_errors=True)
+                if not os.path.exists(folder):
+                    break
+                time.sleep(0.02)
         self.assertTrue(script)
         self.assertEqual(len(outputs), len(script), "steps were run")
         for (typed, lines), output in zip(script, outputs):
