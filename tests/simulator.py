@@ -123,6 +123,15 @@ class Actions(unittest.TestCase):
             powers.append([radio["cur_cfg"]["tx_power"] for radio in
                            self.controller.record("02:A3:00:00:00:02")["radio"]])
         self.assertEqual(powers, [[20, 20], [20, 17]])  # of 23, by three quarters
+        with Controller("--aps", "3") as controller:  # with two, two and three radios
+            for radios in ((3, 3, 1, 0), (2, 2, 1, 0)):
+                for band, count in enumerate(radios):
+                    survey = controller.replies(f"0b 0009 {band:08x} 01 00000000", "00")
+                    self.assertEqual(survey, bytes((0, 0, 0, count, *[0] * count)))
+                controller.run("cac", "--mac", AP, "--ip", "controller2")
+        path = f"/tmp/ac-sim.{self.controller.process.pid}.mem"
+        self.assertRegex(self.controller.ok("mem"), r"Total \d+ bytes, \d+ entries\n$")
+        self.assertFalse(os.path.exists(path))
 
     def test_automatic_channels(self):
         with Controller("--aps", "14") as controller:
