@@ -64,13 +64,9 @@ class Controller:
         return client
 
     def replies(self, *requests):
-        """All that a client gets before its connection is ended; nothing when it is reset, as by
-        the end of a controller that has not read the last request."""
+        """All that a client gets before its connection is ended."""
         with self.client(*requests) as client, client.makefile("rb") as replies:
-            try:
-                return replies.read()
-            except ConnectionResetError:
-                return b""
+            return replies.read()
 
     def start(self, command, *options, output=subprocess.PIPE):
         return start([program(), command, "--acport", self.port, *options], stdout=output,

@@ -177,7 +177,10 @@ class Configurations(unittest.TestCase):
                                     ("lose", [b"", b"\0\0"], "near")):
             with self.subTest(how), Controller(f"--config={AP}={how}") as controller:
                 for reply in replies:
-                    self.assertEqual(controller.send_items(AP, self.NEAR), reply)
+                    try:
+                        self.assertEqual(controller.send_items(AP, self.NEAR), reply)
+                    except ConnectionResetError:  # since nobody has read the goodbye
+                        self.assertEqual(reply, b"")
                     self.assertEqual(controller.record(AP)["wtp_cfg"]["location"], place)
 
     def test_late_and_offline(self):

@@ -94,6 +94,9 @@ static bool is_confirmed(const ApplyPlan &plan, const ApplySettings &settings)
     if (!settings.yes)
         for (const std::string &line : plan_lines(plan))
             fprintf(stderr, "%s\n", line.c_str());
+    else
+        for (const std::string &note : plan.notes)
+            fprintf(stderr, "zov-apply: note: %s\n", plain_text(note).c_str());
     return may_begin(settings, question_text(plan));
 }
 
@@ -123,8 +126,6 @@ static int finish(const ApplyPlan &plan, const Apply &apply, const ApplySettings
     const bool has_changed =
         std::any_of(apply.devices().begin(), apply.devices().end(), may_have_changed);
     ApplyResult result = {plan, apply, status_of(plan, apply, signal), has_changed ? path : ""};
-    if (result.status == ALL_DONE && reporter.log_failed())
-        result.status = SOME_FAILED;
     if (!result.undo.empty())
         narrow_undo(plan, apply, settings, path, reporter);
     if (apply.count(ApplyStage::waiting) > 0)
@@ -132,6 +133,8 @@ static int finish(const ApplyPlan &plan, const Apply &apply, const ApplySettings
     reporter.warn(counts_text(result));
     for (const std::string &line : result_lines(result, COLUMNS_OF_LOG))
         reporter.write_log(line);
+    if (result.status == ALL_DONE && reporter.log_failed())
+        result.status = SOME_FAILED;
     print_result(result, settings);
     if (!result.undo.empty())
         reporter.warn("to undo it: " + undo_command(settings, path));
@@ -155,11 +158,8 @@ static int apply(const ApplySettings &settings, const Sources &sources, Reporter
     const ApplyPlan plan = make_plan(settings, sources);
     if (settings.plan)
         return show_plan(plan, settings);
-    for (const std::string &note : plan.notes) // with a question it is a part of the plan
-        if (settings.yes)
-            reporter.warn("note: " + plain_text(note));
-        else
-            reporter.write_log("note: " + plain_text(note));
+    for (const std::string &note : plan.notes)
+        reporter.write_log("note: " + plain_text(note));
     if (plan.removals() > 0 && !settings.allow_removal && settings.undo == nullptr) {
         for (const std::string &line : plan_lines(plan))
             fprintf(stderr, "%s\n", line.c_str());

@@ -26,7 +26,7 @@ int run_with_log(const ProgramInfo &program, std::span<const std::string> words,
     }
     const auto ended = [&](int status) {
         reporter.write_log("status " + std::to_string(status));
-        return status;
+        return status == ALL_DONE && reporter.log_failed() ? int{SOME_FAILED} : status;
     };
     try {
         return ended(body(reporter));
