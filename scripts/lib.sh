@@ -26,7 +26,8 @@ need_packages() {
 # What the programs are built with, and what the tests need.
 need_test_packages() {
     need_packages g++ cmake ninja-build libjsonparser-dev nlohmann-json3-dev libgtest-dev mandoc jq \
-        python3 python3-jsonschema zsh fish graphviz git strace systemd binutils libxml2-utils sqlite3
+        python3 python3-jsonschema zsh fish graphviz git strace systemd binutils libxml2-utils sqlite3 \
+        hunspell hunspell-en-gb
 }
 
 # Unpacks promtool, which judges metrics and alerts, below build/tools, and puts it in PATH. The package
