@@ -35,9 +35,9 @@ def ac_sim(*options, **more):
 
 
 class Controller:
-    def __init__(self, *options, errors=subprocess.DEVNULL):
-        self.process = start([tool("ac-sim"), "--port", "0", *options], stdout=subprocess.PIPE,
-                             stderr=errors, text=True)
+    def __init__(self, *options, errors=subprocess.DEVNULL, prepare=None):
+        self.process = start([tool("ac-sim"), "--port", "0", *options], prepare, text=True,
+                             stdout=subprocess.PIPE, stderr=errors)
         self.port = self.process.stdout.readline().strip().rsplit(":", 1)[1]
         PORTS.add(self.port)
 

@@ -8,6 +8,7 @@ import contextlib
 import json
 import os
 import re
+import resource
 import signal
 import socket
 import struct
@@ -58,6 +59,13 @@ class Actions(unittest.TestCase):
             controller.ok("cfg", "--mac", new, "--add")
             self.assertEqual(controller.run("cfg", "--mac", "00:11:22:33:44:66", "--add")[::2],
                              (1, "ERROR: Reach the maximum number of managed Devices.\n"))
+        with Controller("--result", f"{new}=10") as controller:
+            self.assertEqual(controller.run("cfg", "--mac", new, "--add")[::2],
+                             (1, f"ERROR: Device {new} is busy.\n"))
+            five = "0014" + 20 * "00"  # addresses
+            for items in ("000a 0003 0000 0004 0a090009", f"001a 0004 0000 {five}", "0002 0003",
+                          f"001b 0003 0001 00 {five}", f"001b 0003 0000 {five} 00"):
+                self.assertEqual(controller.replies(f"03 001122334466 {items}", "00")[:1], b"\3")
 
     def test_wrong_kind_of_configuration(self):
         file = f"{SOURCE}/examples/office-ap.json"
@@ -101,6 +109,10 @@ class Actions(unittest.TestCase):
         before, after = (one["radio"][radio]["wlan"][wlan]["sta"]
                          for one in (record, self.controller.record(AP)))
         self.assertEqual(after, [one for one in before if one["mac"] != sta])
+        for band, wlan in (("5g1", "1"), ("5g", "0"), ("5g", "9")):  # what it does not have
+            self.assertEqual(self.controller.run("kick", "--mac", AP, "--radio", band, "--wlan",
+                                                 wlan, "--client", sta)[::2], (
+                1, f"ERROR: Device {AP.lower()} doesn't support this operation.\n"))
 
     def test_reset_redirect_and_the_rest(self):
         self.controller.ok("rst", "--mac", AP, "--factory")
@@ -384,6 +396,28 @@ class Service(unittest.TestCase):
             # Two lists of more than half of it fit, a third does not.
             lists = [stack.enter_context(controller.client("01 0000003f 0000")) for _ in range(3)]
             self.assertEqual([one.recv(1) for one in lists], [b"\0", b"\0", b""])
+            del lists[1:]
+            stack.pop_all().close()
+            controller.client("01 0000003f 0000").close()  # it is still making the reply
+            asked = time.monotonic()
+            self.assertEqual(controller.end(signal.SIGTERM), 0)
+            self.assertLess(time.monotonic() - asked, 1)
+
+    def test_clients_wait_for_a_descriptor(self):
+        few = (resource.RLIMIT_NOFILE, (12, 12))
+        with Controller(prepare=lambda: resource.setrlimit(*few)) as controller:
+            address, clients = ("127.0.0.1", int(controller.port)), []
+            for _ in range(12):
+                clients.append(socket.create_connection(address))
+                clients[-1].settimeout(0.3)
+            with self.assertRaises(TimeoutError):
+                for client in clients:
+                    self.assertEqual(client.recv(4), b"\0\0\0\1")
+            clients[0].close()
+            client.settimeout(20)
+            self.assertEqual(client.recv(4), b"\0\0\0\1")
+            for one in clients:
+                one.close()
 
     def test_items_that_ask_for_more_than_the_device_holds(self):
         more, bad = "asks for more than the device holds", "has a bad length or index"
@@ -463,6 +497,8 @@ class Service(unittest.TestCase):
                     bad = f": bad argument '{value}', expected "
                     self.assertEqual((status, out), (2, ""))
                     self.assertIn(f"ac-sim: --{name}{bad if argument else ' takes no arg'}", err)
+
+        self.assertEqual(ac_sim("x"), (2, "", "ac-sim: unexpected argument 'x'\n"))
 
     def test_help_and_version(self):
         status, usage, err = ac_sim("-h")
