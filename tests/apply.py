@@ -253,7 +253,13 @@ class Simulated(unittest.TestCase):
         for mac, cfg, reason in (
                 (AP, {"radio": [{"tx_power": 1}] * 9}, "has no radio[8]"),
                 (AP, {"poe_port": [{"port": 1}]}, f"FOLDER/{OWN} is for another kind of device"),
-                (SWITCH, {"poe_port": [{"port": 99}]}, "has no poe_port[port=99]")):
+                ("02:A1:00:00:00:01", {"name": "x"}, "is neither an access point nor a switch"),
+                (SWITCH, {"poe_port": [{"port": 99}]}, "has no poe_port[port=99]"),
+                (SWITCH, {"poe_port": [{"port": 3}], "dns1": "1.2.3.4"},
+                 "poe_port has port 1 twice")):
+            if "dns1" in cfg:  # zov sends what zov-check refuses
+                self.controller.configure(SWITCH, {"poe_port": [{"port": 1}, {"port": 1},
+                                                                {"port": 3}]})
             with self.subTest(cfg=cfg):
                 own = self.file(f"{mac.replace(':', '-')}.json", cfg)
                 self.assertEqual(self.differences(mac, own),

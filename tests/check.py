@@ -202,6 +202,8 @@ class Check(unittest.TestCase):
     def test_command_line(self):
         for words, message in (
                 ([], "no file to check, see --help"),
+                (["--items", "--format", "json", "f"],
+                 "--items and --format json exclude each other"),
                 (["--type", "2", "f"], "--type: bad argument '2', expected one of: 0 1"),
                 (["--itms"], "unknown option '--itms', see --help")):
             self.assertEqual(check(*words), (2, "", f"zov-check: {message}\n"))

@@ -170,6 +170,17 @@ def held(cfg, row):
 
 
 class HostileConfigurations(unittest.TestCase):
+    def test_more_elements_than_can_be_sent(self):
+        record = make_records([b"x"], HOSTS, 1, (settings.AP,))[0]
+        radio = record["wtp_cfg"][0]["radio"] = record["wtp_cfg"][0]["radio"][:1] or [{}]
+        wlan = radio[0]["wlan"][0]
+        wlan["acl.mac"] = [fields.Mac(b"\2" + n.to_bytes(5, "big")) for n in range(257)]
+        for count, few, path in ((1, "257 elements, 256", "radio[].wlan[].acl.mac[]"),
+                                 (257, "257 elements, 256", "radio[].wlan[]")):
+            radio[0]["wlan"] = [wlan] * count
+            _, _, err = run(Player(fields.reply([record])).port, "--format", "cfg")
+            self.assertIn(f"zov-export: wtp_cfg.{path}: {few} can be sent (devices: 1, first ", err)
+
     def test_what_can_be_sent_is_and_all_else_is_named(self):
         words = [word for word in HOSTILE if len(word) < 300]
         for seed in range(24):

@@ -133,6 +133,18 @@ class Tables(unittest.TestCase):
             self.assertEqual(time_shown, f"{hours // 24}d {hours % 24}h" if hours > 23
                              else f"{hours}h {minutes}m")
 
+    def test_pipe_that_does_not_wait(self):
+        with Controller() as controller:
+            ours, theirs = os.pipe()
+            fcntl.fcntl(theirs, fcntl.F_SETPIPE_SZ, 4096)
+            os.set_blocking(theirs, False)
+            with start([tool("zov-export"), "--format", "json", "--acport", controller.port],
+                       stdout=theirs) as process:
+                os.close(theirs)
+                time.sleep(0.3)  # the pipe is full
+                self.assertEqual(len(json.loads(read_to_end(ours))["wtp_list"]), 9)
+            self.assertEqual(process.returncode, 0)
+
     def test_names_take_what_a_terminal_has_left(self):
         records = make_records([b"n" * 50], [b"h"], 1, (3,))
         player = Player(*[fields.reply(records)] * 3)

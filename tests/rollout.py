@@ -281,7 +281,8 @@ class Simulated(unittest.TestCase):
             jsonschema.validate(document, schema)
 
     def test_selection(self):
-        port = self.controller("--aps", "10").port
+        controller = self.controller("--aps", "10")
+        port = controller.port
 
         def chosen(*options):
             status, out, err = run(port, "--plan", *options)
@@ -291,6 +292,8 @@ class Simulated(unittest.TestCase):
         self.assertEqual(chosen("--all-managed", "--kind", "switch", "--exclude",
                                 "02:A2:00:00:00:02"), ["sw-floor1"])
         self.assertEqual(chosen("--name", "*", "--state", "offline"), ["ap-floor2-02"])
+        controller.ok("upg", "--mac", AP2)
+        self.assertEqual(chosen("--name", "*", "--state", "upgrading"), ["ap-floor1-02"])
         unmanaged = run(port, "--mac", "02:A3:00:00:00:04,00:00:00:00:00:09", "--plan")[1]
         self.assertEqual(results(unmanaged),
                          ["skipped: not under management", "skipped: not in the list"])
