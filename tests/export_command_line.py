@@ -31,7 +31,8 @@ WRONG = (
     ("--format csv --columns=", f"--columns: bad argument '', expected one of: {COLUMNS}"),
     ("--format csv --mac 2:0", "--mac: bad argument '2:0', expected addresses joined by commas"),
     ("--format csv --output=", "--output: bad argument ''"),
-    ("--format csv x", "unexpected argument 'x'"))
+    ("--format csv x", "unexpected argument 'x'"), ("--help=1", "--help takes no argument"),
+    ("-x", "unknown option '-x', see --help"), ("--x=1", "unknown option '--x=1', see --help"))
 
 
 class CommandLine(unittest.TestCase):

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Order and batches of devices.
+// Order and batches of devices, and the bar that shows how far they are.
 #include "course/batches.h"
+#include "course/progress_bar.h"
 #include "proto/device_kind.h"
 
 #include <gtest/gtest.h>
@@ -75,4 +76,24 @@ TEST(Batches, SwitchesFromTheEdge)
     // Switches that were not chosen count: a is between b and another.
     EXPECT_EQ(batches("ss", "9", false, {{3, 0}, {0, 1}, {3, 4}}), "b a");
     EXPECT_EQ(batches("sss", "9", false, {{0, 1}, {1, 2}, {2, 0}}), "a b c"); // a ring
+}
+
+TEST(ProgressBar, FitsTheTerminal)
+{
+    const std::string counts = "  4 done, 1 failed";
+    const std::pair<size_t, std::string> shown[] = {
+        {300, "batch 2/3 [" + std::string(15, '#') + std::string(15, '-') + "]  50 %  all [" +
+                  std::string(12, '#') + std::string(18, '-') + "]  40 %" + counts},
+        {58, "batch 2/3 [##--]  50 %  all [#---]  40 %" + counts},
+        {57, "all [#---]  40 %" + counts},
+        {34, "all [#---]  40 %" + counts},
+        {33, "all 40 %" + counts},
+        {26, "all 40 %" + counts},
+        {25, "40% 4 ok 1 bad"},
+        {14, "40% 4 ok 1 bad"},
+        {13, "40% 4 ok 1 ba"},
+    };
+    for (const auto &[columns, text] : shown)
+        EXPECT_EQ(progress_text({2, 3, 50, 40, 4, 1}, columns), text) << columns;
+    EXPECT_EQ(progress_text({1, 1, 100, 100, 5, 0}, 57), "all [####] 100 %  5 done, 0 failed");
 }
