@@ -173,6 +173,15 @@ class Tables(unittest.TestCase):
                     lambda value, key: value.get(key, {}), path[0].split("."), one)
                 self.assertEqual(row[name], "" if cell == {} else str(cell), name)
 
+    def test_csv_of_times(self):
+        [record] = make_records([b"x"], [b"h"], 1, (3,))
+        columns = ("--format", "csv", "--columns", "uptime,last_active")
+        for last in (record["last_time"], 0):
+            player = Player(fields.reply([record | {"last_time": last}]))
+            shown = time.strftime("%FT%TZ", time.gmtime(last)) if last else ""
+            self.assertEqual(ok(player.port, *columns).decode(),
+                             f"uptime,last_active\r\n{record['uptime']},{shown}\r\n")
+
 
 class Metrics(unittest.TestCase):
     def test_values(self):
