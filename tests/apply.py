@@ -230,17 +230,6 @@ class Simulated(unittest.TestCase):
         gone = self.file("d/02-00-00-00-00-99.json", {"location": "gone"})
         self.assertEqual(self.plan("--all-managed", f"{self.folder}/d")["notes"],
                          [f"{gone} can be deleted: 02:00:00:00:00:99 is not in the list"])
-        # A file with one radio keeps the others; WLANs and rules can be added.
-        self.assertEqual(self.differences(AP, "--mac", AP, self.file(
-            "l.json", {"radio": [{"comment": 1}, {"tx_power": 5}]})), [
-                ("radio[1].tx_power", "20", "5")])
-        wlans = len(self.controller.record(AP)["wtp_cfg"]["radio"][0]["wlan"])
-        grown = [{"comment": 1}] * wlans + [{"ssid": "new", "vlan": 7}]
-        self.assertEqual(self.differences(AP, "--mac", AP, self.file(
-            "l.json", {"radio": [{"wlan": grown}]})), [
-                (f"radio[0].wlan[{wlans}]", None, None),
-                (f"radio[0].wlan[{wlans}].ssid", None, '"new"'),
-                (f"radio[0].wlan[{wlans}].vlan", None, "7")])
         self.assertEqual(self.differences(SWITCH, "--mac", SWITCH, self.file(
             "l.json", {"poe_port": [{"port": 3, "priority": 2}]}), "--set",
             "pd_lifeguard[*].ping_interval=9", "--set", "switch_port[port=2].descp=a=b"), [

@@ -67,12 +67,6 @@ class Actions(unittest.TestCase):
                           f"001b 0003 0001 00 {five}", f"001b 0003 0000 {five} 00"):
                 self.assertEqual(controller.replies(f"03 001122334466 {items}", "00")[:1], b"\3")
 
-    def test_wrong_kind_of_configuration(self):
-        file = f"{SOURCE}/examples/office-ap.json"
-        self.assertEqual(self.controller.run("cfg", "--mac", SWITCH, "--file", file), (1, "", (
-            f"ERROR: Incorrect configuration for device {SWITCH.lower()}.\n"
-            "Msg: this is no device of that kind.\n")))
-
     def test_upgrades_that_do_not_begin(self):
         self.controller.ok("upg", "--mac", AP)
         self.assertEqual(self.controller.run("upg", "--mac", AP)[::2],
