@@ -2,6 +2,7 @@
 """What a companion tool says when the controller is not there or breaks off, and what it waits for:
 connection.py ZOV
 """
+import contextlib
 import resource
 import socket
 import time
@@ -32,6 +33,16 @@ class Connections(unittest.TestCase):
                 (bytes(50), True, "WHO does not answer within 1 s")):
             with self.subTest(answer=answer, holds=holds):
                 self.expect(Player(answer, holds=holds).port, text, "--timeout", "1")
+
+    def test_controller_that_accepts_nobody(self):
+        with socket.create_server(("127.0.0.1", 0), backlog=0) as listener, \
+                contextlib.ExitStack() as stack:
+            for _ in range(3):  # more than may wait
+                waiting = stack.enter_context(socket.socket())
+                waiting.setblocking(False)
+                waiting.connect_ex(listener.getsockname())
+            self.expect(listener.getsockname()[1], "WHO does not answer within 1 s", "--timeout",
+                        "1")
 
     @needs(memory_of=EXPORT)
     def test_memory(self):
