@@ -109,6 +109,9 @@ not listed | 1 1 1b2 - | timed out: not in the list any more | --deadline 0.5
 hangs | 1 1 1b2 | timed out: stayed at 40 % | --deadline 0.5
 unmanaged, busy | 1ub2 | skipped: not under management | --name * sent=0
 unmanaged by now | 1 1u | skipped: not under management | --name * sent=0
+unmanaged between two steps | 1 1 1b2 2ru | failed: not under management | steps=2
+nothing between two versions | 1 1 1b2 2r | failed: no newer firmware
+    | --to 3 steps=2 answers=0,5 sent=2
 followed, and fails | 1b2 // 1 1 1b2 1o 2r | timed out: stayed at 40 % // done | --deadline 0.3
 the controller is gone | 1 1 1b2 X // 1 | unknown: the controller did not answer // not started
     | --outage 0.3 --batch 1 exit=3 | goes on with the rest
