@@ -12,8 +12,8 @@ NAMES = set("""aps btnfr cfg csv DIR etc proc prometheus ndjson sim src stdin su
     uname anna carla dmitri farid Mem dddddd ffffff FEFF FFFD UTF SIGHUP SIGINT SIGKILL SIGTERM
     bgcolor BGCOLOR CELLBORDER CELLSPACING color fillcolor fontname fontsize headlabel nodesep
     rankdir ranksep ROWSPAN taillabel Alertmanager Ansible ansible CMake Containerfile fuzzers
-    Graphviz hunspell iostream libgcc libstdc promtool setgid setuid shellcheck strace sudo sudoers systemd
-    textfile unescaped valgrind zsh CAPWAP LLDP NUL Passpoint SSIDs VLANs WLANs""".split())
+    Graphviz hunspell iostream libgcc libstdc promtool setgid setuid shellcheck strace sudo sudoers
+    systemd textfile unescaped valgrind zsh CAPWAP LLDP NUL Passpoint SSIDs VLANs WLANs""".split())
 WORD = r"(?<![\w./-])[A-Za-z]{3,}(?!\w)"
 
 
