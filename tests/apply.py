@@ -353,8 +353,8 @@ note: {gone} can be deleted: 02:00:00:00:00:99 is not in the list
                 (("--set", "radio[x=1].tx_power=2", *all_managed), 2, "no 'x' to be chosen by"),
                 (("--set", "radio[0].wlan[wpa.passphrase=x].vlan=1", *all_managed), 2,
                  "cannot be chosen by wpa.passphrase, a secret"),
-                *(((self.file(f"{name}.json", {}),), 2, "a file of a device is named as") for name in
-                  ("02-A3-00-00-00-01x", "02:A3:00:00:00:01")),
+                *(((self.file(f"{name}.json", {}),), 2, "a file of a device is named as")
+                  for name in ("02-A3-00-00-00-01x", "02:A3:00:00:00:01")),
                 ((self.file(OWN, {}), self.file(f"g/{OWN}", {})), 2, "has another file: .*01.json"),
                 ((self.file("h/x", "").rsplit("/", 1)[0],), 2, "there is no file of a device"),
                 ((self.file("i/x.json/y", "").rsplit("/", 2)[0],), 2, "it is no regular file"),

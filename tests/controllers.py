@@ -4,6 +4,7 @@ import atexit
 import contextlib
 import itertools
 import json
+import select
 import signal
 import socket
 import struct
@@ -38,6 +39,7 @@ class Controller:
     def __init__(self, *options, errors=subprocess.DEVNULL, prepare=None):
         self.process = start([tool("ac-sim"), "--port", "0", *options], prepare, text=True,
                              stdout=subprocess.PIPE, stderr=errors)
+        assert select.select([self.process.stdout], [], [], 30)[0], "ac-sim does not say its port"
         self.port = self.process.stdout.readline().strip().rsplit(":", 1)[1]
         PORTS.add(self.port)
 

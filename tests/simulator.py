@@ -141,6 +141,10 @@ class Actions(unittest.TestCase):
 
     def test_automatic_channels(self):
         with Controller("--aps", "14") as controller:
+            basic = json.loads("{" + controller.ok("wtps", "--json", "--basic") + "}")["wtp_list"]
+            self.assertEqual({(one["model"], one.get("sku")) for one in basic}, {
+                ("AP-220", "AP-220-EU"), ("AP-430", "AP-430-EU"), ("AP-650", "AP-650-WW"),
+                ("SW-10P", None), ("BR-100", None)})  # of an access point only
             for band, channels in enumerate(((1, 6, 11), range(36, 65, 4))):
                 controller.ok("autoch", "--radio", ("2g", "5g")[band], "--enable", "1")
                 records = json.loads("{" + controller.ok("wtps", "--json") + "}")["wtp_list"]

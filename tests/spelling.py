@@ -13,7 +13,8 @@ NAMES = set("""aps btnfr cfg csv DIR etc proc prometheus ndjson sim src stdin su
     bgcolor BGCOLOR CELLBORDER CELLSPACING color fillcolor fontname fontsize headlabel nodesep
     rankdir ranksep ROWSPAN taillabel Alertmanager Ansible ansible CMake Containerfile fuzzers
     Graphviz hunspell iostream libgcc libstdc promtool setgid setuid shellcheck strace sudo sudoers
-    systemd textfile unescaped valgrind zsh CAPWAP LLDP NUL Passpoint SSIDs VLANs WLANs""".split())
+    systemd textfile unescaped valgrind writable zsh CAPWAP LLDP NUL Passpoint SSIDs VLANs
+    WLANs""".split())
 WORD = r"(?<![\w./-])[A-Za-z]{3,}(?!\w)"
 
 
