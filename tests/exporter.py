@@ -12,7 +12,8 @@ HOSTILE = [
     b"\xed\xa0\x80x", b"\xe2\x82", b"\xf4\x90\x80\x80", b"\xc2\x9b31m\x7f", b'"' * 3000,
     b"\xe2\x82\xac" * 2000, b"=1+1", b"+x", b"@x", b"\tx", b"\rx", b"-a,b", b"#{x}\n",
     b"<&#0;>]]>\\N", b"\xef\xbf\xbe\xef\xbf\xbf",
-    b'{"a": [1, "b\\u0041", {}], "c":\n[]}', b'{"a":1}x', b"[1e5,-0.5, true ,null]", b"01", b"[1,]",
+    b'{"a b": [1, "\\u0041 \\" c", {}], "d":\n[ ]}', b'{"a":1}x', b"[1e5,-0.5, true ,null]",
+    b"01", b"[1,]",
     b'"\xff"', b'"\x7f\xc2\x9b"', b"[" * 64 + b"]" * 64, b"[" * 65 + b"]" * 65, b"NaN", b"1.",
     b'["\\x"]', b"-", b'"\t"', b'"\\ud800"', b'"\\ud83d\\ude00"', b"1e999"]
 HOSTS = [b"host", b'"q"/\\', b"a\x1f", b"\x7fb", b"c\x80"]
