@@ -8,9 +8,8 @@ import tempfile
 import unittest
 from pathlib import Path
 
-import fields
-from controllers import AP, SWITCH, Controller, Player
-from exporter import devices, make_records, ok, run
+from controllers import AP, SWITCH, Controller
+from exporter import devices, ok, run
 from harness import SOURCE, main
 
 KNOWN = "json ndjson cfg csv prometheus dot table macs"
@@ -74,11 +73,6 @@ class OldFiles(unittest.TestCase):
             self.assertEqual((status, out), (1, b""))
             self.assertEqual((os.listdir(folder), file.read_text()), (["f"], "old"))
             self.assertIn(message, err.replace(str(file), "FILE"))
-
-    def test_silent_controller(self):
-        record = fields.reply(make_records([b"x"], [b"h"], 1))
-        self.check(Player(record[:-1], holds=True).port, "json", "does not answer within 1 s\n",
-                   "--timeout", "1")
 
     def test_what_does_not_fit(self):
         def limit():
