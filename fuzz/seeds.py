@@ -1,9 +1,8 @@
 # SPDX-License-Identifier: MIT
 """Writes seeds for fuzzing, and documents for measuring, with what the tests make:
-seeds.py FOLDER | seeds.py --replies FOLDER | seeds.py --largest
+seeds.py FOLDER | seeds.py --largest
 
-In FOLDER each target of fuzzing gets a folder of its own. --replies writes lists of devices with
-many sorts of values only, for cutting and changing as well. --largest prints every setting of an
+In FOLDER each target of fuzzing gets a folder of its own. --largest prints every setting of an
 access point with 2 radios of 8 WLANs, but for its password.
 """
 import json
@@ -12,7 +11,7 @@ from pathlib import Path
 
 SOURCE = Path(__file__).resolve().parents[1]
 sys.path.insert(0, str(SOURCE / "tests"))
-MODE, *FOLDERS = sys.argv[1:]
+MODE = sys.argv[1]
 sys.argv = [sys.argv[0], "zov"]  # the program that the tests would run
 import fields  # noqa: E402
 import settings  # noqa: E402
@@ -25,13 +24,12 @@ FORMATS = 8
 
 
 def replies():
-    """Lists of devices, by name."""
-    for name, kind in (("access_point", settings.AP), ("switch", settings.SWITCH)):
-        record = fields.rich(kind, counts=(2,), macs=(2,), words=fields.WORDS[3:6])
-        yield name, fields.reply([record])
+    """Lists of devices with many sorts of values."""
+    for kind in (settings.AP, settings.SWITCH):
+        yield fields.reply([fields.rich(kind, counts=(2,), macs=(2,), words=fields.WORDS[3:6])])
         for seed in range(8):
             record = fields.Maker(seed, counts=(1, 2)).record(kind, cfg=True, detail=True)
-            yield f"{name}.{seed}", fields.reply([record])
+            yield fields.reply([record])
 
 
 def documents():
@@ -63,7 +61,7 @@ def played():
 
 def seeds():
     """The target and the content of each seed."""
-    lists = [content for _, content in replies()]
+    lists = list(replies())
     for words, sent, received in played():
         yield "request", sent
         lines = [line for line in LINES if words.startswith(line)]
@@ -82,16 +80,10 @@ def seeds():
         yield "merge", content + b"\0" + other[1:] + b"\0radio[0].tx_power=17"
 
 
-def write(folder, name, content):
-    folder.mkdir(parents=True, exist_ok=True)
-    (folder / name).write_bytes(content)
-
-
 if MODE == "--largest":
     print(largest())
-elif MODE == "--replies":
-    for one, reply in replies():
-        write(Path(FOLDERS[0]), one, reply)
 else:
     for number, (target, seed) in enumerate(seeds()):
-        write(Path(MODE, target), str(number), seed)
+        folder = Path(MODE, target)
+        folder.mkdir(parents=True, exist_ok=True)
+        (folder / str(number)).write_bytes(seed)

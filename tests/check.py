@@ -57,6 +57,18 @@ ACCEPTED = [
     (AP, {"ipv4": "0.0.0.0/0.0.0.0/0.0.0.0"}),
     (AP, wlan(wep={"key": [{"comment": "none"}, "abcde"]})),
     *((AP, {"radio": [{"data_rate": rate}]}) for rate in ("0.2M", "000.2M", "999999M"))]
+# Where the schemas judge otherwise, as zov-cfg(5) tells: its words, members that show it, and
+# whether the schema passes them.
+DIFFERENCES = [
+    ("fraction or exponent", '"bandsteer":1.0', True), ("surrogate", r'"name":"\ud800"', True),
+    ("counts characters", '"radio":[{"wlan":[{"ssid":"%s"}]}]' % ("é" * 17), True),
+    ("fewer characters", '"radio":[{"mesh":{"wpa_key":"éééé"}}]', False),
+    ("fit together", '"ipv4":"10.0.0.1/255.0.255.0/0.0.0.0"', True),
+    ("two spellings", '"radio":[{"wlan":[{"acl":{"mac":["2:0:0:0:0:a","2:0:0:0:0:A"]}}]}]', True),
+    ("given twice", '"name":"a","name":"a"', True),
+    ("same port", '"poe_port":[{"port":1},{"port":1}]', True),
+    ("63 levels", '"name":"a","comment":' + "[" * 62 + "]" * 62, True),
+    ("too large", '"name":"a","comment":1e999', True)]
 
 
 def check(*words, **more):
@@ -236,6 +248,13 @@ class Schemas(unittest.TestCase):
         for kind, name in ((AP, "office-ap"), (SWITCH, "poe-switch")):
             example = Path(SOURCE, f"examples/{name}.json").read_text()
             self.assertTrue(self.valid[kind](json.loads(example)))
+
+    def test_differences_are_told(self):
+        page = generated("zov-cfg.5").read_text()
+        for words, members, passes in DIFFERENCES:
+            kind, text = SWITCH if "poe_port" in members else AP, '{"wtp_cfg":{%s}}' % members
+            found = self.valid[kind](json.loads(text)), check("--type", AP - kind, "-", data=text)[0]
+            self.assertEqual((found, words in page), ((passes, int(passes)), True), members)
 
 
 main()
