@@ -3,9 +3,13 @@
 that are ignored, variables; memory that is short, files of odd kinds.  surroundings.py ZOV"""
 import contextlib
 import fcntl
+import glob
+import hashlib
 import itertools
+import json
 import os
 import resource
+import shutil
 import signal
 import subprocess
 import sys
@@ -75,20 +79,60 @@ class Parents(Case):
         most = resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss
         self.assertLess(most, 1.1 * (256 << 10) + (4 << 10))
 
-    def test_nothing_is_inherited_by_shell_commands(self):
+
+class Passwords(Case):
+    """cfg with a password, whose digest md5sum makes in files with known names in /tmp."""
+
+    def send(self, password="secret", script="", err="", **options):
+        """One run, with a fake md5sum of this script; FOLDER in it is one where it may write."""
+        digest = hashlib.md5(password.encode() + b"\n").digest()
+        item = b"\0\x2c\0\0\0\x10" + digest + b"\0\0"
+        body = b"\0\1" + MAC_BYTES + b"\3" + bytes(5) + item
+        steps = [(">", b"\5\0\0\0" + bytes([len(body)]) + body), ("<", b"\0\0")]
         with tempfile.TemporaryDirectory() as folder:
-            fake = Path(folder, "md5sum")
-            fake.write_text(f'#!/bin/sh\nls -l /proc/$$/fd >{folder}/fds\n'
-                            f'echo "$*:$(readlink /proc/$$/fd/1)" >{folder}/names\n'
-                            'exec /usr/bin/md5sum "$@"\n')
-            fake.chmod(0o700)
-            self.expect(run(["cfg", "--mac", MAC, "--file", "f"], b"\0\0",
-                            files={"f": b'{"wtp_cfg":{"password":"secret"}}'},
-                            environment={"PATH": f"{folder}:{os.environ['PATH']}"},
-                            prepare=lambda: signal.signal(signal.SIGCHLD, signal.SIG_IGN)))
-            self.assertNotIn("socket:", Path(folder, "fds").read_text())
-            self.assertRegex(Path(folder, "names").read_text(),
-                             r"^/tmp/zov\.([0-9a-f]+)\.pwd\.tmp:/tmp/zov\.\1\.md5\.tmp$")
+            if script:
+                fake = Path(folder, "md5sum")
+                fake.write_text("#!/bin/sh\n" + script.replace("FOLDER", folder))
+                fake.chmod(0o700)
+            outcome = run(["cfg", "--mac", MAC, "--file", "f"], [] if err else steps,
+                          files={"f": json.dumps({"wtp_cfg": {"password": password}}).encode()},
+                          environment={"PATH": f"{folder}:{os.environ['PATH']}"}, **options)
+            self.assertRegex(outcome.err.decode(), f"^{err}$")
+            self.expect(outcome, err=outcome.err)
+            return {path.name: path.read_text() for path in Path(folder).iterdir()}
+
+    def test_whatever_has_the_names(self):
+        passwords = "it's $HOME `id` \"x\"", "\\n\\\\ %s;|&<>", "-n", "\u00e9\u0080\1", "'" * 255
+        with tempfile.TemporaryDirectory() as folder:
+            victim, mark = Path(folder, "victim"), Path(folder).name
+            victim.touch()
+            makers = (lambda path: path.write_text("x" * 1000),
+                      lambda path: path.symlink_to(victim),
+                      lambda path: Path(path, mark).mkdir(parents=True))
+            for password, name, make in itertools.product(passwords, ("pwd", "md5"), makers):
+                self.send(password, prepare=lambda: make(
+                    Path(f"/tmp/zov.{os.getpid():x}.{name}.tmp")))
+                moved = glob.glob(f"/tmp/zov.*.{name}.tmp.*/{mark}")  # a folder, out of the way
+                for one in moved:
+                    shutil.rmtree(Path(one).parent)
+                self.assertEqual(len(moved), int(make is makers[2]))
+            self.assertEqual(victim.read_text(), "")
+
+    def test_what_fails(self):
+        made = r"'md5sum /tmp/zov\.([0-9a-f]+)\.pwd\.tmp > /tmp/zov\.\1\.md5\.tmp'"
+        self.send(script="exit 1", err=f"ERROR: execute {made} error=256\n")
+        self.send(script="echo 0123456789abcdef0123456789abcd",
+                  err=r"ERROR: read '/tmp/zov\.[0-9a-f]+\.md5\.tmp' failed\.\n")
+
+    def test_nothing_is_inherited_by_shell_commands(self):
+        seen = self.send(script="""ls -l /proc/$$/fd >FOLDER/fds
+            echo "$*:$(readlink /proc/$$/fd/1)" >FOLDER/names
+            stat -c %a "$@" "$(readlink /proc/$$/fd/1)" >FOLDER/modes
+            exec /usr/bin/md5sum "$@"
+            """, prepare=lambda: (signal.signal(signal.SIGCHLD, signal.SIG_IGN), os.umask(0)))
+        self.assertNotIn("socket:", seen["fds"])
+        self.assertRegex(seen["names"], r"^/tmp/zov\.([0-9a-f]+)\.pwd\.tmp:/tmp/zov\.\1\.md5\.tmp$")
+        self.assertEqual(seen["modes"], "600\n600\n")
 
 
 class Files(Case):

@@ -122,14 +122,20 @@ class Torture(Case):
                     self.assertEqual((outcome.status, outcome.out), expected)
                 self.in_turn(call, error, check)
 
-    def test_no_socket_a_failing_close_and_short_transfers(self):
+    def test_sockets_files_and_short_transfers(self):
         case = case_of("online", ["online"], [request(7), ("<", b"\1")], b"online WTP: 0/0\n")
-        for fault, out, err, status in (
-                (f"socket 1 {errno.EMFILE}", b"", b"ERROR: create socket failed.\n", 1),
-                (f"close 1 {errno.EIO}", case.out, b"ERROR: : Input/output error\n", 0)):
-            outcome, met = self.play(case, fault)
-            self.assertEqual((met, outcome.out, outcome.err, outcome.status),
-                             (True, out, err, status))
+        password = case_of("password", settings.words(settings.AP), [], files={
+            "f": b'{"wtp_cfg":{"password":"x"}}'})
+        for played, fault, out, err, status in (
+                (case, f"socket 1 {errno.EMFILE}", b"", b"ERROR: create socket failed.", 1),
+                (case, f"close 1 {errno.EIO}", case.out, b"ERROR: : Input/output error", 0),
+                *((password, f"open {number} {errno.EMFILE}", b"",
+                   b"ERROR: %s '/tmp/zov.PID.%s.tmp' failed." % what, 1) for number, what in
+                  enumerate(((b"create", b"pwd"), (b"create", b"md5"), (b"write", b"pwd")), 1))):
+            outcome, met = self.play(played, fault)
+            shown = re.sub(rb"(zov\.)[0-9a-f]+", rb"\1PID", outcome.err)
+            self.assertEqual((met, outcome.out, shown, outcome.status),
+                             (True, out, err + b"\n", status))
         for case in cases():
             outcome, met = self.play(case, "short")
             with self.subTest(place=case.place):

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Faults for a zov that is linked with --wrap for the calls below. The environment chooses one:
 //
-//     FAULT="CALL N ERRNO"   the Nth call fails: alloc, send, recv, socket or close
+//     FAULT="CALL N ERRNO"   the Nth call fails: alloc, send, recv, socket, open or close
 //     FAULT=short            every transfer is interrupted once, then moves one byte
 //     FAULT_LOG=FILE         is created when a fault was met
 #include <cerrno>
@@ -23,6 +23,7 @@ WRAPPED(void *, realloc, void *old, size_t size)
 WRAPPED(void *, mmap, void *at, size_t size, int protection, int flags, int fd, off_t offset)
 WRAPPED(void *, mremap, void *old, size_t size, size_t new_size, int flags, void *to)
 WRAPPED(int, socket, int domain, int type, int protocol)
+WRAPPED(int, open, const char *path, int flags, mode_t mode)
 WRAPPED(int, close, int fd)
 WRAPPED(ssize_t, send, int socket, const void *bytes, size_t length, int flags)
 WRAPPED(ssize_t, recv, int socket, void *bytes, size_t length, int flags)
@@ -36,7 +37,7 @@ static int error;
 
 static bool met()
 {
-    __real_close(open(getenv("FAULT_LOG"), O_CREAT | O_WRONLY, 0600));
+    __real_close(__real_open(getenv("FAULT_LOG"), O_CREAT | O_WRONLY, 0600));
     errno = error;
     return true;
 }
@@ -79,6 +80,11 @@ void *__wrap_mremap(void *old, size_t size, size_t new_size, int flags, void *to
 int __wrap_socket(int domain, int type, int protocol)
 {
     return fails("socket") ? -1 : __real_socket(domain, type, protocol);
+}
+
+int __wrap_open(const char *path, int flags, mode_t mode)
+{
+    return fails("open") ? -1 : __real_open(path, flags, mode);
 }
 
 int __wrap_close(int fd)
