@@ -3,12 +3,16 @@
 import fcntl
 import os
 import pty
+import random
 import re
 import select
+import signal
 import struct
 import subprocess
 import sys
 import termios
+import time
+from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 from types import SimpleNamespace
 
@@ -80,7 +84,8 @@ def cases(table):
     """The rows of a table: what | looks of a device // of the next | its result // of the next |
     options, exit=STATUS if not 1, sent=REQUESTS that change devices if not 1, NAME=VALUE,VALUE of
     the script | what is said. - is no result, {} the first device, (TEXT)*N so many of them."""
-    table = re.sub(r"\((.*?)\)\*(\d+)", lambda found: found[1] * int(found[2]), table)
+    table = re.sub(r"\(([^()]*)\)\*(\d+)", lambda found: found[1] * int(found[2]), table)
+    table = re.sub(r"(?m)^#.*\n", "", table)
     for row in re.sub(r"\n +", " ", table).strip().replace("{}", FIRST).splitlines():
         what, looks, made, words, says = (*row.split(" | "), "", "")[:5]
         more = dict(word.split("=") for word in words.split() if "=" in word)
@@ -91,11 +96,38 @@ def cases(table):
             options=[word for word in words.split() if "=" not in word])
 
 
-def check(test, case, outcome, sent, err):
-    """Compares results, exit status, requests and what is said with those of a row."""
-    test.assertEqual(outcome, (case.results, case.status), err)
-    test.assertRegex(err, re.compile(case.says, re.S))
-    test.assertIn(case.sent, ("*", str(sent)), err)
+def play(test, table, play_one):
+    """Plays the rows of a table, some at a time, and compares what comes of each with it:
+    play_one(case) gives results, exit status, the number of requests and what is said."""
+    with ThreadPoolExecutor(4) as pool:
+        rows = list(cases(table))
+        for case, (found, status, sent, err) in zip(rows, pool.map(play_one, rows)):
+            with test.subTest(case.what):
+                test.assertEqual((found, status), (case.results, case.status), err)
+                test.assertRegex(err, re.compile(case.says, re.S))
+                test.assertIn(case.sent, ("*", str(sent)), err)
+
+
+def end_at_random(test, make, options, sent, check):
+    """Ends it by a signal at random moments, each time with another script that `make` makes.
+    Nothing is sent after it: sent(script) stays as it is; check(that, results, what is said)."""
+    rng = random.Random(seed := int(os.environ.get("ZOV_SEED", time.time_ns() % 10**9)))
+    during, count = 0, 200 if os.environ.get("ZOV_LONG") else 6
+    for number in range(count):
+        script = make()
+        process = start(script.port, *options)
+        time.sleep(rng.uniform(0, 1.3))
+        process.send_signal(rng.choice((signal.SIGINT, signal.SIGTERM, signal.SIGHUP)))
+        time.sleep(0.03)  # a request may be on its way
+        before = sent(script)
+        out, err = (text.decode() for text in process.communicate(timeout=20))
+        with test.subTest(seed=seed, number=number, err=err):
+            test.assertEqual(sent(script), before)
+            if process.returncode == 3 and out:
+                during += "not started" in out
+                check(before, results(out), err)
+    print(f"seed {seed}: {during} of {count} signals between plan and last batch")
+    test.assertGreaterEqual(during, count // 8 if count > 9 else 0)
 
 
 def ask(port, answer, *options, columns=80):
