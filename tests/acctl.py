@@ -19,10 +19,8 @@ PID_FILE = Path("/var/run/ac.pid")
 
 class ProcessControl(Case):
     def setUp(self):
-        folder = tempfile.TemporaryDirectory(prefix="zov-acctl.")
-        self.addCleanup(folder.cleanup)
-        self.ps = Path(folder.name, "ps")
-        self.path = {"PATH": f"{folder.name}:{os.environ['PATH']}"}
+        folder = self.enterContext(tempfile.TemporaryDirectory(prefix="zov-acctl."))
+        self.ps, self.path = Path(folder, "ps"), {"PATH": f"{folder}:{os.environ['PATH']}"}
         self.fake_ps("exit 9")
         self.start_victim()
 

@@ -1,6 +1,5 @@
 # SPDX-License-Identifier: MIT
 """The plays of examples/ansible, for three simulated controllers on this host: ansible.py ZOV"""
-import contextlib
 import json
 import os
 import re
@@ -18,11 +17,9 @@ FAST = "--settle 0.3 --interval 0.1"
 
 class Plays(unittest.TestCase):
     def setUp(self):
-        stack = contextlib.ExitStack()
-        self.addCleanup(stack.close)
-        self.folder = stack.enter_context(tempfile.TemporaryDirectory())
+        self.folder = self.enterContext(tempfile.TemporaryDirectory())
         # At site b the access point fails, whatever it is asked to do.
-        self.sites = {site: stack.enter_context(Controller(*options)) for site, options in (
+        self.sites = {site: self.enterContext(Controller(*options)) for site, options in (
             ("a", ()), ("c", ()),
             ("b", ("--config", f"{AP}=refuse:19:full", "--upgrade", f"{AP}=fail")))}
         hosts = {}

@@ -172,12 +172,9 @@ class Scripted(unittest.TestCase):
 
 class Simulated(unittest.TestCase):
     def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = folder.name
+        self.folder = self.enterContext(tempfile.TemporaryDirectory())
         os.environ["XDG_STATE_HOME"] = self.folder
-        self.controller = Controller()
-        self.addCleanup(self.controller.__exit__)
+        self.controller = self.enterContext(Controller())
         self.port = self.controller.port
 
     def file(self, name, cfg):

@@ -95,9 +95,7 @@ class Check(unittest.TestCase):
     maxDiff = None
 
     def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.file = f"{folder.name}/f.json"
+        self.file = self.enterContext(tempfile.TemporaryDirectory()) + "/f.json"
 
     def test_what_is_reported_of_files(self):
         for text, kind, messages in load_files():

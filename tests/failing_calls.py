@@ -26,11 +26,8 @@ OLD = "what was there before\n"
 @needs("strace", memory_of=program())  # its search for leaks and tracing exclude each other
 class FailingCalls(unittest.TestCase):
     def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = Path(folder.name)
-        self.controller = Controller()
-        self.addCleanup(self.controller.__exit__)
+        self.folder = Path(self.enterContext(tempfile.TemporaryDirectory()))
+        self.controller = self.enterContext(Controller())
 
     def traced(self, name, words, *options):
         """Runs a program under strace; the trace is left in `trace`."""

@@ -23,12 +23,10 @@ UNREAD = "no process reads from it"
 @needs(root=True)  # which can play another user
 class Case(unittest.TestCase):
     def setUp(self):
-        folder = tempfile.TemporaryDirectory(prefix="zov-users.")
-        self.addCleanup(folder.cleanup)
-        self.folder = Path(folder.name)
+        self.folder = Path(self.enterContext(tempfile.TemporaryDirectory(prefix="zov-users.")))
         self.folder.chmod(0o1777)
-        self.controller = Controller("--aps", "2", "--switches", "1", "--others", "0")
-        self.addCleanup(self.controller.__exit__)
+        self.controller = self.enterContext(
+            Controller("--aps", "2", "--switches", "1", "--others", "0"))
         self.addCleanup(os.umask, os.umask(0o022))
 
     def path(self, make, name="f", owner=NOBODY):

@@ -221,13 +221,8 @@ class Scripted(unittest.TestCase):
 
 
 class Simulated(unittest.TestCase):
-    def controller(self, *options):
-        controller = Controller(*options)
-        self.addCleanup(controller.__exit__)
-        return controller
-
     def test_batches_json_and_log(self):
-        port = self.controller("--aps", "24", "--switches", "3").port
+        port = self.enterContext(Controller("--aps", "24", "--switches", "3")).port
         plan = json.loads(run(port, "--all-managed", "--plan", "--json")[1])
         sizes = {}
         for device in plan["devices"]:
@@ -265,7 +260,7 @@ class Simulated(unittest.TestCase):
             jsonschema.validate(document, schema)
 
     def test_selection(self):
-        controller = self.controller("--aps", "10")
+        controller = self.enterContext(Controller("--aps", "10"))
         port = controller.port
 
         def chosen(*options):
@@ -286,7 +281,7 @@ class Simulated(unittest.TestCase):
         self.assertIn("--exclude x* excludes no device", chosen("--all-managed", "--exclude", "x*"))
 
     def test_logs_that_take_nothing_and_a_full_disk(self):
-        port = self.controller("--upgrade", f"{AP1}=0.4").port
+        port = self.enterContext(Controller("--upgrade", f"{AP1}=0.4")).port
         with tempfile.TemporaryDirectory() as folder, open("/dev/full", "w") as full:
             self.assertEqual(run(port, "--mac", AP1, "--log", "/dev/full"), (
                 1, "", "zov-rollout: cannot write /dev/full: No space left on device\n"))
@@ -306,7 +301,7 @@ class Simulated(unittest.TestCase):
             self.assertEqual((status, err.count("cannot write standard output")), (1, 1))
 
     def test_question_and_bar(self):
-        controller = self.controller("--upgrade", f"{AP1}=1")
+        controller = self.enterContext(Controller("--upgrade", f"{AP1}=1"))
         question = "Upgrade 2 devices in 1 batch? [y/N] "
         for answer in (b"\n", b"n\n", signal.SIGINT):
             shown, status, out = ask(controller.port, answer, "--mac", f"{AP1},{AP3}")

@@ -43,8 +43,7 @@ def item(number, value, index=b"\0"):
 
 class Actions(unittest.TestCase):
     def setUp(self):
-        self.controller = Controller("--aps", "8")
-        self.addCleanup(self.controller.__exit__)
+        self.controller = self.enterContext(Controller("--aps", "8"))
 
     def test_management(self):
         new, address = "00:11:22:33:44:55", "10.9.0.9/255.255.0.0/10.9.0.1"

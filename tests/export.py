@@ -1,5 +1,7 @@
 # SPDX-License-Identifier: MIT
-"""What zov-export's JSON, tables and metrics tell of simulated devices, and what describes them."""
+"""zov-export's options, and what its JSON, tables, metrics and topology tell of simulated devices:
+export.py ZOV
+"""
 import contextlib
 import csv
 import fcntl
@@ -9,6 +11,8 @@ import json
 import os
 import pty
 import re
+import resource
+import signal
 import struct
 import tempfile
 import termios
@@ -17,9 +21,9 @@ import unittest
 from pathlib import Path
 
 import fields
-from controllers import AP, Controller, Player
+from controllers import AP, SWITCH, Controller, Player
 from exporter import devices, make_records, ok, pipe, run, samples
-from harness import generated, main, needs, start, tool
+from harness import SOURCE, generated, main, needs, start, tool
 
 ONLINE = 5
 
@@ -100,6 +104,18 @@ def read_to_end(terminal):
     return shown
 
 
+def on_terminal(port, columns=0, **variables):
+    """What the table is on a terminal of this width."""
+    ours, theirs = pty.openpty()
+    fcntl.ioctl(theirs, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
+    with start([tool("zov-export"), "--format", "table", "--acport", port], stdout=theirs,
+               env={**os.environ, **variables}) as process:
+        os.close(theirs)
+        shown = read_to_end(ours).decode()
+    assert process.returncode == 0
+    return shown
+
+
 class Tables(unittest.TestCase):
     def test_table(self):
         with Controller() as controller:
@@ -117,12 +133,7 @@ class Tables(unittest.TestCase):
             controller.ok("upg", "--mac", AP)
             shown, colours = {}, {}
             for no_color in "", "1":
-                ours, theirs = pty.openpty()
-                with start([tool("zov-export"), "--format", "table", "--acport", controller.port],
-                           stdout=theirs, env={**os.environ, "NO_COLOR": no_color}) as process:
-                    os.close(theirs)
-                    shown[no_color] = read_to_end(ours).decode()
-                    self.assertEqual(process.wait(), 0)
+                shown[no_color] = on_terminal(controller.port, NO_COLOR=no_color)
                 colours[no_color] = re.findall(r"\x1b\[(3.)m(\w+)\x1b\[m\r\n", shown[no_color])
             report = devices(controller.port)
         self.assertEqual(colours["1"], [])
@@ -149,14 +160,8 @@ class Tables(unittest.TestCase):
         records = make_records([b"n" * 50], [b"h"], 1, (3,))
         player = Player(*[fields.reply(records)] * 3)
         for columns, shown in ((80, 12), (100, 15), (300, 32)):
-            ours, theirs = pty.openpty()
-            fcntl.ioctl(theirs, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
-            with start([tool("zov-export"), "--format", "table", "--acport", player.port],
-                       stdout=theirs) as process:
-                os.close(theirs)
-                text = read_to_end(ours).decode()
-            self.assertEqual((process.returncode, text.splitlines()[1].split()[0]),
-                             (0, "n" * (shown - 3) + "..."))
+            text = on_terminal(player.port, columns)
+            self.assertEqual(text.splitlines()[1].split()[0], "n" * (shown - 3) + "...")
 
     def test_csv(self):
         with Controller("--upgrade", f"{AP}=hang") as controller:
@@ -233,6 +238,158 @@ class Metrics(unittest.TestCase):
         self.assertEqual((status, err.count("again, which is left out\n")), (1, 3))
         self.assertEqual(len(samples(out.decode())["zov_device_info"]), 3)
         self.assertEqual(pipe(out, "promtool", "check", "metrics"), b"")
+
+
+KNOWN = "json ndjson cfg csv prometheus dot table macs"
+PAGE = Path(SOURCE, "man/zov-export.1").read_text().split("The columns are")[1].split(".El")[0]
+COLUMNS = " ".join(re.findall(r"\w+", " ".join(re.findall(r"^\.It Cm (.*)", PAGE, re.M))))
+WRONG = (
+    ("--kind switch", "--format is missing, see --help"),
+    ("--format xml", f"--format: bad argument 'xml', expected one of: {KNOWN}"),
+    ("--format cfg --output f --directory d", "--output and --directory exclude each other"),
+    ("--format csv --directory d", "--directory is for --format cfg"),
+    ("--format csv --metrics all", "--metrics is for --format prometheus"),
+    ("--format csv --partial", "--partial is for --format cfg"),
+    ("--format json --columns mac", "--columns is for --format csv"),
+    ("--format", "--format requires an argument"),
+    ("--format csv --around x", "--around is for --format dot"),
+    ("--format csv --columns mac,x\x1b",
+     f"--columns: bad argument 'mac,x?', expected one of: {COLUMNS}"),
+    ("--format csv --columns=", f"--columns: bad argument '', expected one of: {COLUMNS}"),
+    ("--format csv --mac 2:0", "--mac: bad argument '2:0', expected addresses joined by commas"),
+    ("--format csv --output=", "--output: bad argument ''"),
+    ("--format csv x", "unexpected argument 'x'"), ("--help=1", "--help takes no argument"),
+    ("-x", "unknown option '-x', see --help"), ("--x=1", "unknown option '--x=1', see --help"))
+
+
+class CommandLine(unittest.TestCase):
+    def test_wrong_usage(self):
+        for options, message in WRONG:
+            with self.subTest(options=options):
+                done = run("1", *options.split(" "))
+                self.assertEqual(done, (2, b"", f"zov-export: {message}\n"))
+        self.assertRegex(ok("1", "--version"), rb"^zov-export \d+\.\d+\.\d+\n$")
+
+    def test_choice_of_devices(self):
+        with Controller() as controller:
+            for options, names in (
+                    (["--mac", f"{SWITCH},{AP}"], ["ap-floor1-01", "sw-floor1"]),
+                    (["--name", "*-floor1-0[2-4]"], [f"ap-floor1-0{n}" for n in (2, 3, 4)]),
+                    (["--name", "sw*1", "--mac", AP], ["ap-floor1-01", "sw-floor1"]),
+                    (["--kind", "switch", "--exclude", SWITCH], ["sw-floor2"])):
+                self.assertEqual([one["name"] for one in devices(controller.port, *options)], names)
+            for form, options, out, message in (
+                    ("json", ["--name", "x"], b'{"wtp_list":[]}\n',
+                     "no device has a name that matches 'x'"),
+                    ("macs", ["--mac", f"{AP},2:0:0:0:0:1"], f"{AP}\n".encode(),
+                     "the controller knows no device 02:00:00:00:00:01"),
+                    ("macs", ["--kind", "switch", "--exclude", "sw*"], b"", "no device is chosen"),
+                    ("cfg", ["--kind", "other"], b"", "there is no configuration to write")):
+                self.assertEqual(run(controller.port, "--format", form, *options),
+                                 (1, out, f"zov-export: {message}\n"))
+
+
+class OldFiles(unittest.TestCase):
+    """A file has its old contents until the new ones are whole."""
+
+    def check(self, port, form, message, *options, **more):
+        with tempfile.TemporaryDirectory() as folder:
+            file = Path(folder, "f")
+            file.write_text("old")
+            write = ("--format", form, "--output", str(file), *options)
+            status, out, err = run(port, *write, **more)
+            self.assertEqual((status, out), (1, b""))
+            self.assertEqual((os.listdir(folder), file.read_text()), (["f"], "old"))
+            self.assertIn(message, err.replace(str(file), "FILE"))
+
+    def test_what_does_not_fit(self):
+        def limit():
+            signal.signal(signal.SIGXFSZ, action)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (1000, 1000))
+        with Controller() as controller:
+            for form in KNOWN.split()[:6]:
+                columns = ("--columns", ",".join(["mac"] * 20)) if form == "csv" else ()
+                for action in (signal.SIG_IGN, signal.SIG_DFL):
+                    self.check(controller.port, form, "cannot write FILE: File too large\n",
+                               *columns, prepare=limit)
+            for option, path, reason in (("output", "/dev/full", "No space left on device"),
+                                         ("directory", "/dev/null", "Not a directory")):
+                status, _, err = run(controller.port, "--format", "cfg", f"--{option}", path)
+                self.assertEqual((status, err[-len(reason) - 1:]), (1, f"{reason}\n"), err)
+
+
+def edges(text):
+    """The links: both devices, each with the text of its port if it is a switch."""
+    ports = {mac: re.findall(r'<TD PORT="p\d+">(.*?)</TD>', label) for mac, label in
+             re.findall(r'^ +"(\S+)" \[shape=none, .*?label=<(.*)>\];$', text, re.M)}
+
+    def port(mac, cell):
+        return ports[mac][int(cell)] if cell else None
+    return {(one, port(one, cell), other, port(other, other_cell))
+            for one, cell, other, other_cell in re.findall(
+                r'^  "(\S+?)"(?::p(\d+):e)? -- "(\S+?)"(?::p(\d+):e|:w)', text, re.M)}
+
+
+class Topology(unittest.TestCase):
+    @needs("dot")
+    def test_simulated_devices(self):
+        def draw(controller, *options):
+            return ok(controller.port, "--format", "dot", *options).decode()
+        fleet = ("--aps", "20", "--switches", "3")
+        switches, aps = ([f"02:A{kind}:00:00:00:{n:02X}" for n in range(1, count + 1)]
+                         for kind, count in ((2, 3), (3, 20)))
+        with Controller(*fleet) as controller, Controller(*fleet) as same:
+            text = draw(controller)
+            self.assertEqual(draw(same), text)
+            around = [draw(controller, "--around", name) for name in ("sw-floor2", switches[1])]
+            self.assertEqual(run(controller.port, "--format", "dot", "--around", "x"),
+                             (1, b"", "zov-export: there is no switch 'x'\n"))
+            report = {device["mac"]: device for device in devices(controller.port)}
+        online = {mac for mac, device in report.items() if device["state"] == 5}
+        expected = {(switches[n // 8], str(n % 8 + 1), mac, None)
+                    for n, mac in enumerate(aps) if mac in online}
+        expected |= {(one, "10", other, "9") for one, other in zip(switches, switches[1:])}
+        self.assertLess(len(online), len(report))
+        self.assertEqual(edges(text), expected)
+        for mac, number, *_ in expected:  # the ports of the report agree
+            port = report[mac]["switch_port"][int(number) - 1]
+            self.assertEqual((port["port"], port["link_status"]), (int(number), 1))
+        self.assertEqual(pipe(text.encode(), "dot", "-Tsvg").count(b'class="edge"'), len(expected))
+        near = {edge for edge in expected if switches[1] in edge}
+        self.assertEqual([edges(one) for one in around], [near, near])
+
+    def test_what_neighbours_tell(self):
+        one, other = make_records([b"n"], [b"h"], 1, (2, 2))
+        ap, far = fields.Mac(b"\2\0\0\0\0\3"), fields.Mac(b"\2\0\0\0\0\4")
+        names = [fields.shown(mac) for mac in (one["mac"], other["mac"], ap, far)]
+
+        def lldp(mac, port, remote):
+            return {"mac": mac, "localPort": port, "remotePort": remote, "name": b"", "model": b""}
+
+        def device(mac, kind, *links):
+            times = ("system_time", "update_time", "link_info_last_time", "no_link_info_first_time")
+            return dict.fromkeys(times, 1) | {
+                "type": kind, "mac": mac, "ip": fields.Ip(4), "name": b"", "model": b"",
+                "link": [{"local_port": port, "mac": to, "remote_port": remote}
+                         for port, to, remote in links]}
+        one["lldp_dev_list"] = [lldp(other["mac"], 5, b"ge5"), lldp(one["mac"], 6, b"self")]
+        one["dev_list"] = [device(ap, 3, (3, one["mac"], b"eth1")),
+                           device(far, 2, (4, ap, b"p"), (9, fields.Mac(6), b"")),
+                           device(other["mac"], 2, (1, one["mac"], b"not this one"))]
+        other["dev_list"] = []
+        # A single cable: each end's own name for its port. Two: as the end tells that knows both.
+        x, y = lldp(one["mac"], 7, b"x"), lldp(one["mac"], 8, b"y")
+        for back, ports in (([x], {("5", "7")}), ([], {("5", "ge5")}),
+                            ([x, y], {("x", "7"), ("y", "8")})):
+            other["lldp_dev_list"] = back
+            text = ok(Player(fields.reply([one, other])).port, "--format", "dot").decode()
+            found = set()
+            for left, left_port, right, right_port in edges(text):
+                ends = sorted(((names.index(left), left_port), (names.index(right), right_port)))
+                found.add((ends[0][0], ends[1][0], ends[0][1], ends[1][1]))
+            self.assertEqual(found, {(0, 1, *pair) for pair in ports} |
+                             {(0, 2, "3", None), (2, 3, None, "4")})
+            self.assertEqual(text.count(",dashed"), 1)
 
 
 main()
