@@ -244,7 +244,7 @@ int print_manual(const char *name)
 
 } // namespace
 
-int main(int argc, char **argv)
+static int run(int argc, char **argv)
 {
     const string what = argc > 1 ? argv[1] : "";
     int status = 0;
@@ -255,4 +255,13 @@ int main(int argc, char **argv)
     else
         status = fail("usage: generate_report_docs schema|man TEMPLATE\n");
     return std::cout.flush() ? status : 1;
+}
+
+int main(int argc, char **argv)
+{
+    try {
+        return run(argc, argv);
+    } catch (const std::exception &error) {
+        return fail("generate_report_docs: %s\n", error.what());
+    }
 }
