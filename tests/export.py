@@ -7,6 +7,7 @@ import csv
 import fcntl
 import functools
 import io
+import itertools
 import json
 import os
 import pty
@@ -51,7 +52,11 @@ class Json(unittest.TestCase):
 
         def is_valid(device):
             return Draft202012Validator(schema).is_valid({"wtp_list": [device]})
-        for device in devices(Player(fields.reply(make_records([b"x"], [b"h"], 1))).port):
+        records = make_records([b"1"], [b"h"], 1)
+        shown = devices(Player(fields.reply(records)).port)
+        report = json.loads(b"{" + fields.report(records, "json") + b"}")
+        self.assertEqual(shown, report["wtp_list"])
+        for device in shown:
             self.assertTrue(is_valid(device))
             for name in device:
                 less = {member: value for member, value in device.items() if member != name}
@@ -288,30 +293,21 @@ class CommandLine(unittest.TestCase):
                 self.assertEqual(run(controller.port, "--format", form, *options),
                                  (1, out, f"zov-export: {message}\n"))
 
-
-class OldFiles(unittest.TestCase):
-    """A file has its old contents until the new ones are whole."""
-
-    def check(self, port, form, message, *options, **more):
-        with tempfile.TemporaryDirectory() as folder:
-            file = Path(folder, "f")
-            file.write_text("old")
-            write = ("--format", form, "--output", str(file), *options)
-            status, out, err = run(port, *write, **more)
-            self.assertEqual((status, out), (1, b""))
-            self.assertEqual((os.listdir(folder), file.read_text()), (["f"], "old"))
-            self.assertIn(message, err.replace(str(file), "FILE"))
-
-    def test_what_does_not_fit(self):
+    def test_a_file_has_its_old_contents_until_the_new_ones_are_whole(self):
         def limit():
             signal.signal(signal.SIGXFSZ, action)
             resource.setrlimit(resource.RLIMIT_FSIZE, (1000, 1000))
-        with Controller() as controller:
-            for form in KNOWN.split()[:6]:
+        with Controller() as controller, tempfile.TemporaryDirectory() as folder:
+            file = Path(folder, "f")
+            file.write_text("old")
+            for form, action in itertools.product(KNOWN.split()[:6],
+                                                  (signal.SIG_IGN, signal.SIG_DFL)):
                 columns = ("--columns", ",".join(["mac"] * 20)) if form == "csv" else ()
-                for action in (signal.SIG_IGN, signal.SIG_DFL):
-                    self.check(controller.port, form, "cannot write FILE: File too large\n",
-                               *columns, prepare=limit)
+                status, out, err = run(controller.port, "--format", form, "--output", str(file),
+                                       *columns, prepare=limit)
+                self.assertEqual((status, out, os.listdir(folder), file.read_text()),
+                                 (1, b"", ["f"], "old"))
+                self.assertIn(f"cannot write {file}: File too large\n", err)
             for option, path, reason in (("output", "/dev/full", "No space left on device"),
                                          ("directory", "/dev/null", "Not a directory")):
                 status, _, err = run(controller.port, "--format", "cfg", f"--{option}", path)

@@ -67,7 +67,6 @@ def child(section, name):
 
 
 def encode(section, values):
-    """The bytes of a section."""
     out = bytearray()
     for kind, name in wire_fields(section):
         value = values[name]
@@ -93,7 +92,6 @@ ESCAPES = {8: r"\b", 9: r"\t", 10: r"\n", 12: r"\f", 13: r"\r", 34: r"\"", 47: r
 
 
 def data_rate(code):
-    """The text of a data rate's code."""
     if code <= 110:
         return "auto" if code == 0 else f"MCS{code - 1}" if code < 33 else f"VHTMCS{code - 101}"
     return f"{code // 1000}.{code % 1000 // 100}M" if code % 1000 > 99 else f"{code // 1000}M"
@@ -243,7 +241,6 @@ class Maker:
                 "host": lambda: Host(choose(self.hosts))}[kind]()
 
     def fill(self, section, values):
-        """Gives every field of a section a value."""
         for kind, name in wire_fields(section):
             values[name] = value = self.value(kind.lstrip("?"), name, section)
             if kind.startswith("?"):
@@ -289,7 +286,6 @@ def record_bytes(record):
 
 
 def reply(records, end=b"\1"):
-    """The reply to a list request."""
     return b"".join(b"\0" + record_bytes(record) for record in records) + end
 
 

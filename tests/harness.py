@@ -47,17 +47,14 @@ def option_words():
 
 
 def program():
-    """The path of the zov under test."""
     return os.path.abspath(os.environ.get("ZOV") or sys.argv[1])
 
 
 def tool(name):
-    """The path of another program of ours."""
     return os.path.join(os.path.dirname(os.path.abspath(sys.argv[1])), name)
 
 
 def generated(name):
-    """The path of a file that the build makes."""
     return Path(tool(""), "../generated", name)
 
 

@@ -27,7 +27,6 @@ TEXT, JSON = FORMS[2], FORMS[7]
 
 
 def request(word, macs=()):
-    """A list request."""
     return (">", struct.pack(">BIH", 1, word, len(macs)) + b"".join(macs))
 
 
@@ -178,7 +177,6 @@ def promised(record, values, name, count, bits):
 
 class TruncatedReplies(Case):
     def test_every_cut(self):
-        """Wherever a reply ends, nothing is printed and nothing is said."""
         for kind, words, word in ((3, ["--json"], 63), (2, [], 63), (1, ["--breif"], 55)):
             whole = fields.reply([fields.rich(kind)])
             for cut in range(len(whole)):

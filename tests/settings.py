@@ -71,7 +71,6 @@ def program_paths(kind):
 
 
 def quads(text):
-    """Dotted quads joined by slashes, as bytes."""
     return bytes(int(part) for part in text.replace("/", ".").split("."))
 
 
@@ -95,7 +94,6 @@ class Walk:
         self.kind, self.items, self.positions = kind, b"", [0] * 64
 
     def item(self, number, key, value):
-        """Appends an item."""
         self.items += struct.pack(">HH", number, len(key)) + key
         self.items += struct.pack(">H", len(value)) + value
 
@@ -126,7 +124,6 @@ class Walk:
 
 
 def split(items):
-    """Items as (id, index key, value)."""
     while items:
         number, length = struct.unpack_from(">HH", items)
         end = 6 + length + struct.unpack_from(">H", items, 4 + length)[0]
@@ -149,14 +146,6 @@ def document(*pairs, before=0):
     return root
 
 
-def with_ports(made):
-    """The document with a port in each element that has to name one."""
-    for name in ("switch_port", "poe_port", "pd_lifeguard"):
-        for n, element in enumerate(made["wtp_cfg"].get(name, [])):
-            element.setdefault("port", n + 1)
-    return made
-
-
 def extremes(row):
     """The smallest and the largest value that a setting takes."""
     texts = {"ipv4": ("1.2.3.4", "255.255.255.255"), "server": ("", "255.255.255.255"),
@@ -170,7 +159,6 @@ def extremes(row):
 
 
 def words(kind):
-    """The command line that sends the file f."""
     return ["cfg", "--mac", DEVICE, "--type", str(AP - kind), "--file", "f"]
 
 
@@ -387,7 +375,6 @@ class Documents:
         self.paths = TABLE[kind] if rows else {**TABLE[SWITCH], **TABLE[AP], **TABLE[kind]}
 
     def value(self, row):
-        """A good value of a setting."""
         chance, whole = self.random, self.rows
         if row.is_number:
             is_short = whole and row.form == "u16"
@@ -406,13 +393,11 @@ class Documents:
         return "".join(chance.choices("abc KLM0123-_" if whole else 'ab"\\/ \t\x01', k=length))
 
     def noise(self, depth=0):
-        """A value that is no setting."""
         makers = [lambda: 1.5, lambda: None, lambda: "x", list,
                   lambda: [self.noise(depth + 1)] * 2, lambda: {"n": self.noise(depth + 1), "m": 1}]
         return self.random.choice(makers if depth < 4 else makers[:4])()
 
     def group(self, above="wtp_cfg"):
-        """An object with the members below a path."""
         chance, members = self.random, {}
         below = (path[len(above) + 1:] for path in self.paths if path.startswith(f"{above}."))
         names = sorted({path.split(".")[0] for path in below})

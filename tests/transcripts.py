@@ -19,7 +19,6 @@ MARKS = (*TEXTS, ">", "<", "<end", "=", "~", "-")
 
 
 def unescape(text):
-    """The bytes of a text, its escapes read."""
     def value(found):
         return chr(int(found[2], 16)) if found[2] else ESCAPES[found[1]]
     return re.sub(r"\\(x(..)|.)", value, text).encode("latin-1")
