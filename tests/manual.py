@@ -2,17 +2,36 @@
 """Compares the manual pages with the programs: manual.py ZOV
 
 Commands and options of the one are those of the other; each command refuses every option that its
-entry does not name.
+entry does not name. The words of messages, help, pages and documents are judged by hunspell; what
+zov itself prints is fixed, and names in its sources are known.
 """
 import re
 from pathlib import Path
 
-from harness import (SOURCE, Case, call, generated, main, needs, option_words, run, tool)
+from harness import SOURCE, Case, call, generated, main, needs, option_words, run, tool
 
 OTHERS = ("ac-sim", "zov-apply", "zov-check", "zov-export", "zov-rollout")
 ZOV_PAGE = Path(SOURCE, "man/zov.8").read_text()
 OPTIONS = option_words()
 ELSEWHERE = {"nodc", "exit", "kill"}  # the last two see a fake process list elsewhere
+NAMES = set("""aps btnfr cfg csv DIR etc proc prometheus ndjson sim src stdin subgraph tty umask
+    uname anna carla dmitri farid Mem dddddd ffffff FEFF FFFD UTF SIGHUP SIGINT SIGKILL SIGTERM
+    bgcolor BGCOLOR CELLBORDER CELLSPACING color fillcolor fontname fontsize headlabel nodesep
+    rankdir ranksep ROWSPAN taillabel Alertmanager Ansible ansible CMake Containerfile fuzzers
+    Graphviz hunspell iostream libgcc libstdc promtool setgid setuid shellcheck strace sudo sudoers
+    systemd textfile unescaped valgrind writable zsh CAPWAP LLDP NUL Passpoint SSIDs VLANs
+    WLANs""".split())
+WORD = r"(?<![\w./-])[A-Za-z]{3,}(?!\w)"
+
+
+def texts(*patterns):
+    """The texts of files, by their paths."""
+    paths = (path for pattern in patterns for path in SOURCE.glob(pattern))
+    return {str(path.relative_to(SOURCE)): path.read_text() for path in paths}
+
+
+def without(pattern, text, flags=re.M | re.S):
+    return re.sub(pattern, " ", text, flags=flags)
 
 
 def named(text):
@@ -52,14 +71,14 @@ class Manual(Case):
             self.assertLessEqual(shown, named(pages[command]), command)
 
     def test_pages_and_packages_are_of_this_version(self):
-        def texts(pattern):
-            return [path.read_text() for path in Path(SOURCE).glob(pattern)]
-        version = re.search(r"project\(zov VERSION (\S+)", *texts("CMakeLists.txt"))[1]
-        for page in texts("man/*"):
+        def text(name):
+            return Path(SOURCE, name).read_text()
+        version = re.search(r"project\(zov VERSION (\S+)", text("CMakeLists.txt"))[1]
+        for page in texts("man/*").values():
             self.assertIn(f"\n.Os zov {version}\n", page)
-        self.assertRegex(*texts("packaging/zov.rpmbuild"), rf"\nVersion: +{version}\n")
-        self.assertRegex(*texts("debian/changelog"), rf"^zov \({version}\)")
-        self.assertRegex(*texts("CHANGELOG.md"),
+        self.assertRegex(text("packaging/zov.rpmbuild"), rf"\nVersion: +{version}\n")
+        self.assertRegex(text("debian/changelog"), rf"^zov \({version}\)")
+        self.assertRegex(text("CHANGELOG.md"),
                          rf"\A# Changes\n\n(## Unreleased\n(.*\n)*?)?## {version} - 20")
 
     def test_the_simulators_page_says_what_each_command_does(self):
@@ -95,6 +114,25 @@ class Manual(Case):
             with self.subTest(command=command, option=option):
                 self.expect(run([command, *OPTIONS[option]]),
                             err=f"ERROR: Unknown option --{option}.\n".encode())
+
+    @needs("hunspell")
+    def test_words(self):
+        prose, code = {}, " ".join(texts("src/**/*.cpp", "src/**/*.h").values())
+        known = NAMES | set(re.findall(r"\w+", without("//.*", code, re.M)))
+        for path, text in texts("companions/*/*.[ch]*", "sim/*.*", "src/*/*.def").items():
+            literals = re.findall(r'"((?:[^"\\\n]|\\.)*)"', without("//.*|#include.*", text, re.M))
+            prose[path] = without(r"\\[ntr]|\\x..|%[-+.*\d]*[lzh]*[a-zA-Z]", " ".join(literals))
+        for path, text in texts("man/*").items():
+            text = without(r"^\.Bd -literal.*?^\.Ed|^\..*?$|\\&", text.replace(r"\-", "-"))
+            prose[path] = text.replace(r"\(aq", "'")
+        for path, text in texts("*.md", "docs/*.md").items():
+            prose[path] = without(r"^```.*?^```|`[^`]*`|^    .*?$|\]\([^)]*\)", text)
+        words = {word: path for path, text in prose.items() for word in re.findall(WORD, text)
+                 if word not in known and not word.startswith("Zov")}
+        self.assertGreater(len(words), 1000)  # there is something to judge
+        status, out, err = call("hunspell", "-d", "en_GB", "-l", data="\n".join(words))
+        self.assertEqual((status, err), (0, ""))
+        self.assertEqual({word: words[word] for word in out.split()}, {})
 
 
 main()
