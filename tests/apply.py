@@ -131,37 +131,6 @@ class Scripted(unittest.TestCase):
             return results(out), status, len(script.times), err
         changer.play(self, CASES.replace("PATH", PATH), play)
 
-    def test_the_request_is_the_whole_member(self):
-        script = Script(["0 0 1"] * 2)
-        run(script.port, *SET, "--batch", "2")
-        [(_, request)] = script.times
-        lists = request[7 + 12 + 6:]
-        self.assertEqual(request[5:25],
-                         bytes.fromhex("0002 020000000001 020000000002 03 00000000 01"))
-        first, second = lists[:len(lists) // 2], lists[len(lists) // 2:]
-        self.assertEqual((first, first[-2:]), (second, b"\0\0"))
-        # Count first, with 0 as its last index byte; then the settings of each radio.
-        self.assertEqual(first[:11], bytes.fromhex("0004 0001 00 0004 00000002"))
-        self.assertIn(bytes.fromhex("000d 0001 00 0004 00000011"), first)  # what is wanted
-        self.assertIn(bytes.fromhex("003e 0001 00 0004 00000004"), first)  # what is carried along
-        self.assertIn(bytes.fromhex("0011 0002 0000 0004 00000002"), first)  # two WLANs
-
-    def test_a_log_that_ends_before_the_request(self):
-        script, lists = Script(["0 0 1"]), []
-        with tempfile.TemporaryDirectory() as folder:
-            os.mkfifo(f"{folder}/log")
-            reader = os.open(f"{folder}/log", os.O_RDONLY | os.O_NONBLOCK)
-            answer = script.answer
-
-            def closing(request):
-                lists.append(request[0] == 1 and request[4] & 8)
-                if lists.count(8) == 2 and lists[-1]:
-                    os.close(reader)
-                return answer(request)
-            script.answer = closing
-            status, out, err = run(script.port, *SET, "--log", f"{folder}/log")
-        self.assertEqual((status, results(out), script.times), (1, ["not started"], []), err)
-
     def test_signals_at_random_moments(self):
         def check(sent, found, _):
             self.assertEqual(sorted(found), ["done"] * len(sent) +
