@@ -13,27 +13,22 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#define WRAPPED(type, name, ...)                                                                   \
-    type __real_##name(__VA_ARGS__);                                                               \
-    type __wrap_##name(__VA_ARGS__);
-extern "C" {
-WRAPPED(int, main, int count, char **words)
-WRAPPED(void *, malloc, size_t size)
-WRAPPED(void *, realloc, void *old, size_t size)
-WRAPPED(void *, mmap, void *at, size_t size, int protection, int flags, int fd, off_t offset)
-WRAPPED(void *, mremap, void *old, size_t size, size_t new_size, int flags, void *to)
-WRAPPED(int, socket, int domain, int type, int protocol)
-WRAPPED(int, open, const char *path, int flags, mode_t mode)
-WRAPPED(int, close, int fd)
-WRAPPED(ssize_t, send, int socket, const void *bytes, size_t length, int flags)
-WRAPPED(ssize_t, recv, int socket, void *bytes, size_t length, int flags)
-}
+extern "C" int __real_main(int, char **), __real_open(const char *, int, mode_t), __real_close(int);
 
 // Empty before main and after it: what is called there is not zov's, such as coverage figures that
 // are written.
 static char chosen[8];
 static long number;
 static int error;
+
+extern "C" int __wrap_main(int count, char **words)
+{
+    if (const char *fault = getenv("FAULT"))
+        sscanf(fault, "%7s %ld %d", chosen, &number, &error);
+    const int status = __real_main(count, words);
+    chosen[0] = '\0';
+    return status;
+}
 
 static bool met()
 {
@@ -48,68 +43,36 @@ static bool fails(const char *call)
     return strcmp(call, chosen) == 0 && ++count == number && met();
 }
 
-int __wrap_main(int count, char **words)
-{
-    if (const char *fault = getenv("FAULT"))
-        sscanf(fault, "%7s %ld %d", chosen, &number, &error);
-    const int status = __real_main(count, words);
-    chosen[0] = '\0';
-    return status;
-}
-
-void *__wrap_malloc(size_t size)
-{
-    return fails("alloc") ? nullptr : __real_malloc(size);
-}
-
-void *__wrap_realloc(void *old, size_t size)
-{
-    return fails("alloc") ? nullptr : __real_realloc(old, size);
-}
-
-void *__wrap_mmap(void *at, size_t size, int protection, int flags, int fd, off_t offset)
-{
-    return fails("alloc") ? MAP_FAILED : __real_mmap(at, size, protection, flags, fd, offset);
-}
-
-void *__wrap_mremap(void *old, size_t size, size_t new_size, int flags, void *to)
-{
-    return fails("alloc") ? MAP_FAILED : __real_mremap(old, size, new_size, flags, to);
-}
-
-int __wrap_socket(int domain, int type, int protocol)
-{
-    return fails("socket") ? -1 : __real_socket(domain, type, protocol);
-}
-
-int __wrap_open(const char *path, int flags, mode_t mode)
-{
-    return fails("open") ? -1 : __real_open(path, flags, mode);
-}
-
-int __wrap_close(int fd)
-{
-    const int status = __real_close(fd);
-    return fails("close") ? -1 : status;
-}
-
-// Returns true when this transfer is to fail; shortens its length.
-static bool transfer_fails(const char *call, size_t &length)
+// The length of a transfer that is to fail is 0.
+static size_t possible(const char *call, size_t length)
 {
     static bool interrupted;
     if (strcmp(chosen, "short") != 0)
-        return fails(call);
-    length = length > 1 ? 1 : length;
+        return fails(call) ? 0 : length;
     error = EINTR;
-    return (interrupted = !interrupted) && met();
+    return (interrupted = !interrupted) && met() ? 0 : 1;
 }
 
-ssize_t __wrap_send(int socket, const void *bytes, size_t length, int flags)
-{
-    return transfer_fails("send", length) ? -1 : __real_send(socket, bytes, length, flags);
-}
+#define WRAPPED(type, name, parameters, arguments, result)                                         \
+    extern "C" type __real_##name parameters;                                                      \
+    extern "C" type __wrap_##name parameters                                                       \
+    {                                                                                              \
+        const auto real = [&] { return __real_##name arguments; };                                 \
+        return result;                                                                             \
+    }
 
-ssize_t __wrap_recv(int socket, void *bytes, size_t length, int flags)
-{
-    return transfer_fails("recv", length) ? -1 : __real_recv(socket, bytes, length, flags);
-}
+WRAPPED(void *, malloc, (size_t size), (size), fails("alloc") ? nullptr : real())
+WRAPPED(void *, realloc, (void *old, size_t size), (old, size), fails("alloc") ? nullptr : real())
+WRAPPED(void *, mmap, (void *at, size_t size, int protection, int flags, int fd, off_t offset),
+        (at, size, protection, flags, fd, offset), fails("alloc") ? MAP_FAILED : real())
+WRAPPED(void *, mremap, (void *old, size_t size, size_t new_size, int flags, void *to),
+        (old, size, new_size, flags, to), fails("alloc") ? MAP_FAILED : real())
+WRAPPED(int, socket, (int domain, int type, int protocol), (domain, type, protocol),
+        fails("socket") ? -1 : real())
+WRAPPED(int, open, (const char *path, int flags, mode_t mode), (path, flags, mode),
+        fails("open") ? -1 : real())
+WRAPPED(int, close, (int fd), (fd), real() == 0 && !fails("close") ? 0 : -1)
+WRAPPED(ssize_t, send, (int socket, const void *bytes, size_t length, int flags),
+        (socket, bytes, length, flags), (length = possible("send", length)) == 0 ? -1 : real())
+WRAPPED(ssize_t, recv, (int socket, void *bytes, size_t length, int flags),
+        (socket, bytes, length, flags), (length = possible("recv", length)) == 0 ? -1 : real())
