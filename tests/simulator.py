@@ -298,18 +298,16 @@ class Service(unittest.TestCase):
 
     def test_shell_commands(self):
         with Controller() as controller:
-            memory = controller.record(AP)["mem"]
-            for command, output in (
-                    ("uname -a", "Linux ap-floor1-01 5.10.0 armv7l GNU/Linux\n"),
-                    ("free", "              total        used        free\nMem:         "
-                     f"{memory['total']}      {memory['used']}      "
-                     f"{memory['total'] - memory['used']}\n"),
-                    ("cat /etc/version", "2.0.1\n"), ("reboot", "sh: reboot: not found\n")):
-                out = "" if "not found" in output else output
-                for kind, part in ("0", output), ("1", out), ("2", "" if out else output):
-                    self.assertEqual(
-                        controller.ok("sh", "--mac", AP, "--cmd", command, "--type", kind),
-                        f"WTP {AP.lower()} output:\n{part}\n", (command, kind))
+            total, used = (controller.record(AP)["mem"][name] for name in ("total", "used"))
+            memory = ("              total        used        free\n"
+                      f"Mem:         {total}      {used}      {total - used}\n")
+            for command, out, err in (
+                    ("uname -a", "Linux ap-floor1-01 5.10.0 armv7l GNU/Linux\n", ""),
+                    ("free", memory, ""), ("cat /etc/version", "2.0.1\n", ""),
+                    ("reboot", "", "sh: reboot: not found\n")):
+                for kind, part in ("0", out + err), ("1", out), ("2", err):
+                    shown = controller.ok("sh", "--mac", AP, "--cmd", command, "--type", kind)
+                    self.assertEqual(shown, f"WTP {AP.lower()} output:\n{part}\n", command)
             self.assertRegex(controller.ok("sh", "--mac", AP, "--cmd", "uptime"),
                              r"output:\nup \d{5} min, load average: 0.08, 0.03, 0.01\n")
 
