@@ -31,7 +31,6 @@ class ProcessControl(Case):
         self.addCleanup(self.victim.kill)
 
     def fake_ps(self, script):
-        """What ps does from now on."""
         self.ps.write_text(f"#!/bin/sh\n{script}\n")
         self.ps.chmod(0o700)
 
@@ -41,7 +40,6 @@ class ProcessControl(Case):
         self.fake_ps(f"cat {self.ps.with_name('list')}")
 
     def zov(self, *words, **options):
-        """One run that cannot see other processes."""
         return run(words, environment=self.path, **options)
 
     def kill(self, *lines, ends=True, **options):

@@ -280,7 +280,6 @@ def spoil(controller, mac, device):
 
 
 class Run:
-    """A fleet, and what a run is given for it."""
 
     def __init__(self, chance, controller, folder):
         self.chance, self.controller, self.folder = chance, controller, Path(folder)

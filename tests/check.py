@@ -35,7 +35,6 @@ def load_files():
 
 
 def wlan(**members):
-    """A configuration with these members of a WLAN."""
     return {"radio": [{"wlan": [members]}]}
 
 
@@ -76,7 +75,6 @@ def check(*words, **more):
 
 
 def shown(row, value):
-    """How --items shows a value."""
     if row.form == "rate":
         return str(settings.RATES[value])
     if row.form in ("u32", "u16"):

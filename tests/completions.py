@@ -26,16 +26,13 @@ FILES = ["office.json", "two words.json", "sub/in.json"]
 LINES = r"""
 zov au|                        autoch  autotp
 zov rst --f|                   --factory  --flickreboot
-zov kick --radio 5|            5g  5g1
 zov sh --type=|                --type=0  --type=1  --type=2
-zov wtpflag --flag |           1  2
 zov online --|                 --acport  --acserver
 zov nothing --|
 Options are offered once:
 zov rst --mac 2:0:0:0:0:1 --wait=3 --|  --factory  --flickreboot  --acserver  --acport
 zov-check --items --type 1 --| \
     --strict  --format  --acserver  --acport  --timeout  --help  --version
-zov-rollout --all-managed --type |      0  1  2
 zov-rollout --name x --max|             --max-failures
 ac-sim --refuse 7 --result 2:0:0:0:0:1=1 --r|  --result
 zov-export --format c|                  cfg  csv
@@ -43,12 +40,10 @@ zov-export --output=o|                  --output=office.json
 zov-export --directory |                sub/
 zov-export --acport=PORT --mac 02:A2|   02:A2:00:00:00:01
 zov-export --columns mac,poe_|          mac,poe_budget  mac,poe_used
-zov-apply --kind |                      access_point  switch  other
 zov-apply --e|                          --exclude
 Files:
 zov cfg --file o|                       office.json
 zov cfg --file=o|                       --file=office.json
-zov cfg --file tw|                      two words.json
 zov cfg --file=two\ w|                  --file=two words.json
 zov cfg --file two\ words.json,o|       two words.json,office.json
 zov cfg --file sub/|                    sub/in.json
@@ -70,7 +65,6 @@ LINES = [(line, re.split("  +", words.strip()) if words.strip() else []) for lin
 
 DESCRIPTIONS = [
     ("zov ", ["Reset WTP", "Show firmware upgrade list"]),
-    ("zov rst --", ["reset to factory settings", "the wtp's mac address list"]),
     ("zov sh --t", ["specify output type. 0:all 1:stdout 2:stderr"]),
     ("zov rst --acport PORT --mac ", ["SW-10P 10.2.0.1:5246", "AP-430 10.3.0.2:5246"]),
     ("zov-check --", ["print what would be sent of each good file: id, index, path, value"])]
@@ -121,7 +115,6 @@ def file_of(program, shell):
 
 
 def sources(shell):
-    """The lines that load all completions."""
     return "\n".join(f"source {file_of(name, shell)}" for name in PROGRAMS)
 
 

@@ -27,7 +27,6 @@ def remove_locks():
 
 
 def is_switch(mac):
-    """Whether a simulated device is one."""
     return mac[:5] == SWITCH[:5]
 
 

@@ -35,7 +35,6 @@ MARK = "---- typed:"
 
 
 def blocks(text):
-    """The literal blocks of a document."""
     if DOCUMENT.endswith(".md"):
         found = re.findall(r"^```\w*\n((?:.*\n)*?)^```|((?:^    .*\n|^\n(?=    ))+)", text, re.M)
         return [fenced or textwrap.dedent(indented) for fenced, indented in found]
@@ -54,7 +53,6 @@ def with_free_ports(block):
 
 
 def is_open(typed):
-    """Whether the shell waits for more."""
     return typed.endswith(("\\", "|")) or call("bash", "-n", "-c", typed)[2] != ""
 
 
@@ -75,7 +73,6 @@ def steps(block):
 
 
 def pattern(lines):
-    """The regular expression for lines of output."""
     def one(line):
         if line.strip() == "...":
             return r"(?:.*\n)*?"

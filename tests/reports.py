@@ -66,7 +66,6 @@ class Reports(Case):
             self.check([fields.rich(3, words=[text])], (TEXT, JSON))
 
     def test_counts_of_more_than_one_byte(self):
-        """Every list with 255 elements or 300, as its count has one byte or more."""
         tried = 0
         for kind in (3, 2):
             for n, (_, _, bits) in enumerate(lists(fields.rich(kind))):

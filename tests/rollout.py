@@ -318,14 +318,13 @@ class Simulated(unittest.TestCase):
             2, "", "zov-rollout: --yes is needed where no terminal is to ask at\n"))
 
     def test_usage(self):
-        for words in ((), ("--name", ""), ("--mac", ","), ("--mac", "x"), ("--mac", f"{AP1} {AP2}"),
-                      ("--mac", f"{AP1}x"), ("--all-managed", "x"), ("--exclude", ""),
-                      ("--all-managed", "--exclude", f"{AP1},{AP2}"),
-                      *(("--all-managed", f"--{option}", value) for option, value in (
-                          ("batch", "0"), ("batch", "1,"), ("batch", "101%"), ("batch", "10001"),
-                          ("type", "3"), ("interval", "nan"), ("interval", "0"), ("deadline", "0"),
-                          ("settle", "-1"), ("max-failures", "-1"), ("period", "x"),
-                          ("kind", "ap"), ("state", "up"), ("to", "")))):
+        wrong = """| --name= | --mac , | --mac x | --mac 2:0:0:0:0:1x | --all-managed x | --exclude=
+            | --all-managed --exclude 2:0:0:0:0:1,2:0:0:0:0:2"""
+        wrong += "".join(f" | --all-managed --{option}" for option in (
+            "batch=0", "batch=1,", "batch=101%", "batch=10001", "type=3", "interval=nan",
+            "interval=0", "deadline=0", "settle=-1", "max-failures=-1", "period=x", "kind=ap",
+            "state=up", "to="))
+        for words in [("--mac", f"{AP1} {AP2}"), *map(str.split, wrong.split("|"))]:
             status, out, err = run(1, *words)
             self.assertEqual((status, out, err.count("\n")), (2, "", 1), words)
             self.assertRegex(err, "^zov-rollout: ")

@@ -25,7 +25,6 @@ atexit.register(FOLDER.cleanup)
 
 
 def size_of(case):
-    """Bytes of both sides and of the files."""
     texts = [*(data for _, *steps in case.steps for data in steps), *(case.files or {}).values()]
     return sum(map(len, texts))
 
