@@ -213,11 +213,6 @@ class Check(unittest.TestCase):
         self.write('{"wtp_cfg":{"power_budget":1}}')
         strict = {**os.environ, "POSIXLY_CORRECT": "1"}
         self.assertEqual(check(self.file, "--type", "1", env=strict), (0, "", ""))
-        self.assertEqual(check("--type", "1", "--", self.file), (0, "", ""))
-        status, out, err = check("--help")
-        self.assertEqual((status, err), (0, ""))
-        self.assertRegex(out, r"^usage: zov-check \[OPTION\]\.\.\. FILE\.\.\.\n(.*\n)+"
-                              r"  --type TYPE .*(\n.*)+--timeout SEC")
 
 
 @needs(modules=["jsonschema"])

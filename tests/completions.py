@@ -119,7 +119,6 @@ def sources(shell):
 
 
 def last_word(line, separators=" "):
-    """Where the last word of a line begins, which may be quoted."""
     return re.search(rf"(\\.|'.*|[^{separators}\\'])*$", line).start()
 
 

@@ -69,10 +69,6 @@ class Controller:
         with self.client(*requests) as client, client.makefile("rb") as replies:
             return replies.read()
 
-    def start(self, command, *options, output=subprocess.PIPE):
-        return start([program(), command, "--acport", self.port, *options], stdout=output,
-                     stderr=subprocess.PIPE, text=True)
-
     def run(self, command, *options):
         return call(program(), command, "--acport", self.port, *options)
 

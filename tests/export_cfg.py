@@ -36,7 +36,6 @@ def contents(folder):
 
 
 def send(port, chosen, folder):
-    """Sends each device its file, in silence."""
     for kind in set(chosen.values()):
         macs = [mac for mac in chosen if chosen[mac] == kind]
         pipe(b"", program(), "cfg", "--acport", port, "--type", str(settings.AP - kind), "--mac",

@@ -53,8 +53,6 @@ def hotspot(text):
 
 
 class Fleets(unittest.TestCase):
-    maxDiff = 2000
-
     def each(self, check, form, *options):
         """Checks what is written of random fleets: valid text without control characters."""
         for fleet in range(FLEETS):

@@ -56,7 +56,6 @@ def make_records(words, hosts, seed, kinds=(3, 2, 1)):
 
 
 def samples(text):
-    """Metrics by name: their labels and values."""
     found = {}
     for name, labels, value in re.findall(r"^(\w+)(?:\{(.*)\})? (-?\d+)$", text, re.M):
         labels = {key: re.sub(r"\\(.)", r"\1", shown)

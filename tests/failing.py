@@ -37,7 +37,6 @@ class FailingCalls(unittest.TestCase):
         self.controller = self.enterContext(Controller())
 
     def traced(self, name, words, *options):
-        """Runs a program under strace; the trace is left in `trace`."""
         self.trace = self.folder / "trace"
         status, out, err = call("strace", "--quiet=all", "-o", self.trace, *options, tool(name),
                                 *words, timeout=20)

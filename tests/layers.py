@@ -11,7 +11,6 @@ FILES = {str(path.relative_to(SOURCE)): path.read_text() for layer in LAYERS
 
 
 def include_name(path):
-    """How an include names a directory, or the directory of a file."""
     return path.removeprefix("src/").removeprefix("companions/").split("/")[0]
 
 

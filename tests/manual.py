@@ -25,7 +25,6 @@ WORD = r"(?<![\w./-])[A-Za-z]{3,}(?!\w)"
 
 
 def texts(*patterns):
-    """The texts of files, by their paths."""
     paths = (path for pattern in patterns for path in SOURCE.glob(pattern))
     return {str(path.relative_to(SOURCE)): path.read_text() for path in paths}
 
@@ -35,7 +34,6 @@ def without(pattern, text, flags=re.M | re.S):
 
 
 def named(text):
-    """The options that are marked up as such."""
     return set(re.findall(r"\bFl -([\w-]+)", text))
 
 

@@ -51,7 +51,6 @@ class Script(changer.Script):
                 b"".join(struct.pack(">H", len(some) // 6) + some for some in lists))
 
     def record(self, n, look):
-        """A device without radios and ports."""
         def text(value):
             return struct.pack(">H", len(value.encode())) + value.encode()
         parts = re.fullmatch(r"([\d.]*)([ruoce\d]*)(b?)(.*)", look)
@@ -108,8 +107,6 @@ an older version | 2 2 2b1 // 2 | failed: announces the older version 1 // not s
 an older version may be | 2 2 2b1 2o 1r | done | --allow-older exit=0
 the image was replaced | 1 1 1b2 1o 2r // 1 1 1b3 1o 3r // 1 | done // done // not started
     | --batch 1 exit=3 sent=2 | was replaced
-denied after a change by others | 1 2 | failed: Device {} denied this operation.
-    | steps=1 answers=14
 a lost reply | 1 1 1 1b2 1o 2r | done | exit=0 sent=2 answers=x,0
 a lost reply, and busy by it | 1 1 1 1b2 2r | done | exit=0 sent=2 answers=x,10
 busy, then not ready, then yes | 1 1 1 1 1b2 1o 2r | done | exit=0 sent=3 answers=10,17,0

@@ -12,13 +12,14 @@ import resource
 import signal
 import socket
 import struct
+import subprocess
 import tempfile
 import time
 import unittest
 from pathlib import Path
 
 from controllers import AP, SWITCH, Controller, ac_sim
-from harness import SOURCE, main, start
+from harness import SOURCE, main, program, start
 
 # Of --config.
 BAD_CONFIGS = [
@@ -251,9 +252,10 @@ class Service(unittest.TestCase):
             whole = controller.ok("wtps", "--json")
             # Into files: who waits for a reader of its output keeps the others waiting.
             files = [stack.enter_context(tempfile.TemporaryFile("w+")) for _ in range(100)]
-            clients = [controller.start("wtps", "--json", output=file) for file in files]
+            words = [program(), "wtps", "--json", "--acport", controller.port]
+            clients = [start(words, stdout=file, stderr=subprocess.PIPE) for file in files]
             for client, file in zip(clients, files):
-                self.assertEqual((client.communicate(timeout=120)[1], client.returncode), ("", 0))
+                self.assertEqual((client.communicate(timeout=120)[1], client.returncode), (b"", 0))
                 file.seek(0)
                 self.assertEqual(steady(file.read()), steady(whole))
 
@@ -482,9 +484,7 @@ class Service(unittest.TestCase):
                     self.assertEqual((status, out), (2, ""))
                     self.assertIn(f"ac-sim: --{name}{bad if argument else ' takes no arg'}", err)
         self.assertEqual(ac_sim("x"), (2, "", "ac-sim: unexpected argument 'x'\n"))
-        status, usage, err = ac_sim("-h")
-        self.assertEqual(ac_sim("--help"), (status, usage, err))
-        self.assertRegex(usage, r"^usage: ac-sim (.*\n)+  --version (.*\n)+  -h, --help ")
+        self.assertEqual(ac_sim("-h"), ac_sim("--help"))
         project = Path(SOURCE, "CMakeLists.txt").read_text()
         version = re.search(r"project\(zov VERSION (\S+)", project)[1]
         self.assertEqual(ac_sim("--version"), (0, f"ac-sim {version}\n", ""))

@@ -140,7 +140,6 @@ class Files(Case):
     NAME = bytes.fromhex("0001 0000 0003") + b"AP1"
 
     def configure(self, name, content=b""):
-        """What is sent: the items of the request, or the message."""
         outcome = run(["cfg", "--mac", MAC, "--file", name], b"\0\0", files={"f": content})
         self.assertEqual((outcome.status, outcome.out), (1 if outcome.err else 0, b""))
         return outcome.err.decode() or outcome.received[19:-3]
