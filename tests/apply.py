@@ -353,6 +353,16 @@ note: {gone} can be deleted: 02:00:00:00:00:99 is not in the list
             self.assertEqual((status, out, says in err), (1, "", True), err)
         self.assertEqual(self.controller.record(AP)["wtp_cfg"], made)
 
+    def test_undo_keeps_what_devices_count_themselves(self):
+        saved, counts = f"{self.folder}/saved.json", {1: 3, 2: 4}
+        self.controller.configure(SWITCH, {"pd_lifeguard": [{"port": port} for port in counts]})
+        run(self.port, "--mac", SWITCH, "--set", "pd_lifeguard[*].ping_interval=9", "--save", saved)
+        self.controller.configure(SWITCH, {"pd_lifeguard": [
+            {"port": port, "reboot_count": count} for port, count in counts.items()]})
+        self.assertEqual(run(self.port, "--undo", saved, "--no-save")[0], 0)
+        rules = self.controller.record(SWITCH)["wtp_cfg"]["pd_lifeguard"]
+        self.assertEqual({rule["port"]: rule["reboot_count"] for rule in rules}, counts)
+
     def test_question(self):
         words = ("--mac", f"{AP},{SWITCH}", "--set", "location=x", "--no-save")
         question = "Change 1 setting on 2 devices in 2 batches? [y/N] "
