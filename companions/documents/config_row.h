@@ -20,7 +20,6 @@ struct ConfigCell {
 
 struct ConfigRow {
     std::vector<ConfigCell> cells; // one for each column
-    bool is_new = false;           // not stored
 
     explicit ConfigRow(const SettingTable &table) : cells(table.columns.size()) {}
 };
