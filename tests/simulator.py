@@ -108,7 +108,8 @@ class Actions(unittest.TestCase):
         self.assertEqual((record["uptime"] < 60, record["change_time"] < began), (True, True))
         self.controller.ok("cac", "--mac", AP, "--ip", "controller2")
         record = self.controller.record(AP)
-        self.assertEqual((record["state"], record["change_time"] >= began), (0, True))
+        self.assertEqual((record["state"], record["uptime"], record["change_time"] >= began),
+                         (0, 0, True))
         self.assertEqual(self.controller.run("rst", "--mac", AP)[::2],
                          (1, f"ERROR: No response from device {AP.lower()}.\n"))
         enable = "--enable", "1", "--radio"
