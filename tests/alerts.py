@@ -41,7 +41,6 @@ NEVER = 1500
 
 
 def series(line):
-    """A series with the labels that all of a device, or of a fleet, have."""
     name, *values = line.split(" ")
     labels = 'kind="access_point",managed="yes",' if name.startswith("zov_devices") else 'mac="M",'
     labels = "" if name.startswith(("zov_controller", "zov_list")) else labels

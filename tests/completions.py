@@ -97,7 +97,6 @@ class Terminal:
         self.answer("")
 
     def answer(self, keys):
-        """What is shown until the line is, and the line."""
         os.write(self.fd, keys.encode())
         shown, end = b"", time.monotonic() + 20
         while not (found := re.search(rb"<<(.*)>>", shown, re.S)) and time.monotonic() < end:

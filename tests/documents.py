@@ -57,7 +57,6 @@ def is_open(typed):
 
 
 def steps(block):
-    """What is typed in a block, each with the lines below it."""
     if block.startswith("{"):
         name = f"document{hash(block)}.json"
         yield (f"cat {name}", block.rstrip("\n").split("\n"))

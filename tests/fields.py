@@ -125,7 +125,6 @@ def fill_in(template, values, prefix=""):
 
 
 def holding(values, context):
-    """The conditions of the table that hold for a structure."""
     mode = values.get("sec_mode", 0)
     static = any(values.get("ip", b""))
     holds = {"wlan": "portal.network_type" in values, "static": static, "dhcp": not static,

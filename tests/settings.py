@@ -163,7 +163,6 @@ def words(kind):
 
 
 def script(kind, items):
-    """The request with these items, and its reply."""
     request = b"\0\1" + DEVICE_BYTES + bytes([kind, 0, 0, 0, 0, 0]) + items + b"\0\0"
     return [(">", struct.pack(">BI", 5, len(request)) + request), ("<", b"\0\0")]
 
