@@ -152,6 +152,35 @@ class Scripted(unittest.TestCase):
             return results(out), status, len(script.times), err
         changer.play(self, CASES.replace("PATH", PATH), play)
 
+    def test_the_request_is_the_whole_member(self):
+        script = Script(["0 0 1"] * 2)
+        run(script.port, *SET, "--batch", "2")
+        [(_, request)] = script.times
+        self.assertEqual(request[5:25],
+                         bytes.fromhex("0002 020000000001 020000000002 03 00000000 01"))
+        lists = request[25:]
+        first, second = lists[:len(lists) // 2], lists[len(lists) // 2:]
+        self.assertEqual(first, second)
+        # Both radios; what is wanted; what is carried along; two WLANs.
+        for item in ("0004 0001 00 0004 00000002", "000d 0001 00 0004 00000011",
+                     "003e 0001 00 0004 00000004", "0011 0002 0000 0004 00000002"):
+            self.assertIn(bytes.fromhex(item), first)
+
+    def test_a_log_that_ends_before_the_request(self):
+        script, lists = Script(["0 0 1"]), []
+        folder = self.enterContext(tempfile.TemporaryDirectory())
+        os.mkfifo(f"{folder}/log")
+        reader, answer = os.open(f"{folder}/log", os.O_RDONLY | os.O_NONBLOCK), script.answer
+
+        def closing(request):
+            lists.append(request[0] == 1 and request[4] & 8)
+            if lists.count(8) == 2 and lists[-1]:
+                os.close(reader)
+            return answer(request)
+        script.answer = closing
+        status, out, err = run(script.port, *SET, "--log", f"{folder}/log")
+        self.assertEqual((status, results(out), script.times), (1, ["not started"], []), err)
+
     def test_signals_at_random_moments(self):
         def check(sent, found, _):
             self.assertEqual(sorted(found), ["done"] * len(sent) +
@@ -265,7 +294,7 @@ note: {gone} can be deleted: 02:00:00:00:00:99 is not in the list
     def test_what_is_refused(self):
         both = self.file("both.json", {"radio": [{"tx_power": 1}], "poe_port": [{"port": 1}]})
         secret, all_managed = self.file("secret", "hunter22\n"), ("--all-managed",)
-        sets = (row.partition("  ") for row in SETS.replace("SECRET", secret).splitlines()[1:])
+        sets = (row.partition("  ") for row in SETS.splitlines()[1:])
         for words, status, says in (
                 *((("--set", word, *all_managed), 2, says.strip()) for word, _, says in sets),
                 ((), 2, "there is nothing to apply"),
@@ -366,6 +395,9 @@ note: {gone} can be deleted: 02:00:00:00:00:99 is not in the list
     def test_question(self):
         words = ("--mac", f"{AP},{SWITCH}", "--set", "location=x", "--no-save")
         question = "Change 1 setting on 2 devices in 2 batches? [y/N] "
+        shown, status, out = ask(self.port, b"n\n", *words)
+        self.assertEqual((status, out, "nothing was begun" in shown), (3, "", True), shown)
+        self.assertEqual(self.controller.record(AP)["wtp_cfg"]["location"], "Floor 1")
         shown, status, out = ask(self.port, b"y\n", *words)
         self.assertEqual((status, results(out)), (0, ["done"] * 2), shown)
         self.assertEqual(shown.count(question), 1)

@@ -213,6 +213,7 @@ class Check(unittest.TestCase):
         self.write('{"wtp_cfg":{"power_budget":1}}')
         strict = {**os.environ, "POSIXLY_CORRECT": "1"}
         self.assertEqual(check(self.file, "--type", "1", env=strict), (0, "", ""))
+        self.assertEqual(check("--type", "1", "--", self.file), (0, "", ""))
 
 
 @needs(modules=["jsonschema"])
@@ -234,6 +235,19 @@ class Schemas(unittest.TestCase):
         for kind, name in ((AP, "office-ap"), (SWITCH, "poe-switch")):
             example = Path(SOURCE, f"examples/{name}.json").read_text()
             self.assertTrue(self.valid[kind](json.loads(example)))
+
+    def test_judge_values_at_their_bounds(self):
+        for kind, rows in TABLE.items():
+            for path, row in rows.items():
+                array, low, high = path.partition("[]")[0], *settings.extremes(row)
+                port = [(f"{array}[].port", 1)] if f"{array}[].port" in rows else []
+                high = min(high, 65535) if row.form == "u16" else high
+                bad = ([row.low - 1, row.high + 1] if row.is_number else
+                       ["z" * (row.high + 1)] if row.high else [])
+                for value, good in ((low, True), (high, True), *((one, False) for one in bad)):
+                    is_valid = self.valid[kind](settings.document(*port, (path, value)))
+                    with self.subTest(path=path, value=value):
+                        self.assertEqual(is_valid, good)
 
     def test_differences_are_told(self):
         page = generated("zov-cfg.5").read_text()

@@ -79,7 +79,7 @@ class Fleets(unittest.TestCase):
             for shown, record in zip(made["wtp_list"], records, strict=True):
                 self.assertEqual(shown["name"], decoded(record["name"]))
                 for radio, stored in zip(shown["wtp_cfg"].get("radio", []),
-                                         record["wtp_cfg"][0].get("radio", [])):
+                                         record["wtp_cfg"][0].get("radio", []), strict=True):
                     self.assertEqual([wlan["hotspot20"] for wlan in radio["wlan"]],
                                      [hotspot(wlan["hotspot20"]) for wlan in stored["wlan"]])
             self.assertEqual(json.loads(pipe(out, "jq", "-c", ".")), made)

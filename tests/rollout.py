@@ -79,19 +79,21 @@ one after the other | 1 1 1b2 1o 2r // 1 1 1b2 1o 2r | done // done | --batch 1 
 no announcement, nothing newer | 1 1 1o 2r | done | exit=0 steps=1,0
 it settles | 1 1 1b2 2r 2r 2rc 2r | done | --settle 0.4 exit=0
 it does not settle | 1 1 1b2 1o (2rc 2r )*99 | timed out: not settled in time
-    | --settle 5 --deadline 0.5
+    | --settle 0.3 --deadline 2
 no restart is seen | 1 1 1b2 2 | timed out: was not seen to restart | --deadline 0.5
 it hangs | 1 1 1b2 | timed out: stayed at 40 % | --deadline 0.5
 not listed | 1 1 1b2 - | timed out: not in the list any more | --deadline 0.5
 away for good | 1 1 1b2 1o | timed out: offline | --deadline 0.5
 it does not begin | 1 1 1e5 | failed: did not begin (upgrade state 5) | --begin 0.3
+it begins late | 1 (1 )*30 1b2 1o 2r // 1 1 1b2 (1b2 )*60 1o 2r | done // done
+    | --begin 0.3 --max-failures 9 exit=0 sent=*
 away when it is its turn | 1 1o | failed: offline | --begin 0.3 sent=0
 # Ten seconds are given to what comes back with another version than was announced.
 its old version | 1 1 1b2 1 | failed: came back with its old version
 another version | 1 1 1b2 3r | failed: came back with version 3
 no version | 1 1 1b2 r | failed: came back with version -
 announced nothing | 1 1 1b 2r | failed: came back with version 2
-first the old one | 1 1 1b2 (1 )*120 1b2 (1 )*120 1b2 1o 2r | done | exit=0
+first the old one | 1 1 1b2 (1 )*110 1b2 (1 )*110 1b2 1o 2r | done | exit=0
 one that runs is judged | 1b3 1b3 1o 3r // 1 | failed: announces version 3 // not started
     | --to 2 exit=3 sent=0
 another is announced | 1 1 1b3 1o 3r // 1 | failed: announces version 3 // not started
@@ -111,6 +113,7 @@ a lost reply | 1 1 1 1b2 1o 2r | done | exit=0 sent=2 answers=x,0
 a lost reply, and busy by it | 1 1 1 1b2 2r | done | exit=0 sent=2 answers=x,10
 busy, then not ready, then yes | 1 1 1 1 1b2 1o 2r | done | exit=0 sent=3 answers=10,17,0
 no response, away, then yes | 1 1 1o 1 1 1b2 2r | done | exit=0 sent=2 answers=12,0
+every reply lost | 1 | failed: did not begin | --begin 0.3 sent=* answers=x
 never ready | 1 | failed: Device {} is not ready. | --begin 0.3 sent=* answers=17
 too many failures keep others of the batch from beginning | 1 // 1 1o 1 1b2 1o 2r
     | failed: Device {} denied this operation. // not started | exit=3 answers=14,0
@@ -130,6 +133,7 @@ for a while | 1 1 1b2 X X 1b2 X 1o 2r | done | --deadline 0.8 exit=0
     | busy, try again later; trying again\n.*answers again
 the controller answers every second time | 1 1 1b2 (X 1b2 )*40 | timed out: stayed at 40 %
     | --deadline 0.5
+busy all the time | X | - | --timeout 0.7 sent=0 | is busy, try again later
 busy while planning | X X 1 1 1b2 1o 2r | done | exit=0
 """
 
