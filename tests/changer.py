@@ -83,7 +83,8 @@ class Script:
 def cases(table):
     """The rows of a table: what | looks of a device // of the next | its result // of the next |
     options, exit=STATUS if not 1, sent=REQUESTS that change devices if not 1, NAME=VALUE,VALUE of
-    the script | what is said. - is no result, {} the first device, (TEXT)*N so many of them."""
+    the script | what is said. - is no result, {} the first device, (TEXT)*N so many; # begins
+    a comment."""
     table = re.sub(r"\(([^()]*)\)\*(\d+)", lambda found: found[1] * int(found[2]), table)
     table = re.sub(r"(?m)^#.*\n", "", table)
     for row in re.sub(r"\n +", " ", table).strip().replace("{}", FIRST).splitlines():
@@ -99,13 +100,14 @@ def cases(table):
 def play(test, table, play_one):
     """Plays the rows of a table, some at a time, and compares what comes of each with it:
     play_one(case) gives results, exit status, the number of requests and what is said."""
-    with ThreadPoolExecutor(4) as pool:
-        rows = list(cases(table))
-        for case, (found, status, sent, err) in zip(rows, pool.map(play_one, rows)):
-            with test.subTest(case.what):
-                test.assertEqual((found, status), (case.results, case.status), err)
-                test.assertRegex(err, re.compile(case.says, re.S))
-                test.assertIn(case.sent, ("*", str(sent)), err)
+    pool = ThreadPoolExecutor(4)
+    test.addCleanup(pool.shutdown, cancel_futures=True)
+    for case, played in [(case, pool.submit(play_one, case)) for case in cases(table)]:
+        with test.subTest(case.what):
+            found, status, sent, err = played.result()
+            test.assertEqual((found, status), (case.results, case.status), err)
+            test.assertRegex(err, re.compile(case.says, re.S))
+            test.assertIn(case.sent, ("*", str(sent)), err)
 
 
 def end_at_random(test, make, options, sent, check):

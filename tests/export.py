@@ -52,11 +52,7 @@ class Json(unittest.TestCase):
 
         def is_valid(device):
             return Draft202012Validator(schema).is_valid({"wtp_list": [device]})
-        records = make_records([b"1"], [b"h"], 1)
-        shown = devices(Player(fields.reply(records)).port)
-        report = json.loads(b"{" + fields.report(records, "json") + b"}")
-        self.assertEqual(shown, report["wtp_list"])
-        for device in shown:
+        for device in devices(Player(fields.reply(make_records([b"x"], [b"h"], 1))).port):
             self.assertTrue(is_valid(device))
             for name in device:
                 less = {member: value for member, value in device.items() if member != name}

@@ -442,7 +442,8 @@ class Service(unittest.TestCase):
             path, link = Path(folder, "pid"), Path(folder, "link")
             path.write_text(f"{gone.pid}\n")
             link.symlink_to(f"{folder}/nothing")
-            self.assertEqual(ac_sim("--pid-file", link)[0], 1)
+            self.assertEqual(ac_sim("--pid-file", link), (
+                1, "", f"ac-sim: cannot create the pid file {link}: File exists\n"))
             self.assertFalse(Path(folder, "nothing").exists())
             with Controller("--pid-file", path) as controller:
                 self.assertEqual(path.read_text(), f"{controller.process.pid}\n")

@@ -1,12 +1,17 @@
 // SPDX-License-Identifier: MIT
-// Order and batches of devices, the bar that shows how far they are, sizes larger than memory.
+// Order and batches of devices, the bar that shows how far they are, temporary files, sizes larger
+// than memory.
 #include "course/batches.h"
 #include "course/progress_bar.h"
 #include "proto/device_kind.h"
 #include "util/bytes.h"
 #include "util/sizes.h"
+#include "util/temp_file.h"
 
+#include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 namespace {
 
@@ -98,6 +103,22 @@ TEST(ProgressBar, FitsTheTerminal)
     for (const auto &[columns, text] : shown)
         EXPECT_EQ(progress_text({2, 3, 50, 40, 4, 1}, columns), text) << columns;
     EXPECT_EQ(progress_text({1, 1, 100, 100, 5, 0}, 57), "all [####] 100 %  5 done, 0 failed");
+}
+
+TEST(TempFile, IsNotWrittenThroughALink)
+{
+    const std::string folder = testing::TempDir() + "/zov." + std::to_string(getpid());
+    const std::string name = folder + "/file", victim = folder + "/victim";
+    std::filesystem::create_directory(folder);
+    {
+        const std::ofstream empty(victim);
+        TempFile file(name.c_str());
+        ASSERT_TRUE(file.created() && std::filesystem::remove(name));
+        std::filesystem::create_symlink(victim, name); // somebody puts it there
+        EXPECT_FALSE(file.write("secret", 6));
+        EXPECT_EQ(std::filesystem::file_size(victim), 0U);
+    }
+    EXPECT_EQ(std::filesystem::remove_all(folder), 2U); // and the victim
 }
 
 TEST(Sizes, AreTheLargestWhenTheyDoNotFit)
