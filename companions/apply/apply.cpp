@@ -75,33 +75,31 @@ void Apply::end(ApplyDevice &device, ApplyStage stage, const std::string &reason
 void Apply::ask(const std::vector<Mac> &macs, double now)
 {
     now_ = now;
-    for (const Mac &mac : macs)
-        if (ApplyDevice *device = running(mac)) {
-            device->awaits = true;
-            if (device->begun < 0)
-                device->sent = clock_.time(now_);
-            if (device->begun < 0)
-                device->begun = now_;
+    for (const Mac &mac : macs) {
+        ApplyDevice &device = at(mac);
+        device.awaits = true;
+        if (device.begun < 0) {
+            device.sent = clock_.time(now_);
+            device.begun = now_;
         }
+    }
 }
 
 void Apply::answered(const Mac &mac, uint8_t code, const std::string &text, double now)
 {
-    ApplyDevice *device = running(mac);
-    if (device == nullptr || !device->awaits)
-        return;
+    ApplyDevice &device = at(mac);
     now_ = now;
-    device->awaits = device->looked = false;
-    device->reason = text;
+    device.awaits = device.looked = false;
+    device.reason = text;
     const bool comes_back = code == RESULT_BUSY || code == RESULT_NOT_READY;
-    if (comes_back && device->stage == waiting) { // it is asked again, and has begun nothing
-        device->begun = -1;
-        device->is_put_off = true;
+    if (comes_back && device.stage == waiting) { // it is asked again, and has begun nothing
+        device.begun = -1;
+        device.is_put_off = true;
     } else {
-        device->is_taken = code == RESULT_SUCCESS;
-        device->is_patient = code == RESULT_NO_RESPONSE;
-        device->refusal = device->is_taken ? "" : text;
-        enter(*device, sent);
+        device.is_taken = code == RESULT_SUCCESS;
+        device.is_patient = code == RESULT_NO_RESPONSE;
+        device.refusal = device.is_taken ? "" : text;
+        enter(device, sent);
     }
     settle_batch();
 }
@@ -110,13 +108,11 @@ void Apply::unanswered(const std::vector<Mac> &macs, double now)
 {
     now_ = now;
     for (const Mac &mac : macs) {
-        ApplyDevice *device = running(mac);
-        if (device == nullptr || !device->awaits)
-            continue;
-        device->awaits = device->looked = false;
-        device->losses++;
-        device->reason = "no answer";
-        enter(*device, sent);
+        ApplyDevice &device = at(mac);
+        device.awaits = device.looked = false;
+        device.losses++;
+        device.reason = "no answer";
+        enter(device, sent);
     }
     settle_batch();
 }

@@ -112,6 +112,9 @@ protected:
                                                                         : &devices_[found->second];
     }
 
+    // A device by its address, which is one of the machine's.
+    Device &at(const Mac &mac) { return devices_[by_mac_.at(mac)]; }
+
     bool next_batch(double now)
     {
         if (batch_ == batches_ || !may_begin())

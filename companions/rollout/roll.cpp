@@ -170,44 +170,42 @@ void Roll::check_failures()
 
 void Roll::answered(const Mac &mac, uint8_t code, double now)
 {
-    RollDevice *device = running(mac);
-    if (device == nullptr || !device->step.awaits)
-        return;
+    RollDevice &device = at(mac);
     now_ = now;
-    UpgradeStep &step = device->step;
+    UpgradeStep &step = device.step;
     step.awaits = false;
     const bool is_taken = code == RESULT_SUCCESS || (code == RESULT_BUSY && step.reply_lost);
     if (is_taken || code == RESULT_NO_RESPONSE) {
-        set_asked(*device);
+        set_asked(device);
         step.reply_lost = !is_taken;
         step.looks = 0;
-        device->asked = true;
-        device->foreign = false;
-        device->reason = is_taken ? "" : result_text(code, mac);
-        if (is_taken || device->stage == waiting)
-            enter(*device, sent);
+        device.asked = true;
+        device.foreign = false;
+        device.reason = is_taken ? "" : result_text(code, mac);
+        if (is_taken || device.stage == waiting)
+            enter(device, sent);
     } else if (code == RESULT_BUSY || code == RESULT_NOT_READY) {
-        device->reason = result_text(code, mac);
+        device.reason = result_text(code, mac);
         if (step.reply_lost)
             step.looks = 0;
     } else if (code != RESULT_NO_IMAGE) {
-        end(*device, failed, result_text(code, mac));
-    } else if (device->steps_done == 0) {
-        device->current = limits_.to.empty();
-        end(*device, skipped, "no newer firmware");
+        end(device, failed, result_text(code, mac));
+    } else if (device.steps_done == 0) {
+        device.current = limits_.to.empty();
+        end(device, skipped, "no newer firmware");
     } else if (!limits_.to.empty() && step.start != limits_.to) {
-        end(*device, failed, "no newer firmware");
+        end(device, failed, "no newer firmware");
     } else { // the step before was the last, unless a request without reply has begun another
         const bool may_have_begun = step.reply_lost;
-        device->to = step.start;
-        device->steps_left = 1;
-        device->steps_done--;
-        set_asked(*device);
+        device.to = step.start;
+        device.steps_left = 1;
+        device.steps_done--;
+        set_asked(device);
         step.reply_lost = false;
         step.restarted = !may_have_begun;
         step.held_since = clock_.time(now_);
-        step.change_time = device->last.change_time;
-        enter(*device, may_have_begun ? upgrading : settling);
+        step.change_time = device.last.change_time;
+        enter(device, may_have_begun ? upgrading : settling);
     }
     check_failures();
     settle_batch();
@@ -216,25 +214,22 @@ void Roll::answered(const Mac &mac, uint8_t code, double now)
 void Roll::ask(const std::vector<Mac> &macs)
 {
     for (const Mac &mac : macs)
-        if (RollDevice *device = running(mac))
-            device->step.awaits = true;
+        at(mac).step.awaits = true;
 }
 
 void Roll::unanswered(const std::vector<Mac> &macs, double now)
 {
     now_ = now;
     for (const Mac &mac : macs) {
-        RollDevice *device = running(mac);
-        if (device == nullptr || !device->step.awaits)
-            continue;
-        set_asked(*device);
-        device->step.awaits = false;
-        device->step.reply_lost = true;
-        device->step.looks = 0;
-        device->asked = true;
-        device->foreign = false;
-        if (device->stage == waiting)
-            enter(*device, sent);
+        RollDevice &device = at(mac);
+        set_asked(device);
+        device.step.awaits = false;
+        device.step.reply_lost = true;
+        device.step.looks = 0;
+        device.asked = true;
+        device.foreign = false;
+        if (device.stage == waiting)
+            enter(device, sent);
     }
 }
 
