@@ -68,10 +68,13 @@ Assignment parse_assignment(string_view text)
     const size_t end = end_of_path(text);
     Assignment set;
     string_view path = text.substr(0, end);
+    if (end == string_view::npos) // what is behind its '=' may be a secret
+        throw UsageError("--set " + string(text.substr(0, text.find('='))) +
+                         ": a bracket is not closed");
     set.name = "--set " + string(path);
     if (path.starts_with("wtp_cfg."))
         path.remove_prefix(TOP.size() + 1);
-    if (end == string_view::npos || path.empty())
+    if (path.empty())
         throw UsageError(set.name + ": no PATH=VALUE");
     if (path.size() > JsonIterStack::PATH_MAX_BYTES)
         throw UsageError("--set: no setting has a path of " + std::to_string(path.size()) +
@@ -84,9 +87,7 @@ Assignment parse_assignment(string_view text)
         set.path += "." + part.name;
         path.remove_prefix(stop);
         if (path.starts_with('[')) {
-            const size_t close = path.find(']');
-            if (close == string_view::npos)
-                throw UsageError(set.name + ": a bracket is not closed");
+            const size_t close = path.find(']'); // before the '=' that ends the path
             set.selectors.push_back(selector_of(set.name, path.substr(1, close - 1)));
             set.path += "[]";
             part.has_selector = true;
