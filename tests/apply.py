@@ -28,8 +28,8 @@ SET = ("--set", f"{PATH}=17", "--name", "*", "--no-save")
 class Script(changer.Script):
     """A look says what is stored - 0 what was, 1 what is wanted, 2 another value, 3 what is wanted
     and another setting, 4 a radio less - behind marks: o offline, u unmanaged, b upgrading, c state
-    changed; one is taken as configurations are listed. `answers` are those to requests, CODE:TEXT,
-    x is none. Requests to change are kept."""
+    changed, n without configuration, d listed twice; one is taken as configurations are listed.
+    `answers` are those to requests, CODE:TEXT, x is none. Requests to change are kept."""
 
     def __init__(self, looks, answers="0"):
         self.times = []
@@ -40,7 +40,8 @@ class Script(changer.Script):
         if request[0] == 1:
             is_whole = request[4] & 8
             return fields.reply([self.record(n, look, is_whole)
-                                 for n, look in self.shown(request, is_whole).items()])
+                                 for n, look in self.shown(request, is_whole).items()
+                                 for _ in range(1 + ("d" in look))])
         count = struct.unpack_from(">H", request, 5)[0]
         self.times.append((time.monotonic(), request))
         answer = self.take(self.answers)
@@ -52,7 +53,7 @@ class Script(changer.Script):
                 for at in range(7, 7 + 6 * struct.unpack_from(">H", request, 5)[0], 6)}
 
     def record(self, n, look, is_whole):
-        marks, what = re.fullmatch("([oubc]*)([0-4])", look).groups()
+        marks, what = re.fullmatch("([oubcnd]*)([0-4])", look).groups()
         radios = [dict(radio) for radio in self.stored["wtp_cfg"][0]["radio"]]
         radios = radios[:1 if what == "4" else 2]
         radios[0]["tx_power"] = {"0": 20, "2": 99}.get(what, 17)
@@ -62,7 +63,8 @@ class Script(changer.Script):
             "mac": fields.Mac(self.mac(n)), "name": fields.Text(b"dev-%d" % n),
             "upg_img": "b" in marks, "managed": "u" not in marks, "sub_state": 0,
             "state": 0 if "o" in marks else 5,
-            "change_time": marks.count("c"), "wtp_cfg": [cfg] if is_whole else []}
+            "change_time": marks.count("c"),
+            "wtp_cfg": [cfg] if is_whole and "n" not in marks else []}
 
 
 CASES = r"""
@@ -77,6 +79,8 @@ a radio is gone | 0 0 4 | failed: changed more than was asked: radio[1] is gone 
 not kept | 0 0 1 2 | failed: PATH is not as wanted: PATH 99 -> 17 | --begin 0.2 --settle 5
 changed meanwhile | 0 2 | skipped: changed meanwhile | sent=0
 done by others | 0 1 | skipped: changed meanwhile | sent=0
+listed twice | d0 d0 d1 | done | exit=0
+without a configuration for a while | 0 0 n1 1 | done | exit=0
 another member of the same | 0 4 | skipped: changed meanwhile | sent=0
 refused | 0 0 0 | failed: Incorrect configuration for device {}: no | answers=19:no
 refused, but stored | 0 0 1
@@ -128,7 +132,8 @@ radio[0].wlan[wpa.passphrase=x].vlan=1        cannot be chosen by wpa.passphrase
 pdl_status[0].state=1                         change that by themselves
 poe_port[port=1].port=2                       told apart by it
 radio[x].tx_power=1                           none of
-radio[0.tx_power=1                            not closed|no PATH=VALUE
+radio[0.mesh.wpa_key=hunter22                 mesh.wpa_key: a bracket is not closed
+location.=x                                   '.' cannot be read
 radio[0]x=1                                   'x' cannot be read
 radio[x=1].tx_power=2                         no 'x' to be chosen by
 radio[0].tx_pwer=1                            did you mean 'tx_power'
@@ -179,8 +184,16 @@ class Scripted(unittest.TestCase):
                 os.close(reader)
             return answer(request)
         script.answer = closing
-        status, out, err = run(script.port, *SET, "--log", f"{folder}/log")
-        self.assertEqual((status, results(out), script.times), (1, ["not started"], []), err)
+        status, out, err = run(script.port, *SET, "--log", f"{folder}/log", "--json")
+        document = json.loads(out)
+        jsonschema.validate(document, SCHEMA)
+        [device] = document["devices"]
+        self.assertEqual((status, device["result"], script.times), (1, "not started", []), err)
+        self.assertEqual((document["undo"], device["seconds"]), (None, None))
+
+    def test_signals_at_the_request(self):
+        changer.stop_at_request(self, lambda: Script(["0 0 1"]), SET,
+                                lambda request: request[0] == 5)
 
     def test_signals_at_random_moments(self):
         def check(sent, found, _):
@@ -221,10 +234,13 @@ class Simulated(unittest.TestCase):
         self.assertEqual([re.sub(r" \(.*", "", note).replace(base, "B") for note in over["notes"]],
                          ["B: settings are overridden by --set timezone",
                           "B: settings are overridden by files of devices"])
+        wlans = self.controller.record(AP)["wtp_cfg"]["radio"][0]["wlan"]
+        wlan_beyond = {"radio": [{"wlan": [{"comment": 1}] * (len(wlans) + 1) + [{"vlan": 1}]}]}
         # What a device cannot have is said of that device. zov sends what zov-check refuses.
         self.controller.configure(SWITCH, {"poe_port": [{"port": 1}, {"port": 1}, {"port": 3}]})
         for mac, cfg, reason in (
                 (AP, {"radio": [{"tx_power": 1}] * 9}, "has no radio[8]"),
+                (AP, wlan_beyond, f"has no radio[0].wlan[{len(wlans)}]"),
                 (AP, {"poe_port": [{"port": 1}]}, f"FOLDER/{OWN} is for another kind of device"),
                 ("02:A1:00:00:00:01", {"name": "x"}, "is neither an access point nor a switch"),
                 (SWITCH, {"poe_port": [{"port": 99}]}, "has no poe_port[port=99]"),
@@ -233,6 +249,20 @@ class Simulated(unittest.TestCase):
                 own = self.file(f"{mac.replace(':', '-')}.json", cfg)
                 [device] = self.plan(own)["devices"]
                 self.assertEqual(device["reason"], reason.replace("FOLDER", self.folder))
+
+    def test_sets(self):
+        for words, expected in (
+                (("ac_list=b.example,a.example", "name=x"),
+                 [("name", "x"), ("ac_list", ["b.example", "a.example"])]),
+                (("ac_list=",), [("ac_list", [])]),
+                (("ipv4=0.0.0.0/0.0.0.0/0.0.0.0",), [])):
+            sets = [part for word in words for part in ("--set", word)]
+            [device] = self.plan("--mac", AP, *sets)["devices"]
+            self.assertEqual([(one["path"], json.loads(one["to"]))
+                              for one in device["differences"]], expected)
+        for keep, batches in (((), [2, 1]), (("--keep-order",), [1, 2])):
+            plan = self.plan("--mac", f"{SWITCH},{AP}", "--set", "location=x", *keep)
+            self.assertEqual([one["batch"] for one in plan["devices"]], batches)
 
     def test_plan_as_text(self):
         wlans = self.controller.record(AP)["wtp_cfg"]["radio"][0]["wlan"]
@@ -282,9 +312,13 @@ note: {gone} can be deleted: 02:00:00:00:00:99 is not in the list
         self.assertEqual({path.stat().st_mode & 0o777 for path in (saved, saved.parent)}, {0o700})
         self.assertRegex([path.name for path in saved.iterdir()][0],
                          rf"^undo-127.0.0.1-{self.port}-\d{{8}}T\d{{6}}.\d{{3}}Z.json$")
-        os.environ["HOME"] = "relative"
-        status, out, err = run(self.port, *words)
-        self.assertEqual((status, out, "--save or --no-save is needed" in err), (2, "", True))
+        os.environ["XDG_STATE_HOME"] = "relative"
+        for home in ("relative", None):
+            os.environ["HOME"] = home or ""
+            if home is None:
+                del os.environ["HOME"]
+            status, out, err = run(self.port, *words)
+            self.assertEqual((status, out, "--save or --no-save is needed" in err), (2, "", True))
         # Devices that were not begun are not kept in it.
         script = Script(["0 0 0", "0"], answers="14")
         status, out, err = run(script.port, *SET[:4], "--batch", "1", "--save", f"{state}/u")
@@ -302,6 +336,11 @@ note: {gone} can be deleted: 02:00:00:00:00:99 is not in the list
                 (("--set", "location=x"), 2, "at least one of --mac"),
                 ((self.file("x.json", {"location": "x"}),), 2, "is not named by an address"),
                 ((self.file("f/x.json", {}).rsplit("/", 1)[0], *all_managed), 2, "not named by an"),
+                ((self.file("n.json", '{"wtp_cfg":1}'), *all_managed), 2, "has to be an object"),
+                ((self.file("02-A3-00-00-00-0g.json", {"name": "x"}),), 2, "not named by an"),
+                (("-", "-", *all_managed), 2, "be read once only"),
+                (("--undo=",), 2, "--undo: bad argument ''"),
+                (("--save=", "--name", "*"), 2, "--save: bad argument ''"),
                 ((both, *all_managed), 2, r"\('radio'\) and of switches \('poe_port'\)"),
                 ((self.file("e.json", '{"wtp_cfg":{\n"nmae":1}}'), *all_managed), 2,
                  "e.json:2: ERROR: Unknown member 'nmae'"),
@@ -313,7 +352,7 @@ note: {gone} can be deleted: 02:00:00:00:00:99 is not in the list
                 (("--set", "location=@-", "-", *all_managed), 2, "be read once only"),
                 (("--set", f"{'a' * 256}=1", *all_managed), 2, "has a path of 256 bytes"),
                 *(((self.file(f"{name}.json", {}),), 2, "a file of a device is named as")
-                  for name in ("02-A3-00-00-00-01x", "02:A3:00:00:00:01")),
+                  for name in ("02-A3-00-00-00-01x", "02:A3:00:00:00:01", "02-A3-00-00-00-01.x")),
                 ((self.file(OWN, {}), self.file(f"g/{OWN}", {})), 2, "has another file: .*01.json"),
                 ((self.file("h/x", "").rsplit("/", 1)[0],), 2, "there is no file of a device"),
                 ((self.file("i/x.json/y", "").rsplit("/", 2)[0],), 2, "it is no regular file"),
@@ -397,7 +436,8 @@ note: {gone} can be deleted: 02:00:00:00:00:99 is not in the list
         self.assertEqual({rule["port"]: rule["reboot_count"] for rule in rules}, counts)
 
     def test_question(self):
-        words = ("--mac", f"{AP},{SWITCH}", "--set", "location=x", "--no-save")
+        undo = Path(self.folder, "undo")
+        words = ("--mac", f"{AP},{SWITCH}", "--set", "location=x", "--save", undo)
         question = "Change 1 setting on 2 devices in 2 batches? [y/N] "
         shown, status, out = ask(self.port, b"n\n", *words)
         self.assertEqual((status, out, shown.count(question)), (3, "", 1), shown)
@@ -407,6 +447,7 @@ note: {gone} can be deleted: 02:00:00:00:00:99 is not in the list
         self.assertEqual((status, results(out)), (0, ["done"] * 2), shown)
         self.assertEqual(shown.count(question), 1)
         self.assertIn('~ location "Floor 1" -> "x"', shown)
+        self.assertEqual(len(json.loads(undo.read_text())["devices"]), 2)
 
 
 main()

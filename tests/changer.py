@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
 """What the tests of zov-rollout and zov-apply share; a test names the program that it is of."""
 import fcntl
+import itertools
 import os
 import pty
 import random
@@ -24,9 +25,10 @@ FIRST = "02:00:00:00:00:01"
 FAST = ("--interval", "0.05", "--timeout", "20", "--settle", "0", "--yes")
 
 
-def start(port, *options):
+def start(port, *options, **more):
     return harness.start([PROGRAM, "--acport", port, *FAST, *options], stdin=subprocess.DEVNULL,
-                         stdout=subprocess.PIPE, stderr=subprocess.PIPE, start_new_session=True)
+                         stdout=subprocess.PIPE, stderr=subprocess.PIPE, start_new_session=True,
+                         **more)
 
 
 def run(port, *options, **streams):
@@ -52,10 +54,12 @@ class Script:
 
     def __init__(self, looks, answers):
         self.looks, self.answers = [look.split() for look in looks], answers.split()
+        self.met = lambda request: None  # is called for each connection, with None, and request
         self.player = Player(answer=self.play)
         self.port = self.player.port
 
     def play(self, request):
+        self.met(request)
         if request is not None:
             return self.answer(request) if request != b"\0" else b""  # it says goodbye
         gone = self.looks[0][0] == "X"
@@ -130,6 +134,31 @@ def end_at_random(test, make, options, sent, check):
                 check(before, results(out), err)
     print(f"seed {seed}: {during} of {count} signals between plan and last batch")
     test.assertGreaterEqual(during, count // 8 if count > 9 else 0)
+
+
+def stop_at_request(test, make, options, is_request):
+    """A signal while the controller admits the first request that changes devices: nothing is sent.
+    Two while its answer is awaited: it ends at once. `make` makes the scripts."""
+    events = []
+    script = make()
+    script.met = events.append
+    test.assertEqual(run(script.port, *options)[0], 0)
+    first = next(n for n, event in enumerate(events) if event and is_request(event))
+    for number, signals, ended, status in (
+            (first - 1, 1, ["not started"], 3),
+            (first, 2, ["unknown: ended by a signal"], 128 + signal.SIGTERM)):
+        script, count = make(), itertools.count()
+
+        def meet(_):
+            if next(count) == number:
+                for _ in range(signals):
+                    process.send_signal(signal.SIGTERM)
+                    time.sleep(0.3)
+        script.met = meet
+        process = start(script.port, *options)
+        out, err = (text.decode() for text in process.communicate(timeout=20))
+        test.assertEqual((process.returncode, results(out)), (status, ended), err)
+        test.assertEqual(next(count), number + 1 + (signals == 1))
 
 
 def ask(port, answer, *options, columns=80):

@@ -120,7 +120,7 @@ def on_terminal(port, columns=0, **variables):
 
 class Tables(unittest.TestCase):
     def test_table_in_a_terminal(self):
-        with Controller() as controller:
+        with Controller("--aps", "10") as controller:
             controller.ok("upg", "--mac", AP)
             shown, colours = {}, {}
             for no_color in "", "1":
@@ -128,13 +128,15 @@ class Tables(unittest.TestCase):
                 colours[no_color] = re.findall(r"\x1b\[(3.)m(\w+)\x1b\[m\r\n", shown[no_color])
             report = devices(controller.port)
         self.assertEqual(colours["1"], [])
-        self.assertEqual(set(colours[""]), {("33", "upgrading"), ("32", "online")})
+        self.assertEqual(set(colours[""]),
+                         {("33", "upgrading"), ("32", "online"), ("31", "offline")})
         header, *rows = (re.split("  +", line) for line in shown["1"].splitlines())
         self.assertEqual(header, "NAME MAC KIND MODEL FIRMWARE STATIONS UPTIME STATE".split())
         for row, one in zip(rows, report, strict=True):
             hours, minutes = divmod(one["uptime"] // 60, 60)
             self.assertEqual(row[:2] + row[5:7], [
                 one["name"], one["mac"], str(stations(one)) if one.get("radio") else "-",
+                "-" if one["state"] != ONLINE else
                 f"{hours // 24}d {hours % 24}h" if hours > 23 else f"{hours}h {minutes}m"])
 
     def test_pipe_that_does_not_wait(self):
@@ -219,11 +221,17 @@ class Metrics(unittest.TestCase):
         self.assertEqual(re.sub("(?m)^#.*\n", "", left), "zov_controller_up 0\n")
 
     @needs("promtool")
-    def test_devices_that_are_listed_twice(self):
-        reply = fields.reply(make_records([b"x"], [b"h"], 1) * 2)
-        status, out, err = run(Player(reply).port, "--format", "prometheus", "--metrics", "all")
+    def test_devices_and_ports_that_are_listed_twice(self):
+        records = make_records([b"x"], [b"h"], 2)  # a port of each kind
+        records[1].update({name: [port | {"port": 3} for port in records[1][name] * 2]
+                           for name in ("switch_port", "poe_port")}, state=ONLINE)
+        records *= 2
+        status, out, err = run(Player(fields.reply(records)).port, "--format", "prometheus",
+                               "--metrics", "all")
         self.assertEqual((status, err.count("again, which is left out\n")), (1, 3))
-        self.assertEqual(len(samples(out.decode())["zov_device_info"]), 3)
+        found = samples(out.decode())
+        self.assertEqual([len(found[f"zov_{name}"]) for name in (
+            "device_info", "switch_port_up", "poe_port_output_power")], [3, 1, 1])
         self.assertEqual(pipe(out, "promtool", "check", "metrics"), b"")
 
 

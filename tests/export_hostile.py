@@ -4,6 +4,7 @@ for. ZOV_SEED: which fleets; ZOV_LONG=1: 60 of them.
 """
 import csv
 import io
+import itertools
 import json
 import os
 import random
@@ -86,6 +87,7 @@ class Fleets(unittest.TestCase):
 
     def each(self, check, form, *options):
         """Checks what is written of random fleets: valid text without control characters."""
+        texts = itertools.cycle(reversed(HOSTILE))  # those that look like JSON are the last
         for fleet in range(FLEETS):
             rng = random.Random(f"{SEED} {fleet}")
             words = [*HOSTILE, *(b"".join(rng.choices(HOSTILE, k=3)) for _ in range(10)),
@@ -93,6 +95,9 @@ class Fleets(unittest.TestCase):
             records = make_records(words, HOSTS, rng.getrandbits(32), [3, 3, 3, 1] + [2] * 7)
             for at, record in enumerate(records[4:], fleet * 7):  # each text is a switch's name
                 record["name"] = fields.Text(HOSTILE[at % len(HOSTILE)])
+            for wlan in (wlan for record in records[:3] for radio in record["wtp_cfg"][0]["radio"]
+                         for wlan in radio["wlan"]):
+                wlan["hotspot20"] = fields.Text(next(texts))
             with self.subTest(seed=SEED, fleet=fleet):
                 out = ok(Player(fields.reply(records)).port, "--format", form, *options)
                 text = out.replace(b"\r\n", b"\n") if form == "csv" else out

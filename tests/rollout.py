@@ -3,6 +3,7 @@
 
 ZOV_LONG=1: 200 signals at random moments, with the seed ZOV_SEED.
 """
+import fcntl
 import json
 import os
 import re
@@ -26,8 +27,8 @@ AP1, AP2, AP3 = (f"02:A3:00:00:00:0{n}" for n in (1, 2, 3))  # one step from the
 class Script(changer.Script):
     """A look is a version and marks: r restarted, o offline, u unmanaged, c state changed, eN
     upgrade state N, bV busy with version V announced. `steps` are the upgrades left at each
-    question (a digit for all devices or each), ? is success in neither list; `answers` those to
-    requests, x is none. Requests are kept."""
+    question (a digit for all devices or each), ? is success in neither list, d denied, x no answer;
+    `answers` those to requests. Requests are kept."""
 
     def __init__(self, looks, steps="1 0", answers="0"):
         self.steps, self.number = steps.split(), 0  # of lists
@@ -45,9 +46,11 @@ class Script(changer.Script):
 
     def answer_steps(self, macs):
         token = self.take(self.steps)
-        steps = {mac: (token * 9)[mac[5] - 1] for mac in macs}
+        if token == "x":
+            return b""
+        steps = {mac: (token * 10)[mac[5] - 1] for mac in macs}
         lists = [b"".join(mac for mac in macs if steps[mac] == n) for n in "12"]
-        return (bytes(5 if steps[mac] == "0" else 0 for mac in macs) +
+        return (bytes({"0": 5, "d": 14}.get(steps[mac], 0) for mac in macs) +
                 b"".join(struct.pack(">H", len(some) // 6) + some for some in lists))
 
     def record(self, n, look):
@@ -77,6 +80,7 @@ some in two steps, some in one | 1 1 1b2 1o 2r // 1 1 1b2 2r 2r 2b3 3o 3r | done
     | exit=0 sent=2 steps=12
 one after the other | 1 1 1b2 1o 2r // 1 1 1b2 1o 2r | done // done | --batch 1 exit=0 sent=2
 no announcement, nothing newer | 1 1 1o 2r | done | exit=0 steps=1,0
+asked again for what is newer | 1 1 1o 2r | done | exit=0 steps=1,d,0
 it settles | 1 1 1b2 2r 2r 2rc 2r | done | --settle 0.4 exit=0
 it does not settle | 1 1 1b2 1o (2rc 2r )*99 | timed out: not settled in time
     | --settle 0.3 --deadline 2
@@ -96,11 +100,17 @@ announced nothing | 1 1 1b 2r | failed: came back with version 2
 first the old one | 1 1 1b2 (1 )*110 1b2 (1 )*110 1b2 1o 2r | done | exit=0
 one that runs is judged | 1b3 1b3 1o 3r // 1 | failed: announces version 3 // not started
     | --to 2 exit=3 sent=0
+and is the only one | 1b3 1b3 1o 3r | failed: announces version 3 | --to 2 sent=0
+    | {} announces version 3
 another is announced | 1 1 1b3 1o 3r // 1 | failed: announces version 3 // not started
     | --to 2 --batch 1 --max-failures 9 exit=3 | stopped: .* announces version 3
 it has it | 2 | up to date | --to 2 exit=0 sent=0
 a newer one | 3 | skipped: has a newer version | --to 2 sent=0
 it got it meanwhile | 1 2 | up to date | --to 2 exit=0 sent=0
+it got a newer one meanwhile | 1 3 | skipped: has a newer version | --to 2 sent=0
+it goes back from that | 1 3 3 3b2 3o 2r | done | --to 2 --allow-older exit=0 steps=1
+from a newer one | 3 3 3b2 3o 2r | done | --to 2 --allow-older exit=0
+nothing newer at all | 1 | skipped: no newer firmware | --to 2 sent=0 steps=0
 nothing newer by now | 1 | up to date | exit=0 answers=5
 others began it | 1 2b3 3r | done | exit=0 sent=0
 others did a step | 1 2 2 2b3 3r | done | exit=0 steps=1,1
@@ -119,8 +129,11 @@ too many failures keep others of the batch from beginning | 1 // 1 1o 1 1b2 1o 2
     | failed: Device {} denied this operation. // not started | exit=3 answers=14,0
 in neither list | 1 | skipped: the controller does not say how many upgrades it needs
     | sent=0 steps=?
+not told | 1 | skipped: Device {} denied this operation. | sent=0 steps=d
+no answer to that | 1 | - | sent=0 steps=x | ended the connection after 0 bytes
 unmanaged, busy | 1ub2 | skipped: not under management | --name * sent=0
 unmanaged by now | 1 1u | skipped: not under management | --name * sent=0
+unmanaged, busy by now | 1 1ub2 | skipped: not under management | sent=0
 unmanaged between two steps | 1 1 1b2 2ru | failed: not under management | steps=2
 the first step was the last | 1 1 2r 2r | done | exit=0 sent=2 steps=2,1 answers=0,5
 nothing between two versions | 1 1 1b2 2r | failed: no newer firmware
@@ -177,6 +190,18 @@ class Scripted(unittest.TestCase):
         self.assertEqual((process.returncode, results(out)),
                          (128 + signal.SIGTERM, ["unknown: ended by a signal", "not started"]))
         self.assertEqual(script.requests().count(2), 1)
+        script = Script(["1 1 1b2 1b2 1b2 1b2 1o 2r"])  # under nohup(1)
+        process = start(script.port, "--all-managed",
+                        prepare=lambda: signal.signal(signal.SIGHUP, signal.SIG_IGN))
+        self.assertTrue(any(b"asked to upgrade" in line for line in process.stderr))
+        process.send_signal(signal.SIGHUP)
+        out, err = process.communicate(timeout=9)
+        self.assertEqual((process.returncode, results(out.decode())), (0, ["done"]))
+        self.assertNotIn(b"stop", err)
+
+    def test_signals_at_the_request(self):
+        changer.stop_at_request(self, lambda: Script(["1 1 1b2 1o 2r"]), ("--all-managed",),
+                                lambda request: request[0] == 2)
 
     def test_signals_at_random_moments(self):
         def check(sent, found, err):  # what was asked is awaited; the first request is repeated
@@ -207,7 +232,7 @@ class Scripted(unittest.TestCase):
 
     def test_hostile_texts(self):
         texts = ["\x1b]0;x\x07", "\x9b31m", "\r\n", "\u202eabc", "%s%n", "\u20ac" * 999,
-                 "x" * 60000, ""]
+                 "x" * 60000, "", "\u00ad\u2060\ufeff", "\U000e0041"]
         script = Script(["1"] * len(texts), answers="14")
         script.name = lambda n: texts[n]
         with tempfile.TemporaryDirectory() as folder:
@@ -215,7 +240,8 @@ class Scripted(unittest.TestCase):
             _, out, err = run(script.port, "--all-managed", "--log", f"{folder}/log")
             log = Path(f"{folder}/log").read_text()
         for text in (plan, out, err, log):
-            self.assertNotRegex(text, "[\0-\x09\x0b-\x1f\x7f-\x9f\u202e\ufffd]")
+            self.assertNotRegex(text, "[\0-\x09\x0b-\x1f\x7f-\x9f\xad\u202e\u2060\ufeff\ufffd"
+                                      "\U000e0041]")
             self.assertLess(max(map(len, text.splitlines())), 250)
         self.assertIn("\u20ac" * 29 + "...  ", plan)
         document = json.loads(run(script.port, "--all-managed", "--plan", "--json")[1])
@@ -257,7 +283,7 @@ class Simulated(unittest.TestCase):
             jsonschema.validate(document, schema)
 
     def test_selection(self):
-        controller = self.enterContext(Controller("--aps", "10"))
+        controller = self.enterContext(Controller("--aps", "10", "--upgrade", f"{AP2}=20"))
         port = controller.port
         controller.ok("upg", "--mac", AP2)
         for options, names in (
@@ -269,13 +295,22 @@ class Simulated(unittest.TestCase):
                 (("--name", "*", "--state", "offline"), ["ap-floor2-02"])):
             out = run(port, "--plan", *options)[1]
             self.assertEqual(sorted(row[0] for row in rows(out).values()), names)
+        other = "02:A2:00:00:00:02"
+        for keep, order in (((), [AP2, AP1, other]), (("--keep-order",), [AP2, other, AP1])):
+            planned = json.loads(run(port, "--mac", f"{other},{AP1},{AP2}", "--batch", "1",
+                                     "--plan", "--json", *keep)[1])["devices"]
+            planned.sort(key=lambda device: device["batch"])  # what runs is followed first
+            self.assertEqual([device["mac"] for device in planned], order)
+            self.assertEqual([device["result"] for device in planned],
+                             ["follow", "upgrade", "upgrade"])
         unmanaged = run(port, "--mac", "02:A3:00:00:00:04,00:00:00:00:00:09", "--plan")[1]
         self.assertEqual(results(unmanaged),
                          ["skipped: not under management", "skipped: not in the list"])
         for options, says in ((("--mac", "02:A3:00:00:00:04"), ""),
                               (("--name", "nobody"), "no device has a name that matches 'nobody'"),
-                              (("--all-managed", "--exclude", "x*"),
-                               "--exclude x* excludes no device")):
+                              *((("--all-managed", "--exclude", what),
+                                 f"--exclude {what} excludes no device")
+                                for what in ("x*", "02:00:00:00:00:09"))):
             status, _, err = run(port, *options)
             self.assertEqual((status, says in err), (1, True), err)
 
@@ -294,6 +329,16 @@ class Simulated(unittest.TestCase):
             self.assertEqual((process.returncode, results(out)), (1, ["done", "not started"]))
             self.assertIn("Broken pipe; nothing more is begun", err)
             self.assertNotIn("started again", err)
+            reader, writer = os.pipe()  # one that is full: nobody waits for it in vain
+            os.write(writer, bytes(fcntl.fcntl(writer, fcntl.F_SETPIPE_SZ, 4096)))
+            process = start(port, "--mac", AP3, "--log", f"/dev/fd/{writer}", pass_fds=[writer])
+            time.sleep(0.5)
+            process.send_signal(signal.SIGTERM)
+            err = process.communicate(timeout=9)[1].decode()
+            self.assertEqual((process.returncode, err), (
+                3, "zov-rollout: stopped by a signal; nothing was begun\n"))
+            os.close(reader)
+            os.close(writer)
             status, _, err = run(port, "--mac", AP3, stdout=full)
             self.assertEqual((status, err.count("cannot write standard output")), (1, 1))
             status, _, err = run(port, "--mac", AP3, "--plan", prepare=lambda: os.close(1))
@@ -302,7 +347,7 @@ class Simulated(unittest.TestCase):
     def test_question_and_bar(self):
         controller = self.enterContext(Controller("--upgrade", f"{AP1}=1"))
         question = "Upgrade 2 devices in 1 batch? [y/N] "
-        for answer in (b"\n", b"n\n", signal.SIGINT):
+        for answer in (b"\n", b"n\n", b"\x04", signal.SIGINT):
             shown, status, out = ask(controller.port, answer, "--mac", f"{AP1},{AP3}")
             self.assertEqual((status, out, shown.count(question)), (3, "", 1))
             self.assertRegex(shown, r"nothing was begun\r\n$")
@@ -312,7 +357,11 @@ class Simulated(unittest.TestCase):
         self.assertTrue(bars and max(map(len, bars)) < 20, shown)
         self.assertIn("02:A3:00:00:00:01  ap-floor1-01  2.0.1  -", shown)  # the plan
         self.assertNotRegex(shown, "\x1b")
-        shown, _, _ = ask(controller.port, None, "--mac", AP2, "--yes")
+        controller.ok("upg", "--mac", "02:A3:00:00:00:05")
+        shown, status, _ = ask(controller.port, b"Y\n", "--mac", f"{AP2},02:A3:00:00:00:05")
+        self.assertEqual((status, "Upgrade 1 device and follow 1 in 2 batches? [y/N] " in shown),
+                         (0, True), shown)
+        shown, _, _ = ask(controller.port, None, "--mac", "02:A3:00:00:00:06", "--yes")
         self.assertRegex(shown, r"\rbatch 1/1 \[#*-+\] +\d+ %  all \[#*-+\] +\d+ %  "
                                 r"0 done, 0 failed")
         # Nobody to ask.
@@ -322,7 +371,8 @@ class Simulated(unittest.TestCase):
 
     def test_usage(self):
         wrong = """| --name= | --mac , | --mac x | --mac 2:0:0:0:0:1x | --all-managed x | --exclude=
-            | --all-managed --exclude 2:0:0:0:0:1,2:0:0:0:0:2"""
+            | --all-managed --exclude 2:0:0:0:0:1,2:0:0:0:0:2 | --all-managed --exclude 3:0:0:0:0:1
+            | --all-managed --exclude 2:0:0:0:0:001"""
         wrong += "".join(f" | --all-managed --{option}" for option in (
             "batch=0", "batch=1,", "batch=101%", "batch=10001", "type=3", "interval=nan",
             "interval=0", "deadline=0", "settle=-1", "max-failures=-1", "period=x", "kind=ap",

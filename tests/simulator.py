@@ -59,6 +59,10 @@ class Actions(unittest.TestCase):
             controller.ok("cfg", "--mac", new, "--add")
             self.assertEqual(controller.run("cfg", "--mac", "00:11:22:33:44:66", "--add")[::2],
                              (1, "ERROR: Reach the maximum number of managed Devices.\n"))
+        with Controller("--result", f"{new}=0", "--result", f"{AP}=0") as controller:
+            for mac, answer in ((new, (1, "", f"ERROR: Device {new} was not found.\n")),
+                                (AP, (0, "", ""))):
+                self.assertEqual(controller.run("rst", "--mac", mac), answer)
         with Controller("--result", f"{new}=10") as controller:
             self.assertEqual(controller.run("cfg", "--mac", new, "--add")[::2],
                              (1, f"ERROR: Device {new} is busy.\n"))
@@ -75,6 +79,15 @@ class Actions(unittest.TestCase):
         with Controller() as controller:
             self.assertEqual(controller.run("upg", "--mac", newest)[::2], (
                 1, f"ERROR: Device {newest.lower()} has no available image.\n"))
+
+    def test_upgrades_that_fail_or_hang(self):
+        for how, states, progress in (("fail", [1, 2, 3, 5, 5], 80), ("hang", [1, 2, 2, 2, 2], 40)):
+            with Controller("--upgrade", f"{AP}={how}") as controller:
+                version = controller.record(AP)["sw_ver"]
+                controller.ok("upg", "--mac", AP)
+                seen = [controller.record(AP) for _ in states]
+            self.assertEqual([record["upg_state"] for record in seen], states)
+            self.assertEqual((seen[-1]["progress"], seen[-1]["sw_ver"]), (progress, version))
 
     def test_changes_of_state_by_the_clock(self):
         with Controller("--upgrade", f"{AP}=2") as controller:
@@ -112,10 +125,11 @@ class Actions(unittest.TestCase):
                          (0, 0, True))
         self.assertEqual(self.controller.run("rst", "--mac", AP)[::2],
                          (1, f"ERROR: No response from device {AP.lower()}.\n"))
-        enable = "--enable", "1", "--radio"
-        for command in (["initfw"], ["nodc"], ["dbg", "--enable", "1", "--wtp"],
-                        *([name, *enable, "2g"] for name in ("bgscan", "autotp", "autoch"))):
-            self.controller.ok(*command)
+        for on in "01":
+            for command in (["initfw"], ["nodc"], ["dbg", "--enable", on, "--wtp"],
+                            *([name, "--enable", on, "--radio", "2g"]
+                              for name in ("bgscan", "autotp", "autoch"))):
+                self.controller.ok(*command)
         powers = []
         for number in "01":
             self.controller.ok("autotp", "--radio", "5g", "--enable", number)
@@ -418,6 +432,8 @@ class Service(unittest.TestCase):
                  (AP, 4, item(4, 2), item(4, b"\0\0\2"), bad),
                  (AP, 161, item(161, bytes(6), b"\0\0"), item(161, bytes(7), b"\0\0"), bad),
                  (AP, 157, item(157, 60, b""), item(157, b"\0<", b""), bad),
+                 (AP, 5, item(5, 17, b"\0"), item(5, 17, b""), bad),
+                 (AP, 5, item(5, 17, b"\1"), item(5, b"\0\x11", b"\1"), bad),
                  (AP, 999, item(1, b"x", b""), item(999, 0), "is unknown")]
         with Controller() as controller:
             for mac, number, fits, wrong, why in rows:
@@ -429,6 +445,10 @@ class Service(unittest.TestCase):
                     self.assertEqual(controller.record(mac)["wtp_cfg"], before)
                     # Named twice, done once.
                     self.assertEqual(controller.send_items(mac, fits, times=2), b"\0\0\3\0")
+            for end in (b"", b"\0\0\0"):  # a list that does not end, and one with more behind it
+                body = b"\0\1" + bytes.fromhex(AP.replace(":", "")) + b"\3" + bytes(5) + fits + end
+                self.assertEqual(controller.replies(b"\5" + struct.pack(">I", len(body)) + body,
+                                                    "00"), b"\3\0")
             self.assertEqual(controller.send_items(AP, item(2, b"far", b"") * 8192), b"\0\0")
             message = b"there are more than 8192 items"
             self.assertEqual(controller.send_items(AP, item(2, b"far", b"") * 8193),
