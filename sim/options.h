@@ -82,7 +82,7 @@ inline constexpr Option<SimOptions> SIM_OPTIONS[] = {
      [](const char *text, SimOptions &to) { return inet_pton(AF_INET, text, &to.address) == 1; }},
     {{.name = "pid-file", .argument = "FILE",
       .help = "write the process id there, and remove the file at the end", .expected = "a file name"},
-     [](const char *text, SimOptions &to) { return take_text(text, to.pid_file) && *text != '\0'; }},
+     [](const char *text, SimOptions &to) { return take_name(text, to.pid_file); }},
     {{.name = "verbose", .argument = nullptr, .help = "a line on standard error for each request"},
      [](const char *, SimOptions &to) { return take_flag(to.controller.verbose); }},
 

@@ -27,9 +27,10 @@ SET = ("--set", f"{PATH}=17", "--name", "*", "--no-save")
 
 class Script(changer.Script):
     """A look says what is stored - 0 what was, 1 what is wanted, 2 another value, 3 what is wanted
-    and another setting, 4 a radio less - behind marks: o offline, u unmanaged, b upgrading, c state
-    changed, n without configuration, d listed twice; one is taken as configurations are listed.
-    `answers` are those to requests, CODE:TEXT, x is none. Requests to change are kept."""
+    and another setting, 4 a radio less, 5 one more - behind marks: o offline, u unmanaged,
+    b upgrading, c state changed, n without configuration, d listed twice, g gone where that is
+    listed, which takes a look. `answers` are those to requests, CODE:TEXT, x is none. Requests to
+    change are kept."""
 
     def __init__(self, looks, answers="0"):
         self.times = []
@@ -41,6 +42,7 @@ class Script(changer.Script):
             is_whole = request[4] & 8
             return fields.reply([self.record(n, look, is_whole)
                                  for n, look in self.shown(request, is_whole).items()
+                                 if not is_whole or "g" not in look
                                  for _ in range(1 + ("d" in look))])
         count = struct.unpack_from(">H", request, 5)[0]
         self.times.append((time.monotonic(), request))
@@ -53,9 +55,9 @@ class Script(changer.Script):
                 for at in range(7, 7 + 6 * struct.unpack_from(">H", request, 5)[0], 6)}
 
     def record(self, n, look, is_whole):
-        marks, what = re.fullmatch("([oubcnd]*)([0-4])", look).groups()
+        marks, what = re.fullmatch("([oubcndg]*)([0-5])", look).groups()
         radios = [dict(radio) for radio in self.stored["wtp_cfg"][0]["radio"]]
-        radios = radios[:1 if what == "4" else 2]
+        radios = radios[:1] if what == "4" else radios + radios[1:] * (what == "5")
         radios[0]["tx_power"] = {"0": 20, "2": 99}.get(what, 17)
         radios[0]["distance"] = 5 if what == "3" else 4
         cfg = self.stored["wtp_cfg"][0] | {"radio": radios}
@@ -80,6 +82,9 @@ not kept | 0 0 1 2 | failed: PATH is not as wanted: PATH 99 -> 17 | --begin 0.2 
 changed meanwhile | 0 2 | skipped: changed meanwhile | sent=0
 done by others | 0 1 | skipped: changed meanwhile | sent=0
 listed twice | d0 d0 d1 | done | exit=0
+without a configuration | n0 | failed: has no configuration | sent=0
+gone as configurations are read | g0 | failed: not in the list | sent=0
+a radio is new | 0 0 5 | failed: changed more than was asked: radio[2] is new | --begin 0.2
 without a configuration for a while | 0 0 n1 1 | done | exit=0
 another member of the same | 0 4 | skipped: changed meanwhile | sent=0
 refused | 0 0 0 | failed: Incorrect configuration for device {}: no | answers=19:no
@@ -255,6 +260,7 @@ class Simulated(unittest.TestCase):
                 (("ac_list=b.example,a.example", "name=x"),
                  [("name", "x"), ("ac_list", ["b.example", "a.example"])]),
                 (("ac_list=",), [("ac_list", [])]),
+                (("location=\U000e0041",), [("location", "\U000e0041")]),
                 (("ipv4=0.0.0.0/0.0.0.0/0.0.0.0",), [])):
             sets = [part for word in words for part in ("--set", word)]
             [device] = self.plan("--mac", AP, *sets)["devices"]
@@ -312,6 +318,9 @@ note: {gone} can be deleted: 02:00:00:00:00:99 is not in the list
         self.assertEqual({path.stat().st_mode & 0o777 for path in (saved, saved.parent)}, {0o700})
         self.assertRegex([path.name for path in saved.iterdir()][0],
                          rf"^undo-127.0.0.1-{self.port}-\d{{8}}T\d{{6}}.\d{{3}}Z.json$")
+        os.environ["HOME"] = self.file("file", "")
+        words = ("--mac", AP, "--set", "location=x")
+        self.assertIn(f"make {state}/file/.local: Not a directory", run(self.port, *words)[2])
         os.environ["XDG_STATE_HOME"] = "relative"
         for home in ("relative", None):
             os.environ["HOME"] = home or ""

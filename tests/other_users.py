@@ -159,11 +159,41 @@ class Outputs(Case):
                 shutil.rmtree(directory)
 
 
-class Logs(Case):
+class Changes(Case):
+    FAST = "--interval", "0.05", "--settle", "0", "--yes"
+
+    def test_locks(self):
+        name = f"zov-127.0.0.1-{self.controller.port}"
+        refusal = ["strace", "--quiet=all", "-o", "/dev/null", "-P", f"/run/lock/{name}",
+                   "-e", "inject=openat:error=EACCES"]
+        refused = f"cannot open /run/lock/{name}: Permission denied; a lock is needed there"
+        for folder, expected in ((None, (1, f"zov-rollout: {refused}\n")),
+                                 ("tmp", (1, f"zov-rollout: {refused}\n")), (self.folder, (0, ""))):
+            os.environ.pop("XDG_RUNTIME_DIR", None)
+            variables = {"XDG_RUNTIME_DIR": str(folder)} if folder else {}
+            status, err = self.run_tool(
+                "zov-rollout", "--mac", AP, *self.FAST, wrapper=refusal,
+                env={**os.environ, "ASAN_OPTIONS": "detect_leaks=0", **variables})
+            self.assertEqual((status, err if status else ""), expected)
+        self.assertTrue((self.folder / name).is_file())
+
+    def test_undo_files(self):
+        def change(*words):
+            return self.run_tool("zov-apply", *words, *self.FAST,
+                                 env={**os.environ, "XDG_STATE_HOME": str(self.folder)})
+        file, state = self.file(0o600), self.path(os.mkdir, "zov")
+        status, err = change("--undo", file, "--no-save")
+        self.assertEqual((status, "that you alone can write to" in err), (2, True), err)
+        for owner, status in ((NOBODY, 1), (0, 0)):
+            os.chown(state, owner, owner)
+            state.chmod(0o700)
+            done, err = change("--mac", AP, "--set", "location=x")
+            self.assertEqual((done, f"cannot use {state}: {OTHERS}" in err),
+                             (status, status == 1), err)
+
     def test_logs(self):
         def roll_out(log):
-            return self.run_tool("zov-rollout", "--mac", AP, "--interval", "0.05", "--settle", "0",
-                                 "--yes", "--log", log)
+            return self.run_tool("zov-rollout", "--mac", AP, *self.FAST, "--log", log)
         for path, why in ((self.path(os.mkfifo, "theirs"), OTHERS), (self.file(0o666), OTHERS),
                           (self.path(os.mkfifo, "alone", owner=0), UNREAD)):
             self.assertEqual(roll_out(path), (1, f"zov-rollout: cannot open {path}: {why}\n"))

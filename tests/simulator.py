@@ -21,6 +21,7 @@ from pathlib import Path
 from controllers import AP, SWITCH, Controller, ac_sim
 from harness import SOURCE, main, program, start
 
+NOBODY = "02:00:00:00:00:99"
 # Of --config.
 BAD_CONFIGS = [
     "lose:", "loses", "refuse", "refuse:19", "refuse:0:", "refuse:256:", "refuse:x:",
@@ -32,8 +33,8 @@ BAD_CONFIGS = [
         "radio[0].portal.port=65536", "dns1=1.2.3", "ipv4=1.2.3.4/255.0.0.0", "ac_list[0]=x",
         f"ac_list={'x' * 256}", "manage_mac_list=2:0:0:0:0:1x", "manage_mac_list=2:0:0:0:0:1:7",
         "manage_mac_list=x,2:0:0:0:0:1",
-        "password=ab", f"password={'0g' * 16}", "radio[0].data_rate=x",
-        "radio[0].wlan[0].wep.key=x"))]
+        "manage_mac_list=:::::", "ipv4=", "password=ab", f"password={'0g' * 16}",
+        "radio[0].data_rate=x", "radio[0].wlan[0].wep.key=x"))]
 
 
 def item(number, value, index=b"\0"):
@@ -55,6 +56,8 @@ class Actions(unittest.TestCase):
                          (1, f"ERROR: Device {new} is already managed.\n"))
         self.controller.ok("cfg", "--mac", new, "--del")
         self.assertEqual(self.controller.record(new)["managed"], 0)
+        self.assertEqual(self.controller.run("cfg", "--mac", NOBODY, "--del")[::2],
+                         (1, f"ERROR: Device {NOBODY} was not found.\n"))
         with Controller("--max-wtps", "9") as controller:  # one more than are managed
             controller.ok("cfg", "--mac", new, "--add")
             self.assertEqual(controller.run("cfg", "--mac", "00:11:22:33:44:66", "--add")[::2],
@@ -82,7 +85,8 @@ class Actions(unittest.TestCase):
 
     def test_upgrades_that_fail_or_hang(self):
         for how, states, progress in (("fail", [1, 2, 3, 5, 5], 80), ("hang", [1, 2, 2, 2, 2], 40)):
-            with Controller("--upgrade", f"{AP}={how}") as controller:
+            hows = [f"--upgrade={mac}={how}" for mac in (AP, NOBODY)]
+            with Controller(*hows) as controller:
                 version = controller.record(AP)["sw_ver"]
                 controller.ok("upg", "--mac", AP)
                 seen = [controller.record(AP) for _ in states]
@@ -116,6 +120,8 @@ class Actions(unittest.TestCase):
 
     def test_reset_redirect_and_the_rest(self):
         began = int(time.time())
+        self.controller.ok("rst", "--mac", AP, "--wait", "60")
+        self.assertEqual(self.controller.record(AP)["uptime"], 0)
         self.controller.ok("rst", "--mac", AP, "--factory")
         record = self.controller.record(AP)
         self.assertEqual((record["uptime"] < 60, record["change_time"] < began), (True, True))
@@ -142,11 +148,23 @@ class Actions(unittest.TestCase):
                     survey = controller.replies(f"0b 0009 {band:08x} 01 00000000", "00")
                     self.assertEqual(survey, bytes((0, 0, 0, count, *[0] * count)))
                 controller.run("cac", "--mac", AP, "--ip", "controller2")
+        self.assertEqual(self.controller.replies("10 00000001", "00"), b"")  # discovery goes on
         path = Path(f"/tmp/ac-sim.{self.controller.process.pid}.mem")
         with tempfile.NamedTemporaryFile() as kept:
             path.symlink_to(kept.name)
             self.assertRegex(self.controller.ok("mem"), r"Total \d+ bytes, \d+ entries\n$")
             self.assertEqual((kept.read(), path.exists()), (b"", False))
+
+    def test_memory_that_cannot_be_written(self):
+        def limit():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (0, 0))
+        with Controller(prepare=limit, errors=subprocess.PIPE) as controller:
+            self.assertEqual(controller.ok("mem"), "Total 0 bytes, 0 entries\n")
+            path = f"/tmp/ac-sim.{controller.process.pid}.mem"
+            with controller.process.stderr as errors:
+                self.assertEqual(errors.readline(),
+                                 f"ac-sim: cannot write {path}: File too large\n")
 
     def test_automatic_channels(self):
         with Controller("--aps", "14") as controller:
@@ -230,6 +248,7 @@ class Configurations(unittest.TestCase):
             # Without a number of elements, and with the port behind another setting.
             expected = stored("poe_port")
             controller.send_items(SWITCH, item(16, 3, b"\0") + item(14, 10, b"\0"))
+            self.assertEqual(controller.send_items(SWITCH, item(14, 10, b""))[:1], b"\x13")
             expected[9]["priority"] = 3
             self.assertEqual(stored("poe_port"), expected)
             for name, elements, rows in (  # the rows that are left, by what they were before
@@ -445,10 +464,12 @@ class Service(unittest.TestCase):
                     self.assertEqual(controller.record(mac)["wtp_cfg"], before)
                     # Named twice, done once.
                     self.assertEqual(controller.send_items(mac, fits, times=2), b"\0\0\3\0")
-            for end in (b"", b"\0\0\0"):  # a list that does not end, and one with more behind it
-                body = b"\0\1" + bytes.fromhex(AP.replace(":", "")) + b"\3" + bytes(5) + fits + end
+            # A list that does not end, one with more behind it, and one for two devices.
+            for count, several, end in ((1, 0, b""), (1, 0, b"\0\0\0"), (2, 1, b"")):
+                macs = b"".join(bytes((2, 0xa3, 0, 0, 0, n + 1)) for n in range(count))
+                body = bytes((0, count)) + macs + b"\3" + bytes(4) + bytes([several]) + fits + end
                 self.assertEqual(controller.replies(b"\5" + struct.pack(">I", len(body)) + body,
-                                                    "00"), b"\3\0")
+                                                    "00"), b"\3\0" * count)
             self.assertEqual(controller.send_items(AP, item(2, b"far", b"") * 8192), b"\0\0")
             message = b"there are more than 8192 items"
             self.assertEqual(controller.send_items(AP, item(2, b"far", b"") * 8193),

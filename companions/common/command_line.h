@@ -116,6 +116,13 @@ inline bool take_text(const char *text, const char *&kept)
     return true;
 }
 
+// A text that is not empty.
+inline bool take_name(const char *text, const char *&kept)
+{
+    kept = text;
+    return *text != '\0';
+}
+
 inline bool take_flag(bool &given)
 {
     given = true;

@@ -18,7 +18,7 @@ inline constexpr Option<RolloutSettings> ROLLOUT_OPTIONS[] = {
     COURSE_OPTIONS("10"),
     {{.name = "to", .argument = "VERSION", .help = "the version that all devices are to have",
       .expected = "a version"},
-     [](const char *text, RolloutSettings &to) { return take_text(text, to.to) && *text != '\0'; }},
+     [](const char *text, RolloutSettings &to) { return take_name(text, to.to); }},
     {{.name = "allow-older", .argument = nullptr, .help = "do not stop when an older version is announced"},
      [](const char *, RolloutSettings &to) { return take_flag(to.allow_older); }},
     {{.name = "period", .argument = "SEC", .help = "how long a device may be offline, for the controller",

@@ -236,7 +236,7 @@ void Roll::finish_step(RollDevice &device, unsigned steps_left)
 void Roll::steps_known(const Mac &mac, unsigned left, double now)
 {
     RollDevice *device = running(mac);
-    if (device == nullptr || !device->step.check || !device->at_rest())
+    if (device == nullptr) // another answer has ended the batch
         return;
     now_ = now;
     UpgradeStep &step = device->step;
