@@ -155,10 +155,12 @@ class Tables(unittest.TestCase):
 
     def test_names_take_what_a_terminal_has_left(self):
         records = make_records([b"n" * 50], [b"h"], 1, (3,))
+        records[0].update(state=ONLINE, uptime=3 * 3600 + 125)
         player = Player(*[fields.reply(records)] * 3)
         for columns, shown in ((80, 12), (100, 15), (300, 32)):
             text = on_terminal(player.port, columns)
             self.assertEqual(text.splitlines()[1].split()[0], "n" * (shown - 3) + "...")
+            self.assertIn("  3h 2m  ", text)
 
     def test_csv(self):
         records = make_records([b"x"], [b"h"], 1, (3, 2, 1, 3))
@@ -301,6 +303,8 @@ class CommandLine(unittest.TestCase):
                                  (1, b"", ["f"], "old"))
                 self.assertIn(f"cannot write {file}: File too large\n", err)
             for option, path, reason in (("output", "/dev/full", "No space left on device"),
+                                         ("output", "/dev/fd/x", "No such file or directory"),
+                                         ("directory", "/nowhere/x", "No such file or directory"),
                                          ("directory", "/dev/null", "Not a directory")):
                 status, _, err = run(controller.port, "--format", "cfg", f"--{option}", path)
                 self.assertEqual((status, err[-len(reason) - 1:]), (1, f"{reason}\n"), err)

@@ -21,7 +21,8 @@ from controllers import Controller
 from harness import SOURCE, call, main
 
 KINDS = {"02:A1": "other", "02:A2": "switch", "02:A3": "access_point"}
-AP1, AP2, AP3 = (f"02:A3:00:00:00:0{n}" for n in (1, 2, 3))  # one step from the newest, two, one
+# One step from the newest, two, one, one.
+AP1, AP2, AP3, AP5 = (f"02:A3:00:00:00:0{n}" for n in (1, 2, 3, 5))
 
 
 class Script(changer.Script):
@@ -315,20 +316,23 @@ class Simulated(unittest.TestCase):
             self.assertEqual((status, says in err), (1, True), err)
 
     def test_logs_that_take_nothing_and_a_full_disk(self):
-        port = self.enterContext(Controller("--upgrade", f"{AP1}=0.4")).port
+        port = self.enterContext(
+            Controller(*(f"--upgrade={mac}=0.4" for mac in (AP1, AP5)))).port
         with tempfile.TemporaryDirectory() as folder, open("/dev/full", "w") as full:
             self.assertEqual(run(port, "--mac", AP1, "--log", "/dev/full"), (
                 1, "", "zov-rollout: cannot write /dev/full: No space left on device\n"))
             os.mkfifo(f"{folder}/pipe")  # one that ends in between: the batch does not
-            reader = os.open(f"{folder}/pipe", os.O_RDONLY | os.O_NONBLOCK)
-            process = start(port, "--mac", f"{AP1},{AP3}", "--batch", "1",
-                            "--log", f"{folder}/pipe")
-            self.assertTrue(any(b"asked to upgrade" in line for line in process.stderr))
-            os.close(reader)
-            out, err = (text.decode() for text in process.communicate(timeout=30))
-            self.assertEqual((process.returncode, results(out)), (1, ["done", "not started"]))
-            self.assertIn("Broken pipe; nothing more is begun", err)
-            self.assertNotIn("started again", err)
+            for mac, found in ((f"{AP1},{AP3}", ["done", "not started"]), (AP5, ["done"])):
+                reader = os.open(f"{folder}/pipe", os.O_RDONLY | os.O_NONBLOCK)
+                process = start(port, "--mac", mac, "--batch", "1", "--log", f"{folder}/pipe")
+                self.assertTrue(any(b"asked to upgrade" in line for line in process.stderr))
+                os.close(reader)
+                out, err = (text.decode() for text in process.communicate(timeout=30))
+                self.assertEqual((process.returncode, results(out)), (1, found))
+                self.assertIn("Broken pipe; nothing more is begun", err)
+                self.assertNotIn("started again", err)
+            self.assertRegex(run(port, "--mac", "2:0:0:0:0:1", "--log", "/dev/stderr")[2],
+                             r" zov-rollout\[\d+\]: status 1\n$")
             reader, writer = os.pipe()  # one that is full: nobody waits for it in vain
             os.write(writer, bytes(fcntl.fcntl(writer, fcntl.F_SETPIPE_SZ, 4096)))
             process = start(port, "--mac", AP3, "--log", f"/dev/fd/{writer}", pass_fds=[writer])
@@ -357,8 +361,8 @@ class Simulated(unittest.TestCase):
         self.assertTrue(bars and max(map(len, bars)) < 20, shown)
         self.assertIn("02:A3:00:00:00:01  ap-floor1-01  2.0.1  -", shown)  # the plan
         self.assertNotRegex(shown, "\x1b")
-        controller.ok("upg", "--mac", "02:A3:00:00:00:05")
-        shown, status, _ = ask(controller.port, b"Y\n", "--mac", f"{AP2},02:A3:00:00:00:05")
+        controller.ok("upg", "--mac", AP5)
+        shown, status, _ = ask(controller.port, b"Y\n", "--mac", f"{AP2},{AP5}")
         self.assertEqual((status, "Upgrade 1 device and follow 1 in 2 batches? [y/N] " in shown),
                          (0, True), shown)
         shown, _, _ = ask(controller.port, None, "--mac", "02:A3:00:00:00:06", "--yes")
