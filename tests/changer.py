@@ -2,6 +2,7 @@
 """What the tests of zov-rollout and zov-apply share; a test names the program that it is of."""
 import fcntl
 import itertools
+import json
 import os
 import pty
 import random
@@ -145,8 +146,8 @@ def stop_at_request(test, make, options, is_request):
     test.assertEqual(run(script.port, *options)[0], 0)
     first = next(n for n, event in enumerate(events) if event and is_request(event))
     for number, signals, ended, status in (
-            (first - 1, 1, ["not started"], 3),
-            (first, 2, ["unknown: ended by a signal"], 128 + signal.SIGTERM)):
+            (first - 1, 1, ("not started", None), 3),
+            (first, 2, ("unknown", "ended by a signal"), 128 + signal.SIGTERM)):
         script, count = make(), itertools.count()
 
         def meet(_):
@@ -155,10 +156,13 @@ def stop_at_request(test, make, options, is_request):
                     process.send_signal(signal.SIGTERM)
                     time.sleep(0.3)
         script.met = meet
-        process = start(script.port, *options)
+        process = start(script.port, *options, "--json")
         out, err = (text.decode() for text in process.communicate(timeout=20))
-        test.assertEqual((process.returncode, results(out)), (status, ended), err)
-        test.assertEqual(next(count), number + 1 + (signals == 1))
+        [device] = json.loads(out)["devices"]
+        test.assertEqual((process.returncode, device["result"], device["reason"]),
+                         (status, *ended), err)
+        test.assertEqual(device["seconds"] is None, signals == 1)
+        test.assertLessEqual(next(count), number + 1 + (signals == 1))  # with a goodbye
 
 
 def ask(port, answer, *options, columns=80):

@@ -242,10 +242,7 @@ void ApplyCourse::send()
     } catch (const Unanswered &) {
         apply_.unanswered(asked, seconds_now());
         throw;
-    } catch (const StopAtOnce &) {
-        apply_.unanswered(asked, seconds_now());
-        throw;
-    }
+    } // StopAtOnce: abandon() says of what awaits an answer that it is unknown
 }
 
 void ApplyCourse::abandon()
