@@ -137,6 +137,7 @@ radio[0].wlan[wpa.passphrase=x].vlan=1        cannot be chosen by wpa.passphrase
 pdl_status[0].state=1                         change that by themselves
 poe_port[port=1].port=2                       told apart by it
 radio[x].tx_power=1                           none of
+radio[=x].tx_power=1                          none of
 radio[0.mesh.wpa_key=hunter22                 mesh.wpa_key: a bracket is not closed
 location.=x                                   '.' cannot be read
 radio[0]x=1                                   'x' cannot be read
@@ -261,6 +262,7 @@ class Simulated(unittest.TestCase):
                  [("name", "x"), ("ac_list", ["b.example", "a.example"])]),
                 (("ac_list=",), [("ac_list", [])]),
                 (("location=\U000e0041",), [("location", "\U000e0041")]),
+                ((f"location=@{self.file('empty', '')}",), [("location", "")]),
                 (("ipv4=0.0.0.0/0.0.0.0/0.0.0.0",), [])):
             sets = [part for word in words for part in ("--set", word)]
             [device] = self.plan("--mac", AP, *sets)["devices"]
@@ -346,7 +348,8 @@ note: {gone} can be deleted: 02:00:00:00:00:99 is not in the list
                 ((self.file("x.json", {"location": "x"}),), 2, "is not named by an address"),
                 ((self.file("f/x.json", {}).rsplit("/", 1)[0], *all_managed), 2, "not named by an"),
                 ((self.file("n.json", '{"wtp_cfg":1}'), *all_managed), 2, "has to be an object"),
-                ((self.file("02-A3-00-00-00-0g.json", {"name": "x"}),), 2, "not named by an"),
+                *(((self.file(f"{name}.json", {"name": "x"}),), 2, "not named by an")
+                  for name in ("02-A3-00-00-00-0g", "02-A3-00-00-00-0:")),
                 (("-", "-", *all_managed), 2, "be read once only"),
                 (("--undo=",), 2, "--undo: bad argument ''"),
                 (("--save=", "--name", "*"), 2, "--save: bad argument ''"),

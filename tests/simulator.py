@@ -158,13 +158,14 @@ class Actions(unittest.TestCase):
     def test_memory_that_cannot_be_written(self):
         def limit():
             signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
-            resource.setrlimit(resource.RLIMIT_FSIZE, (0, 0))
+            resource.setrlimit(resource.RLIMIT_FSIZE, (0, resource.RLIM_INFINITY))
         with Controller(prepare=limit, errors=subprocess.PIPE) as controller:
             self.assertEqual(controller.ok("mem"), "Total 0 bytes, 0 entries\n")
             path = f"/tmp/ac-sim.{controller.process.pid}.mem"
             with controller.process.stderr as errors:
                 self.assertEqual(errors.readline(),
                                  f"ac-sim: cannot write {path}: File too large\n")
+            resource.prlimit(controller.process.pid, resource.RLIMIT_FSIZE, (-1, -1))
 
     def test_automatic_channels(self):
         with Controller("--aps", "14") as controller:

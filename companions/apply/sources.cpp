@@ -9,6 +9,7 @@
 #include "documents/settings_tree.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <filesystem>
 #include <nlohmann/json.hpp>
@@ -52,13 +53,14 @@ bool address_of(const string &path, Mac &mac)
     if (name.size() != 17 + strlen(".json") || !name.ends_with(".json"))
         return false;
     string text = name.substr(0, 17);
-    for (size_t i = 2; i < text.size(); i += 3) {
-        if (text[i] != '-')
+    for (size_t i = 0; i < text.size(); i++) {
+        const bool is_between = i % 3 == 2;
+        if (is_between ? text[i] != '-' : isxdigit(static_cast<unsigned char>(text[i])) == 0)
             return false;
-        text[i] = ':';
+        if (is_between)
+            text[i] = ':';
     }
-    return text.find_first_not_of("0123456789ABCDEFabcdef:") == string::npos &&
-           parse_mac(text.c_str(), mac);
+    return parse_mac(text.c_str(), mac);
 }
 
 // Whether a name looks as if it were meant so.
