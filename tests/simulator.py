@@ -424,8 +424,8 @@ class Service(unittest.TestCase):
             self.assertEqual([one.recv(1) for one in lists], [b"\0", b"\0", b""])
 
     def test_clients_wait_for_a_descriptor(self):
-        few = (resource.RLIMIT_NOFILE, (12, 12))
-        with Controller(prepare=lambda: resource.setrlimit(*few)) as controller:
+        kind, usual = resource.RLIMIT_NOFILE, resource.getrlimit(resource.RLIMIT_NOFILE)
+        with Controller(prepare=lambda: resource.setrlimit(kind, (12, usual[1]))) as controller:
             address, clients = ("127.0.0.1", int(controller.port)), []
             for _ in range(12):
                 clients.append(socket.create_connection(address))
@@ -438,6 +438,7 @@ class Service(unittest.TestCase):
             self.assertEqual(client.recv(4), b"\0\0\0\1")
             for one in clients:
                 one.close()
+            resource.prlimit(controller.process.pid, kind, usual)
 
     def test_items_that_ask_for_more_than_the_device_holds(self):
         more, bad = "asks for more than the device holds", "has a bad length or index"
