@@ -138,7 +138,8 @@ pdl_status[0].state=1                         change that by themselves
 poe_port[port=1].port=2                       told apart by it
 radio[x].tx_power=1                           none of
 radio[=x].tx_power=1                          none of
-radio[0.mesh.wpa_key=hunter22                 mesh.wpa_key: a bracket is not closed
+radio[0.mesh.wpa_key=hunter22                 mesh.wpa_key: no = outside brackets
+radio[0].wlan[wpa.passphrase=hunter22].vlan   wpa.passphrase: no = outside brackets
 location.=x                                   '.' cannot be read
 radio[0]x=1                                   'x' cannot be read
 radio[x=1].tx_power=2                         no 'x' to be chosen by
@@ -268,6 +269,7 @@ class Simulated(unittest.TestCase):
             [device] = self.plan("--mac", AP, *sets)["devices"]
             self.assertEqual([(one["path"], json.loads(one["to"]))
                               for one in device["differences"]], expected)
+            self.assertTrue(str(device["differences"]).isascii())  # what is not seen is escaped
         for keep, batches in (((), [2, 1]), (("--keep-order",), [1, 2])):
             plan = self.plan("--mac", f"{SWITCH},{AP}", "--set", "location=x", *keep)
             self.assertEqual([one["batch"] for one in plan["devices"]], batches)

@@ -185,14 +185,15 @@ class HostileConfigurations(unittest.TestCase):
     def test_devices_that_are_listed_twice_or_without_a_configuration(self):
         one, other = make_records([b"x"], HOSTS, 1, (settings.AP, settings.AP))
         one["mac"], other["wtp_cfg"] = fields.Mac(b"\2\0\0\0\0\1"), []
-        reply = fields.reply([one, other, one])
-        for partial in ((), ("--partial",)):
+        for records, options, status in (([one, other, one], ["--partial"], 1), ([one], [], 1),
+                                         ([one, other], ["--partial"], 0)):
             with tempfile.TemporaryDirectory() as folder:
-                status, _, err = run(Player(reply).port, "--format", "cfg", "--directory", "backup",
-                                     *partial, cwd=folder)
-                self.assertEqual((status, os.listdir(f"{folder}/backup")),
-                                 (1, ["02-00-00-00-00-01.json"]))
-            self.assertIn("lists 02:00:00:00:00:01 again, which is left out\n", err)
+                done = run(Player(fields.reply(records)).port, "--format", "cfg", "--directory",
+                           "backup", *options, cwd=folder)
+                self.assertEqual((done[0], os.listdir(f"{folder}/backup")),
+                                 (status, ["02-00-00-00-00-01.json"]))
+            self.assertEqual("lists 02:00:00:00:00:01 again, which is left out\n" in done[2],
+                             len(records) == 3)
 
     def test_what_can_be_sent_is_and_all_else_is_named(self):
         words = [word for word in HOSTILE if len(word) < 300]

@@ -123,7 +123,7 @@ void Apply::look(const std::map<Mac, ApplyLook> &seen, double now)
     clock_.answered(now);
     for (const Mac &mac : watched()) {
         const auto found = seen.find(mac);
-        ApplyDevice &device = *running(mac);
+        ApplyDevice &device = at(mac);
         see(device, found == seen.end() ? ApplyLook() : found->second);
         if (!device.finished())
             check_limits(device);

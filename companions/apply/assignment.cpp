@@ -68,9 +68,9 @@ Assignment parse_assignment(string_view text)
     const size_t end = end_of_path(text);
     Assignment set;
     string_view path = text.substr(0, end);
-    if (end == string_view::npos) // what is behind its '=' may be a secret
+    if (end == string_view::npos) // behind an '=' in brackets there may be a secret
         throw UsageError("--set " + string(text.substr(0, text.find('='))) +
-                         ": a bracket is not closed");
+                         ": no = outside brackets");
     set.name = "--set " + string(path);
     if (path.starts_with("wtp_cfg."))
         path.remove_prefix(TOP.size() + 1);

@@ -14,6 +14,7 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <span>
+#include <utility>
 
 using std::string;
 using std::string_view;
@@ -53,13 +54,10 @@ bool address_of(const string &path, Mac &mac)
     if (name.size() != 17 + strlen(".json") || !name.ends_with(".json"))
         return false;
     string text = name.substr(0, 17);
-    for (size_t i = 0; i < text.size(); i++) {
-        const bool is_between = i % 3 == 2;
-        if (is_between ? text[i] != '-' : isxdigit(static_cast<unsigned char>(text[i])) == 0)
+    for (size_t i = 0; i < text.size(); i++)
+        if (i % 3 == 2 ? std::exchange(text[i], ':') != '-'
+                       : isxdigit(static_cast<unsigned char>(text[i])) == 0)
             return false;
-        if (is_between)
-            text[i] = ':';
-    }
     return parse_mac(text.c_str(), mac);
 }
 

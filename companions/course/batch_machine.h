@@ -104,14 +104,6 @@ protected:
     bool may_begin() const { return halted_ == Halt::none; }
     bool runs(const Device &device) const { return device.batch == batch_ && !device.finished(); }
 
-    // A device that the present batch waits for; null for all others.
-    Device *running(const Mac &mac)
-    {
-        const auto found = by_mac_.find(mac);
-        return found == by_mac_.end() || !runs(devices_[found->second]) ? nullptr
-                                                                        : &devices_[found->second];
-    }
-
     // A device by its address, which is one of the machine's.
     Device &at(const Mac &mac) { return devices_[by_mac_.at(mac)]; }
 

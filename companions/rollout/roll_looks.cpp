@@ -235,35 +235,35 @@ void Roll::finish_step(RollDevice &device, unsigned steps_left)
 
 void Roll::steps_known(const Mac &mac, unsigned left, double now)
 {
-    RollDevice *device = running(mac);
-    if (device == nullptr) // another answer has ended the batch
+    RollDevice &device = at(mac);
+    if (!runs(device)) // the answer for another has stopped it
         return;
     now_ = now;
-    UpgradeStep &step = device->step;
+    UpgradeStep &step = device.step;
     step.check = false;
-    if (device->stage == waiting) {
-        device->steps_left = left;
+    if (device.stage == waiting) {
+        device.steps_left = left;
         if (left > 0)
             return;
-        device->current = limits_.to.empty();
-        end(*device, skipped, "no newer firmware");
+        device.current = limits_.to.empty();
+        end(device, skipped, "no newer firmware");
     } else if (left == 0) {
-        device->steps_left = 1; // this one
-        if (!device->to.empty())
-            judge_announcement(*device);
-        if (device->finished())
+        device.steps_left = 1; // this one
+        if (!device.to.empty())
+            judge_announcement(device);
+        if (device.finished())
             return;
-        if (limits_.to.empty() || device->last.version == limits_.to) {
-            device->to = device->last.version;
-            see_target(*device);
+        if (limits_.to.empty() || device.last.version == limits_.to) {
+            device.to = device.last.version;
+            see_target(device);
         } else {
-            device->to.clear();
-            step.refuted = device->last.version;
+            device.to.clear();
+            step.refuted = device.last.version;
         }
-    } else if (device->steps_left != 0 && left >= device->steps_left) {
-        step.refuted = device->last.version;
+    } else if (device.steps_left != 0 && left >= device.steps_left) {
+        step.refuted = device.last.version;
     } else if (step.restarted) {
-        finish_step(*device, left);
+        finish_step(device, left);
     }
     settle_batch();
 }
