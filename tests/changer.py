@@ -138,30 +138,34 @@ def end_at_random(test, make, options, sent, check):
 
 def stop_at_request(test, make, options, is_request):
     """A signal while the controller admits the first request that changes devices: nothing is sent.
-    Two while its answer is awaited: it ends at once. `make` makes the scripts."""
+    Two while its answer is awaited: the first is acknowledged, the second ends it. `make` makes
+    scripts of two devices, which are in two batches."""
     script, events = make(), []
     script.met = events.append
     test.assertEqual(run(script.port, *options)[0], 0)
     first = next(n for n, event in enumerate(events) if event and is_request(event))
-    for number, signals, ended, status in (
-            (first - 1, 1, ("not started", None), 3),
-            (first, 2, ("unknown", "ended by a signal"), 128 + signal.SIGTERM)):
+    for is_due, signals, ended, status in (
+            (lambda _: len(met) == first, [signal.SIGHUP], ("not started", None), 3),
+            (lambda event: event and is_request(event), [signal.SIGHUP, signal.SIGTERM],
+             ("unknown", "ended by a signal"), 128 + signal.SIGTERM)):
         script, met = make(), []
 
         def meet(event):
             met.append(event)
-            if len(met) == number + 1:
-                for _ in range(signals):
-                    process.send_signal(signal.SIGTERM)
+            if is_due(event):
+                for one in signals:
+                    process.send_signal(one)
                     time.sleep(0.3)
         script.met = meet
         process = start(script.port, *options, "--json")
         out, err = (text.decode() for text in process.communicate(timeout=20))
-        [device] = json.loads(out)["devices"]
+        device, other = json.loads(out)["devices"]
         test.assertEqual((process.returncode, device["result"], device["reason"]),
                          (status, *ended), err)
-        test.assertEqual(device["seconds"] is None, signals == 1)
-        test.assertEqual(sum(is_request(event) for event in met if event), signals - 1)
+        test.assertEqual((device["seconds"] is None, other["result"]),
+                         (len(signals) == 1, "not started"))
+        test.assertIn("stopping", err)
+        test.assertEqual(sum(is_request(event) for event in met if event), len(signals) - 1)
 
 
 def ask(port, answer, *options, columns=80):

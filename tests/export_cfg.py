@@ -15,7 +15,7 @@ from pathlib import Path
 import fields
 import settings
 from controllers import AP, SWITCH, Controller, Player
-from exporter import HOSTILE, HOSTS, devices, make_records, ok, pipe, run
+from export import HOSTILE, HOSTS, devices, make_records, ok, pipe, run
 from harness import SOURCE, main, program, start, tool
 
 # What records do not have, and what devices change by themselves.

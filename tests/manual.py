@@ -2,8 +2,9 @@
 """Compares the manual pages with the programs: manual.py ZOV
 
 Commands and options of the one are those of the other; each command refuses every option that its
-entry does not name. The words of messages, help, pages and documents are judged by hunspell; what
-zov itself prints is fixed, and names in its sources are known.
+entry does not name. Files include what docs/architecture.md lets them, and few write to standard
+error. The words of messages, help, pages and documents are judged by hunspell; what zov itself
+prints is fixed, and names in its sources are known.
 """
 import re
 from pathlib import Path
@@ -21,6 +22,10 @@ NAMES = set("""aps btnfr cfg csv DIR etc proc prometheus ndjson sim src stdin su
     Graphviz hunspell iostream libgcc libstdc promtool setgid setuid shellcheck strace sudo sudoers
     systemd textfile unescaped valgrind writable zsh CAPWAP LLDP NUL Passpoint SSIDs VLANs
     WLANs""".split())
+ARCHITECTURE = (SOURCE / "docs/architecture.md").read_text()
+LAYERS = re.search(r"## Layers\n\n((?:    .*\n)+)", ARCHITECTURE)[1].split()
+FILES = {str(path.relative_to(SOURCE)): path.read_text() for layer in LAYERS
+         for path in sorted((SOURCE / layer).rglob("*")) if path.suffix in (".cpp", ".h", ".def")}
 WORD = r"(?<![\w./-])[A-Za-z]{3,}(?!\w)"
 
 
@@ -131,6 +136,31 @@ class Manual(Case):
         status, out, err = call("hunspell", "-d", "en_GB", "-l", data="\n".join(words))
         self.assertEqual((status, err), (0, ""))
         self.assertEqual({word: words[word] for word in out.split()}, {})
+
+
+def include_name(path):
+    return path.removeprefix("src/").removeprefix("companions/").split("/")[0]
+
+
+class Layers(Case):
+    def test_includes(self):
+        place = {include_name(layer): n for n, layer in enumerate(LAYERS)}
+        tools = {include_name(layer) for layer in LAYERS[LAYERS.index("sim"):]
+                 if layer.startswith("companions/")}
+        for name, text in FILES.items():
+            own = include_name(name)
+            for included in re.findall(r'^#include "(.*)"', text, re.M):
+                directory, _, file = included.partition("/")
+                self.assertTrue(file, f"{name} includes {included} without its directory")
+                self.assertLessEqual(place[directory], place[own], f"{name} includes {included}")
+                if own in tools:
+                    self.assertNotIn(directory, tools - {own}, f"{name} includes {included}")
+
+    def test_standard_error(self):
+        writes = re.compile(r"[(,] *stderr\b|STDERR_FILENO|\bperror\(|std::cerr")
+        writers = {name for name, text in FILES.items()
+                   if name.startswith("src/") and writes.search(re.sub("//.*", "", text))}
+        self.assertEqual(writers, {"src/util/output.cpp", "src/util/descriptors.cpp"})
 
 
 main()

@@ -170,28 +170,8 @@ class Scripted(unittest.TestCase):
             bytes.fromhex("01 00000007 0001") + mac,
             bytes.fromhex("02 0010 0001 0000012c 00000001") + mac])
 
-    def test_signals(self):
-        script = Script(["1 1 1b2", "1"])
-        release = script.answer
-
-        def slow(request):
-            if request[0] == 1 and script.number >= 4:
-                time.sleep(1.5)  # the reply is awaited
-            return release(request)
-        script.answer = slow
-        process = start(script.port, "--all-managed", "--batch", "1")
-        while script.number < 4:
-            time.sleep(0.02)
-        asked = time.monotonic()
-        process.send_signal(signal.SIGHUP)
-        self.assertTrue(any(b"stopping" in line for line in process.stderr))
-        self.assertLess(time.monotonic() - asked, 1)
-        process.send_signal(signal.SIGTERM)
-        out = process.communicate(timeout=9)[0].decode()
-        self.assertEqual((process.returncode, results(out)),
-                         (128 + signal.SIGTERM, ["unknown: ended by a signal", "not started"]))
-        self.assertEqual(script.requests().count(2), 1)
-        script = Script(["1 1 1b2 1b2 1b2 1b2 1o 2r"])  # under nohup(1)
+    def test_a_hangup_that_is_ignored(self):
+        script = Script(["1 1 1b2 1b2 1b2 1b2 1o 2r"])
         process = start(script.port, "--all-managed",
                         prepare=lambda: signal.signal(signal.SIGHUP, signal.SIG_IGN))
         self.assertTrue(any(b"asked to upgrade" in line for line in process.stderr))
@@ -201,7 +181,8 @@ class Scripted(unittest.TestCase):
         self.assertNotIn(b"stop", err)
 
     def test_signals_at_the_request(self):
-        changer.stop_at_request(self, lambda: Script(["1 1 1b2 1o 2r"]), ("--all-managed",),
+        changer.stop_at_request(self, lambda: Script(["1 1 1b2 1o 2r"] * 2, steps="1 0"),
+                                ("--all-managed", "--batch", "1"),
                                 lambda request: request[0] == 2)
 
     def test_signals_at_random_moments(self):
